@@ -1,0 +1,282 @@
+#include "AppModel.h"
+
+#include "models/QuorlaError.h"
+#include "services/GlobalPushToTalkMonitor.h"
+#include "services/TranslationLanguageCatalog.h"
+#include "stores/PreferencesStore.h"
+#include "support/PlatformError.h"
+#include "support/PlatformWords.h"
+
+#include <QPointer>
+
+namespace PreferenceKey {
+const QString shouldPolishTranscript = QStringLiteral("shouldPolishTranscript");
+const QString polishPrompt = QStringLiteral("polishPrompt");
+const QString transcriptionMode = QStringLiteral("transcriptionMode");
+const QString translationLanguageCode = QStringLiteral("translationLanguageCode");
+const QString autoCopyTranscript = QStringLiteral("autoCopyTranscript");
+const QString showMenuBarIcon = QStringLiteral("showMenuBarIcon");
+const QString typedCharacterCount = QStringLiteral("typedCharacterCount");
+const QString typedWordCount = QStringLiteral("typedWordCount");
+} // namespace PreferenceKey
+
+AppModel::AppModel(AppServices services, QObject *parent)
+    : QObject(parent)
+    , m_services(std::move(services))
+{
+    if (!m_services.words)
+        m_services.words = &PlatformWords::current();
+    m_triggerDisplay = m_services.pushToTalkMonitor->shortcut().displayString;
+
+    readPreferences();
+    m_customDictionaryEntries = loadCustomDictionaryEntries();
+    auto &preferences = *m_services.preferences;
+    setTypingStatistics({preferences.integerValue(PreferenceKey::typedCharacterCount).value_or(0),
+                         preferences.integerValue(PreferenceKey::typedWordCount).value_or(0)});
+
+    loadStoredAPIKeyMetadata();
+    refreshPermissions(true);
+    setStatusMessage(defaultStatusMessage());
+    startObservingInputSourceChanges();
+}
+
+AppModel::~AppModel() = default;
+
+void AppModel::readPreferences()
+{
+    const auto &preferences = *m_services.preferences;
+    m_shouldPolishTranscript = preferences.boolValue(PreferenceKey::shouldPolishTranscript).value_or(false);
+    m_polishPrompt = preferences.stringValue(PreferenceKey::polishPrompt).value_or(QString());
+    m_transcriptionMode =
+        transcriptionModeFromRawValue(preferences.stringValue(PreferenceKey::transcriptionMode).value_or(QString()));
+    m_translationLanguageCode =
+        TranslationLanguageCatalog::normalizedCode(preferences.stringValue(PreferenceKey::translationLanguageCode))
+            .value_or(QString());
+    m_autoCopyTranscript = preferences.boolValue(PreferenceKey::autoCopyTranscript).value_or(true);
+    m_showMenuBarIcon = preferences.boolValue(PreferenceKey::showMenuBarIcon).value_or(false);
+}
+
+// ---- preferences
+
+void AppModel::setApiKeyDraft(const QString &draft)
+{
+    assign(m_apiKeyDraft, draft, &AppModel::apiKeyDraftChanged);
+}
+
+void AppModel::setShouldPolishTranscript(bool value)
+{
+    assign(m_shouldPolishTranscript, value, &AppModel::shouldPolishTranscriptChanged);
+    m_services.preferences->setBool(PreferenceKey::shouldPolishTranscript, value);
+}
+
+void AppModel::setPolishPrompt(const QString &value)
+{
+    assign(m_polishPrompt, value, &AppModel::polishPromptChanged);
+    if (value.trimmed().isEmpty())
+        m_services.preferences->remove(PreferenceKey::polishPrompt);
+    else
+        m_services.preferences->setString(PreferenceKey::polishPrompt, value);
+}
+
+void AppModel::setTranscriptionMode(TranscriptionMode value)
+{
+    assign(m_transcriptionMode, value, &AppModel::transcriptionModeChanged);
+    m_services.preferences->setString(PreferenceKey::transcriptionMode, rawValue(value));
+}
+
+void AppModel::setAutoCopyTranscript(bool value)
+{
+    assign(m_autoCopyTranscript, value, &AppModel::autoCopyTranscriptChanged);
+    m_services.preferences->setBool(PreferenceKey::autoCopyTranscript, value);
+}
+
+void AppModel::setShowMenuBarIcon(bool value)
+{
+    assign(m_showMenuBarIcon, value, &AppModel::showMenuBarIconChanged);
+    m_services.preferences->setBool(PreferenceKey::showMenuBarIcon, value);
+}
+
+void AppModel::setTranslationLanguageCode(const QString &value)
+{
+    assign(m_translationLanguageCode, value, &AppModel::translationLanguageCodeChanged);
+    const QString normalized = TranslationLanguageCatalog::normalizedCode(value).value_or(QString());
+    if (normalized != value) {
+        // Setting again runs this step once more, with the canonical code.
+        setTranslationLanguageCode(normalized);
+        return;
+    }
+    if (normalized.isEmpty())
+        m_services.preferences->remove(PreferenceKey::translationLanguageCode);
+    else
+        m_services.preferences->setString(PreferenceKey::translationLanguageCode, normalized);
+}
+
+// ---- services
+
+void AppModel::startAppServices()
+{
+    if (m_hasStartedServices)
+        return;
+    refreshPermissions(true);
+
+    // Each handler returns at once; the model's operation runs from the event loop.
+    auto &monitor = *m_services.pushToTalkMonitor;
+    const auto later = [model = QPointer<AppModel>(this)](QCoro::Task<> (AppModel::*operation)()) {
+        return [model, operation] {
+            if (!model)
+                return;
+            QMetaObject::invokeMethod(
+                model.data(),
+                [model, operation] {
+                    if (model)
+                        (model->*operation)();
+                },
+                Qt::QueuedConnection);
+        };
+    };
+    monitor.holdStartedHandler = later(&AppModel::globalPressToTalkBegan);
+    monitor.holdEndedHandler = later(&AppModel::globalPressToTalkEnded);
+    monitor.toggleStartedHandler = later(&AppModel::globalToggleRecordingBegan);
+    monitor.toggleEndedHandler = later(&AppModel::globalToggleRecordingEnded);
+
+    bool installed = monitor.isInstalled();
+    if (!installed) {
+        try {
+            monitor.installMonitors();
+            installed = true;
+        } catch (...) {
+            m_hasStartedServices = false;
+            setTriggerRegistrationError(localizedMessage(std::current_exception()));
+        }
+    }
+    if (installed) {
+        m_hasStartedServices = true;
+        setTriggerRegistrationError(std::nullopt);
+    }
+
+    if (!m_isRecording && !m_isBusy)
+        setStatusMessage(defaultStatusMessage());
+}
+
+// ---- errors
+
+void AppModel::presentError(const QString &message)
+{
+    setErrorMessage(message);
+}
+
+QString AppModel::localizedMessage(const std::exception &error) const
+{
+    if (const auto *quorla = dynamic_cast<const QuorlaError *>(&error))
+        return quorla->errorDescription(*m_services.words);
+    if (const auto *platform = dynamic_cast<const PlatformError *>(&error))
+        return platform->description();
+    return QString::fromUtf8(error.what());
+}
+
+QString AppModel::localizedMessage(const std::exception_ptr &error) const
+{
+    try {
+        std::rethrow_exception(error);
+    } catch (const std::exception &e) {
+        return localizedMessage(e);
+    } catch (...) {
+        return QStringLiteral("An unexpected error occurred.");
+    }
+}
+
+// ---- observable setters
+
+void AppModel::setStatusMessage(const QString &message)
+{
+    assign(m_statusMessage, message, &AppModel::statusMessageChanged);
+}
+
+void AppModel::setErrorMessage(const std::optional<QString> &message)
+{
+    assign(m_errorMessage, message, &AppModel::errorMessageChanged);
+}
+
+void AppModel::setIsBusy(bool value)
+{
+    assign(m_isBusy, value, &AppModel::isBusyChanged);
+}
+
+void AppModel::setIsRecording(bool value)
+{
+    assign(m_isRecording, value, &AppModel::isRecordingChanged);
+}
+
+void AppModel::setHasStoredAPIKey(bool value)
+{
+    if (assign(m_hasStoredAPIKey, value, &AppModel::hasStoredAPIKeyChanged))
+        Q_EMIT statusInputsChanged();
+}
+
+void AppModel::setTriggerRegistrationError(const std::optional<QString> &message)
+{
+    if (assign(m_triggerRegistrationError, message, &AppModel::triggerRegistrationErrorChanged))
+        Q_EMIT statusInputsChanged();
+}
+
+void AppModel::setAccessibilityPermissionGranted(bool value)
+{
+    if (assign(m_accessibilityPermissionGranted, value, &AppModel::accessibilityPermissionGrantedChanged))
+        Q_EMIT statusInputsChanged();
+}
+
+void AppModel::setMicrophonePermissionState(PermissionState value)
+{
+    if (assign(m_microphonePermissionState, value, &AppModel::microphonePermissionStateChanged))
+        Q_EMIT statusInputsChanged();
+}
+
+void AppModel::setCustomDictionaryEntries(const QList<CustomDictionaryEntry> &entries)
+{
+    assign(m_customDictionaryEntries, entries, &AppModel::customDictionaryEntriesChanged);
+}
+
+void AppModel::setRecentTranscripts(const QList<TranscriptEntry> &entries)
+{
+    assign(m_recentTranscripts, entries, &AppModel::recentTranscriptsChanged);
+}
+
+void AppModel::setTypingStatistics(const TypingStatistics &statistics)
+{
+    assign(m_typingStatistics, statistics, &AppModel::typingStatisticsChanged);
+}
+
+void AppModel::setAvailableAppUpdate(const std::optional<AppUpdate> &update)
+{
+    assign(m_availableAppUpdate, update, &AppModel::availableAppUpdateChanged);
+}
+
+void AppModel::setCurrentInputLanguageHint(const std::optional<InputLanguageHint> &hint)
+{
+    assign(m_currentInputLanguageHint, hint, &AppModel::currentInputLanguageHintChanged);
+}
+
+// ---- for QML
+
+QVariant AppModel::availableAppUpdateVariant() const
+{
+    return m_availableAppUpdate ? QVariant::fromValue(*m_availableAppUpdate) : QVariant();
+}
+
+QString AppModel::microphonePermissionStateName() const
+{
+    switch (m_microphonePermissionState) {
+    case PermissionState::authorized:
+        return QStringLiteral("authorized");
+    case PermissionState::denied:
+        return QStringLiteral("denied");
+    case PermissionState::notDetermined:
+        break;
+    }
+    return QStringLiteral("notDetermined");
+}
+
+QVariant AppModel::currentInputLanguageHintVariant() const
+{
+    return m_currentInputLanguageHint ? QVariant::fromValue(*m_currentInputLanguageHint) : QVariant();
+}

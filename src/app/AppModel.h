@@ -1,0 +1,251 @@
+#pragma once
+
+#include "app/AppServices.h"
+#include "models/AppUpdate.h"
+#include "models/CustomDictionaryEntry.h"
+#include "models/DictationSession.h"
+#include "models/InputLanguageHint.h"
+#include "models/PermissionState.h"
+#include "models/TranscriptEntry.h"
+#include "models/TranscriptionMode.h"
+#include "models/TranslationLanguage.h"
+#include "models/TypingStatistics.h"
+
+#include <QCoro/QCoroTask>
+#include <QDateTime>
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QVariant>
+#include <exception>
+#include <optional>
+
+// The single observable controller: preferences, the dictation session, status
+// lines, the custom dictionary, history and statistics, the API key and input
+// language tracking. Lives on the main thread; every property notifies only when
+// its value really changes.
+class AppModel : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(QString apiKeyDraft READ apiKeyDraft WRITE setApiKeyDraft NOTIFY apiKeyDraftChanged)
+    Q_PROPERTY(QList<CustomDictionaryEntry> customDictionaryEntries READ customDictionaryEntries NOTIFY customDictionaryEntriesChanged)
+    Q_PROPERTY(QList<TranscriptEntry> recentTranscripts READ recentTranscripts NOTIFY recentTranscriptsChanged)
+    Q_PROPERTY(TypingStatistics typingStatistics READ typingStatistics NOTIFY typingStatisticsChanged)
+    Q_PROPERTY(QVariant availableAppUpdate READ availableAppUpdateVariant NOTIFY availableAppUpdateChanged)
+    Q_PROPERTY(bool hasAvailableAppUpdate READ hasAvailableAppUpdate NOTIFY availableAppUpdateChanged)
+    Q_PROPERTY(QString statusMessage READ statusMessage NOTIFY statusMessageChanged)
+    Q_PROPERTY(QString errorMessage READ errorMessageText NOTIFY errorMessageChanged)
+    Q_PROPERTY(bool isBusy READ isBusy NOTIFY isBusyChanged)
+    Q_PROPERTY(bool isRecording READ isRecording NOTIFY isRecordingChanged)
+    Q_PROPERTY(bool hasStoredAPIKey READ hasStoredAPIKey NOTIFY hasStoredAPIKeyChanged)
+    Q_PROPERTY(QString triggerRegistrationError READ triggerRegistrationErrorText NOTIFY triggerRegistrationErrorChanged)
+    Q_PROPERTY(bool accessibilityPermissionGranted READ accessibilityPermissionGranted NOTIFY accessibilityPermissionGrantedChanged)
+    Q_PROPERTY(QString microphonePermissionState READ microphonePermissionStateName NOTIFY microphonePermissionStateChanged)
+    Q_PROPERTY(QVariant currentInputLanguageHint READ currentInputLanguageHintVariant NOTIFY currentInputLanguageHintChanged)
+    Q_PROPERTY(bool shouldPolishTranscript READ shouldPolishTranscript WRITE setShouldPolishTranscript NOTIFY shouldPolishTranscriptChanged)
+    Q_PROPERTY(QString polishPrompt READ polishPrompt WRITE setPolishPrompt NOTIFY polishPromptChanged)
+    Q_PROPERTY(QString transcriptionMode READ transcriptionModeName WRITE setTranscriptionModeName NOTIFY transcriptionModeChanged)
+    Q_PROPERTY(bool autoCopyTranscript READ autoCopyTranscript WRITE setAutoCopyTranscript NOTIFY autoCopyTranscriptChanged)
+    Q_PROPERTY(bool showMenuBarIcon READ showMenuBarIcon WRITE setShowMenuBarIcon NOTIFY showMenuBarIconChanged)
+    Q_PROPERTY(QString translationLanguageCode READ translationLanguageCode WRITE setTranslationLanguageCode NOTIFY translationLanguageCodeChanged)
+    Q_PROPERTY(QString triggerDisplay READ triggerDisplay CONSTANT)
+    Q_PROPERTY(QString defaultStatusMessage READ defaultStatusMessage NOTIFY statusInputsChanged)
+    Q_PROPERTY(bool requiresOnboarding READ requiresOnboarding NOTIFY statusInputsChanged)
+    Q_PROPERTY(QString translationLanguageSummary READ translationLanguageSummary NOTIFY translationLanguageCodeChanged)
+
+public:
+    explicit AppModel(AppServices services, QObject *parent = nullptr);
+    ~AppModel() override;
+
+    // ---- services and constants
+    [[nodiscard]] const AppServices &services() const { return m_services; }
+    [[nodiscard]] const QString &triggerDisplay() const { return m_triggerDisplay; }
+
+    // ---- observable state
+    [[nodiscard]] const QString &apiKeyDraft() const { return m_apiKeyDraft; }
+    void setApiKeyDraft(const QString &draft);
+    [[nodiscard]] const QList<CustomDictionaryEntry> &customDictionaryEntries() const { return m_customDictionaryEntries; }
+    [[nodiscard]] const QList<TranscriptEntry> &recentTranscripts() const { return m_recentTranscripts; }
+    [[nodiscard]] const TypingStatistics &typingStatistics() const { return m_typingStatistics; }
+    [[nodiscard]] const std::optional<AppUpdate> &availableAppUpdate() const { return m_availableAppUpdate; }
+    [[nodiscard]] bool hasAvailableAppUpdate() const { return m_availableAppUpdate.has_value(); }
+    [[nodiscard]] const QString &statusMessage() const { return m_statusMessage; }
+    [[nodiscard]] const std::optional<QString> &errorMessage() const { return m_errorMessage; }
+    [[nodiscard]] bool isBusy() const { return m_isBusy; }
+    [[nodiscard]] bool isRecording() const { return m_isRecording; }
+    [[nodiscard]] bool hasStoredAPIKey() const { return m_hasStoredAPIKey; }
+    [[nodiscard]] const std::optional<QString> &triggerRegistrationError() const { return m_triggerRegistrationError; }
+    [[nodiscard]] bool accessibilityPermissionGranted() const { return m_accessibilityPermissionGranted; }
+    [[nodiscard]] PermissionState microphonePermissionState() const { return m_microphonePermissionState; }
+    [[nodiscard]] const std::optional<InputLanguageHint> &currentInputLanguageHint() const { return m_currentInputLanguageHint; }
+
+    // ---- preferences (every set persists at once)
+    [[nodiscard]] bool shouldPolishTranscript() const { return m_shouldPolishTranscript; }
+    void setShouldPolishTranscript(bool value);
+    [[nodiscard]] const QString &polishPrompt() const { return m_polishPrompt; }
+    void setPolishPrompt(const QString &value);
+    [[nodiscard]] TranscriptionMode transcriptionMode() const { return m_transcriptionMode; }
+    void setTranscriptionMode(TranscriptionMode value);
+    [[nodiscard]] bool autoCopyTranscript() const { return m_autoCopyTranscript; }
+    void setAutoCopyTranscript(bool value);
+    [[nodiscard]] bool showMenuBarIcon() const { return m_showMenuBarIcon; }
+    void setShowMenuBarIcon(bool value);
+    [[nodiscard]] const QString &translationLanguageCode() const { return m_translationLanguageCode; }
+    void setTranslationLanguageCode(const QString &value);
+
+    // ---- services start (idempotent)
+    Q_INVOKABLE void startAppServices();
+
+    // ---- dictation session
+    QCoro::Task<> globalPressToTalkBegan();
+    QCoro::Task<> globalPressToTalkEnded();
+    QCoro::Task<> globalToggleRecordingBegan();
+    QCoro::Task<> globalToggleRecordingEnded();
+    // A recording started from Quorla's own window.
+    QCoro::Task<> startManualRecording();
+    QCoro::Task<> stopRecordingAndTranscribe();
+    Q_INVOKABLE void presentError(const QString &message);
+    [[nodiscard]] QString localizedMessage(const std::exception &error) const;
+    [[nodiscard]] QString localizedMessage(const std::exception_ptr &error) const;
+
+    // ---- status and permissions
+    Q_INVOKABLE void refreshPermissions(bool refreshInputLanguage);
+    Q_INVOKABLE void requestAccessibilityAccess();
+    [[nodiscard]] QString defaultStatusMessage() const;
+    [[nodiscard]] QString recordingStatusMessage(const DictationSession &session) const;
+    [[nodiscard]] bool requiresOnboarding() const;
+    Q_INVOKABLE void openSettingsPane(const QString &anchor);
+
+    // ---- custom dictionary
+    bool addCustomDictionaryEntry(const QString &term, const std::optional<QString> &replacement,
+                                  bool replacementEnabled);
+    void removeCustomDictionaryEntry(const CustomDictionaryEntry &entry);
+    Q_INVOKABLE void clearCustomDictionary();
+    void persistCustomDictionaryEntries();
+    [[nodiscard]] QList<CustomDictionaryEntry> loadCustomDictionaryEntries() const;
+
+    // ---- history and statistics
+    void recordInsertedTranscript(const QString &transcript);
+    void persistTypingStatistics();
+    void copyTranscript(const TranscriptEntry &entry);
+    Q_INVOKABLE void clearTranscript();
+
+    // ---- API key
+    Q_INVOKABLE void saveAPIKey();
+    Q_INVOKABLE void clearAPIKey();
+    // The key for a request; throws QuorlaError::missingAPIKey or the store's error.
+    QString validatedAPIKey();
+    void loadStoredAPIKeyMetadata();
+
+    // ---- input language
+    void refreshCurrentInputLanguageHint();
+    void startObservingInputSourceChanges();
+    void handleInputSourceChange(const QDateTime &now);
+    static std::optional<TranslationLanguage> translationLanguage(const std::optional<QString> &code);
+    static bool shouldTranslateTranscript(const std::optional<TranslationLanguage> &target,
+                                          const std::optional<InputLanguageHint> &source);
+    [[nodiscard]] QString translationLanguageSummary() const;
+
+    // ---- updates
+    static QString currentAppVersion();
+    QCoro::Task<> checkForAppUpdate();
+
+    // ---- for QML
+    [[nodiscard]] QVariant availableAppUpdateVariant() const;
+    [[nodiscard]] QString errorMessageText() const { return m_errorMessage.value_or(QString()); }
+    [[nodiscard]] QString triggerRegistrationErrorText() const { return m_triggerRegistrationError.value_or(QString()); }
+    [[nodiscard]] QString microphonePermissionStateName() const;
+    [[nodiscard]] QVariant currentInputLanguageHintVariant() const;
+    [[nodiscard]] QString transcriptionModeName() const { return rawValue(m_transcriptionMode); }
+    void setTranscriptionModeName(const QString &raw) { setTranscriptionMode(transcriptionModeFromRawValue(raw)); }
+
+Q_SIGNALS:
+    void apiKeyDraftChanged();
+    void customDictionaryEntriesChanged();
+    void recentTranscriptsChanged();
+    void typingStatisticsChanged();
+    void availableAppUpdateChanged();
+    void statusMessageChanged();
+    void errorMessageChanged();
+    void isBusyChanged();
+    void isRecordingChanged();
+    void hasStoredAPIKeyChanged();
+    void triggerRegistrationErrorChanged();
+    void accessibilityPermissionGrantedChanged();
+    void microphonePermissionStateChanged();
+    void currentInputLanguageHintChanged();
+    void shouldPolishTranscriptChanged();
+    void polishPromptChanged();
+    void transcriptionModeChanged();
+    void autoCopyTranscriptChanged();
+    void showMenuBarIconChanged();
+    void translationLanguageCodeChanged();
+    // Something the idle text or the onboarding condition depends on changed.
+    void statusInputsChanged();
+
+private:
+    // Assigns and notifies only when the value differs.
+    template <typename T>
+    bool assign(T &field, const T &value, void (AppModel::*changed)())
+    {
+        if (field == value)
+            return false;
+        field = value;
+        Q_EMIT(this->*changed)();
+        return true;
+    }
+
+    void readPreferences();
+    void setStatusMessage(const QString &message);
+    void setErrorMessage(const std::optional<QString> &message);
+    void setIsBusy(bool value);
+    void setIsRecording(bool value);
+    void setHasStoredAPIKey(bool value);
+    void setTriggerRegistrationError(const std::optional<QString> &message);
+    void setAccessibilityPermissionGranted(bool value);
+    void setMicrophonePermissionState(PermissionState value);
+    void setCustomDictionaryEntries(const QList<CustomDictionaryEntry> &entries);
+    void setRecentTranscripts(const QList<TranscriptEntry> &entries);
+    void setTypingStatistics(const TypingStatistics &statistics);
+    void setAvailableAppUpdate(const std::optional<AppUpdate> &update);
+    void setCurrentInputLanguageHint(const std::optional<InputLanguageHint> &hint);
+
+    QCoro::Task<> startRecording(DictationSource source);
+    bool promoteActiveHoldSessionToToggle();
+    QCoro::Task<InsertionOutcome> insertTranscriptIfNeeded(QString transcript, std::optional<DictationSession> session);
+    [[nodiscard]] QString finalStatusMessage(const std::optional<DictationSession> &session,
+                                             const InsertionOutcome &outcome) const;
+
+    AppServices m_services;
+    QString m_triggerDisplay;
+
+    QString m_apiKeyDraft;
+    QList<CustomDictionaryEntry> m_customDictionaryEntries;
+    QList<TranscriptEntry> m_recentTranscripts;
+    TypingStatistics m_typingStatistics;
+    std::optional<AppUpdate> m_availableAppUpdate;
+    QString m_statusMessage;
+    std::optional<QString> m_errorMessage;
+    bool m_isBusy = false;
+    bool m_isRecording = false;
+    bool m_hasStoredAPIKey = false;
+    std::optional<QString> m_triggerRegistrationError;
+    bool m_accessibilityPermissionGranted = false;
+    PermissionState m_microphonePermissionState = PermissionState::notDetermined;
+    std::optional<InputLanguageHint> m_currentInputLanguageHint;
+    bool m_shouldPolishTranscript = false;
+    QString m_polishPrompt;
+    TranscriptionMode m_transcriptionMode = TranscriptionMode::fast;
+    bool m_autoCopyTranscript = true;
+    bool m_showMenuBarIcon = false;
+    QString m_translationLanguageCode;
+
+    bool m_hasStartedServices = false;
+    std::optional<DictationSession> m_activeSession;
+    bool m_isGlobalTriggerHeld = false;
+    bool m_isToggleRecordingRequested = false;
+    bool m_isObservingInputSource = false;
+    std::optional<QDateTime> m_lastInputSourceChangeAt;
+    std::optional<QDateTime> m_lastRecordingStartedAt;
+    std::optional<QString> m_cachedAPIKey;
+};

@@ -1,0 +1,75 @@
+// Status lines and permissions.
+#include "AppModel.h"
+
+#include "platform/Accessibility.h"
+#include "platform/Workspace.h"
+#include "services/AudioRecorder.h"
+#include "support/PlatformWords.h"
+
+void AppModel::refreshPermissions(bool refreshInputLanguage)
+{
+    setMicrophonePermissionState(m_services.audioRecorder->permissionState());
+    if (refreshInputLanguage)
+        refreshCurrentInputLanguageHint();
+    setAccessibilityPermissionGranted(m_services.accessibility->isProcessTrusted());
+}
+
+void AppModel::requestAccessibilityAccess()
+{
+    const bool trusted = m_services.accessibility->requestTrust();
+    setAccessibilityPermissionGranted(trusted);
+    setErrorMessage(std::nullopt);
+    setStatusMessage(trusted ? defaultStatusMessage() : m_services.words->accessibilityRequestStatus);
+}
+
+QString AppModel::defaultStatusMessage() const
+{
+    const QString &trigger = m_triggerDisplay;
+    if (!m_hasStoredAPIKey)
+        return QStringLiteral("Save your OpenAI API key, then focus a text field and hold %1 or press %1 + Space.")
+            .arg(trigger);
+    if (m_triggerRegistrationError && !m_triggerRegistrationError->isEmpty())
+        return m_services.words->triggerUnavailableStatus.arg(trigger);
+    if (m_microphonePermissionState == PermissionState::denied)
+        return m_services.words->microphoneDeniedStatus.arg(trigger);
+    if (!m_accessibilityPermissionGranted)
+        return QStringLiteral("Ready to record. Auto-insert is off until Accessibility is available, so "
+                              "transcripts will be copied instead.");
+    return QString();
+}
+
+QString AppModel::recordingStatusMessage(const DictationSession &session) const
+{
+    const QString language =
+        session.transcriptionLanguage ? QStringLiteral(" in ") + session.transcriptionLanguage->displayName : QString();
+    std::optional<QString> application;
+    if (session.insertionTarget) {
+        const auto &handle = session.insertionTarget->application;
+        application = (handle ? handle->localizedName() : std::nullopt).value_or(QStringLiteral("the target app"));
+    }
+    const QString &trigger = m_triggerDisplay;
+    switch (session.source) {
+    case DictationSource::fnToggle:
+        return application ? QStringLiteral("Recording for %1%2. Press Space or %3 to transcribe.")
+                                 .arg(*application, language, trigger)
+                           : QStringLiteral("Recording%1... press Space or %2 to transcribe.").arg(language, trigger);
+    case DictationSource::fnHold:
+        return application ? QStringLiteral("Recording for %1%2. Release %3 to transcribe.")
+                                 .arg(*application, language, trigger)
+                           : QStringLiteral("Recording%1... release %2 to transcribe.").arg(language, trigger);
+    case DictationSource::manual:
+        break;
+    }
+    return QStringLiteral("Recording%1... press Stop & Transcribe when you're done.").arg(language);
+}
+
+bool AppModel::requiresOnboarding() const
+{
+    return !m_hasStoredAPIKey || m_microphonePermissionState == PermissionState::denied
+        || m_triggerRegistrationError.has_value();
+}
+
+void AppModel::openSettingsPane(const QString &anchor)
+{
+    m_services.workspace->openSettingsPane(anchor);
+}

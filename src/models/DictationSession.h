@@ -1,0 +1,32 @@
+#pragma once
+
+#include "models/InputLanguageHint.h"
+#include "models/TextInsertionTarget.h"
+
+#include <QString>
+#include <optional>
+
+enum class DictationSource { manual, fnHold, fnToggle };
+
+// One dictation from its start to its transcript.
+struct DictationSession {
+    DictationSource source = DictationSource::manual;
+    std::optional<TextInsertionTarget> insertionTarget;
+    std::optional<InputLanguageHint> transcriptionLanguage;
+    bool replaceTriggerSpace = false;
+    QString apiKey;
+};
+
+// What the insertion step did.
+struct InsertionOutcome {
+    enum class Kind { inserted, insertionFailed, notAttempted };
+
+    Kind kind = Kind::notAttempted;
+    QString applicationName; // empty for notAttempted
+
+    static InsertionOutcome inserted(QString name) { return {Kind::inserted, std::move(name)}; }
+    static InsertionOutcome insertionFailed(QString name) { return {Kind::insertionFailed, std::move(name)}; }
+    static InsertionOutcome notAttempted() { return {}; }
+
+    friend bool operator==(const InsertionOutcome &, const InsertionOutcome &) = default;
+};

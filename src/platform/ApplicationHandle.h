@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+#include <memory>
+#include <optional>
+
+// A running application that can receive the transcript.
+class ApplicationHandle
+{
+public:
+    virtual ~ApplicationHandle() = default;
+
+    // 0 when the application is gone or never told us its process id.
+    [[nodiscard]] virtual qint64 processIdentifier() const = 0;
+    // The user-facing name; absent when the application has none.
+    [[nodiscard]] virtual std::optional<QString> localizedName() const = 0;
+    // Brings the application to the front; false when that was refused or it is gone.
+    virtual bool activate() = 0;
+};
+
+using ApplicationHandlePtr = std::shared_ptr<ApplicationHandle>;

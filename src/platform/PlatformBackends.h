@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+
+class Accessibility;
+class AudioCapture;
+class CredentialStore;
+class InputSourceProvider;
+class KeyboardHook;
+class PreferencesStore;
+class Workspace;
+
+// One implementation of every platform seam, chosen once at start-up.
+struct PlatformBackends {
+    std::shared_ptr<KeyboardHook> keyboardHook;
+    std::shared_ptr<Workspace> workspace;
+    std::shared_ptr<Accessibility> accessibility;
+    std::shared_ptr<AudioCapture> audioCapture;
+    std::shared_ptr<InputSourceProvider> inputSource;
+    std::shared_ptr<CredentialStore> credentialStore;
+};
+
+// The backends of the platform this build runs on.
+PlatformBackends makePlatformBackends(PreferencesStore &preferences);

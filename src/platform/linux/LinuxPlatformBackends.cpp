@@ -1,0 +1,16 @@
+#include "platform/PlatformBackends.h"
+
+#include "platform/linux/PlaceholderBackends.h"
+
+PlatformBackends makePlatformBackends(PreferencesStore &preferences)
+{
+    Q_UNUSED(preferences)
+    PlatformBackends backends;
+    backends.keyboardHook = std::make_shared<PlaceholderKeyboardHook>();
+    backends.workspace = std::make_shared<PlaceholderWorkspace>();
+    backends.accessibility = std::make_shared<PlaceholderAccessibility>();
+    backends.audioCapture = std::make_shared<PlaceholderAudioCapture>();
+    backends.inputSource = std::make_shared<PlaceholderInputSourceProvider>();
+    backends.credentialStore = std::make_shared<PlaceholderCredentialStore>();
+    return backends;
+}

@@ -1,0 +1,88 @@
+#include "AudioRecorder.h"
+
+#include "models/QuorlaError.h"
+#include "platform/AudioCapture.h"
+#include "support/PlatformError.h"
+
+#include <QDir>
+#include <QFile>
+#include <QUuid>
+#include <algorithm>
+
+AudioRecorder::AudioRecorder(std::shared_ptr<AudioCapture> capture, QString recordingsDirectory, QObject *parent)
+    : QObject(parent)
+    , m_capture(std::move(capture))
+    , m_recordingsDirectory(recordingsDirectory.isEmpty() ? defaultRecordingsDirectory()
+                                                          : std::move(recordingsDirectory))
+{
+    m_meterTimer.setInterval(100);
+    connect(&m_meterTimer, &QTimer::timeout, this, &AudioRecorder::foldPeakPower);
+}
+
+QString AudioRecorder::defaultRecordingsDirectory()
+{
+    return QDir::temp().filePath(QStringLiteral("Quorla"));
+}
+
+PermissionState AudioRecorder::permissionState() const
+{
+    return m_capture->permissionState();
+}
+
+QCoro::Task<bool> AudioRecorder::requestPermission()
+{
+    if (m_capture->permissionState() != PermissionState::notDetermined)
+        co_return m_capture->permissionState() == PermissionState::authorized;
+    co_return co_await m_capture->requestPermission();
+}
+
+QString AudioRecorder::makeRecordingURL() const
+{
+    if (!QDir().mkpath(m_recordingsDirectory))
+        throw PlatformError(PlatformError::Domain::file,
+                            QStringLiteral("The folder \"%1\" couldn't be created.").arg(m_recordingsDirectory));
+    const QString name = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
+    return QDir(m_recordingsDirectory).filePath(name + QStringLiteral(".m4a"));
+}
+
+void AudioRecorder::startRecording()
+{
+    const QString url = makeRecordingURL();
+    m_maxPeakPower = -160.0f;
+    m_capture->start(url); // throws; nothing is stored then
+    m_currentRecordingURL = url;
+    foldPeakPower();
+    m_meterTimer.start();
+}
+
+void AudioRecorder::foldPeakPower()
+{
+    m_maxPeakPower = std::max({m_maxPeakPower, m_capture->takePeakPower(), -160.0f});
+}
+
+AudioRecorder::FinishedRecording AudioRecorder::stopRecording()
+{
+    if (!m_currentRecordingURL)
+        throw QuorlaError(QuorlaError::Kind::noRecordingInProgress);
+    foldPeakPower();
+    FinishedRecording result{*m_currentRecordingURL, m_capture->currentTime(), m_maxPeakPower};
+    finish();
+    return result;
+}
+
+void AudioRecorder::cancelRecording()
+{
+    if (!m_currentRecordingURL)
+        return;
+    const QString url = *m_currentRecordingURL;
+    finish();
+    QFile::remove(url);
+}
+
+void AudioRecorder::finish()
+{
+    m_meterTimer.stop();
+    m_capture->stop();
+    m_currentRecordingURL.reset();
+    m_maxPeakPower = -160.0f;
+}

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/ApplicationHandle.h"
+#include "services/PushToTalkTriggerStateMachine.h"
+
+#include <QObject>
+#include <QString>
+#include <QTimer>
+#include <chrono>
+#include <functional>
+#include <memory>
+
+class KeyboardHook;
+class Workspace;
+
+// Watches the trigger key and Space system-wide through the keyboard hook, feeds the
+// trigger state machine and carries out its actions: remembers the frontmost
+// application when a gesture begins, arms the hold timer and calls the four handlers.
+class GlobalPushToTalkMonitor : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Shortcut {
+        QString displayString;
+        std::chrono::milliseconds holdDelay{80};
+    };
+
+    GlobalPushToTalkMonitor(std::shared_ptr<KeyboardHook> hook, std::shared_ptr<Workspace> workspace,
+                            QObject *parent = nullptr);
+    ~GlobalPushToTalkMonitor() override;
+
+    // The trigger as the hook names it, with the 80 ms hold delay.
+    [[nodiscard]] Shortcut shortcut() const;
+    [[nodiscard]] ApplicationHandlePtr capturedTargetApplication() const { return m_capturedTargetApplication; }
+    [[nodiscard]] bool isInstalled() const;
+    [[nodiscard]] const PushToTalkTriggerStateMachine &triggerState() const { return m_triggerState; }
+
+    // Throws QuorlaError::hotkeyRegistrationFailed when the keyboard cannot be observed.
+    void installMonitors();
+    // Removes the hook, cancels the hold timer and resets the trigger state.
+    void stop();
+
+    // Feeds one input and performs the returned actions in order.
+    PushToTalkTriggerStateMachine::Actions apply(PushToTalkTriggerInput input);
+
+    std::function<void()> holdStartedHandler;
+    std::function<void()> holdEndedHandler;
+    std::function<void()> toggleStartedHandler;
+    std::function<void()> toggleEndedHandler;
+
+Q_SIGNALS:
+    // The trigger key went down or up (before the hold delay); lets the recorder warm up.
+    void triggerKeyChanged(bool down);
+
+private:
+    bool handleSpaceDown(bool autoRepeat, bool triggerFlag);
+    bool handleSpaceUp();
+    void scheduleHoldStart();
+    void updateSpaceCapture();
+
+    std::shared_ptr<KeyboardHook> m_hook;
+    std::shared_ptr<Workspace> m_workspace;
+    ApplicationHandlePtr m_capturedTargetApplication;
+    QTimer m_holdTimer;
+    bool m_suppressSpaceKeyUp = false;
+    PushToTalkTriggerStateMachine m_triggerState;
+};

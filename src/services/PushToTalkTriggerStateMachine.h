@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+enum class PushToTalkTriggerPhase : std::uint8_t { idle, pendingHold, holdActive, toggleActive };
+
+enum class PushToTalkTriggerAction : std::uint8_t {
+    captureTargetApplication,
+    clearTargetApplication,
+    scheduleHold,
+    cancelHold,
+    notifyHoldStarted,
+    notifyHoldEnded,
+    notifyToggleStarted,
+    notifyToggleEnded,
+};
+
+// One raw keyboard fact. Only spaceDown carries a value: whether the Space event
+// itself had the trigger's modifier flag.
+struct PushToTalkTriggerInput {
+    enum class Kind : std::uint8_t { spaceDown, fnDown, fnUp, spaceUp, holdDelayElapsed };
+
+    Kind kind;
+    bool fnFlag = false;
+
+    static constexpr PushToTalkTriggerInput spaceDown(bool fnFlag) { return {Kind::spaceDown, fnFlag}; }
+    static constexpr PushToTalkTriggerInput fnDown() { return {Kind::fnDown}; }
+    static constexpr PushToTalkTriggerInput fnUp() { return {Kind::fnUp}; }
+    static constexpr PushToTalkTriggerInput spaceUp() { return {Kind::spaceUp}; }
+    static constexpr PushToTalkTriggerInput holdDelayElapsed() { return {Kind::holdDelayElapsed}; }
+
+    friend constexpr bool operator==(PushToTalkTriggerInput, PushToTalkTriggerInput) = default;
+};
+
+// Turns trigger and Space key facts into hold and toggle begin/end actions.
+// handle() allocates nothing: every action list is a shared constant.
+struct PushToTalkTriggerStateMachine {
+    using Actions = std::span<const PushToTalkTriggerAction>;
+
+    PushToTalkTriggerPhase phase = PushToTalkTriggerPhase::idle;
+    bool isFnPressed = false;
+    bool isSpacePressed = false;
+
+    Actions handle(PushToTalkTriggerInput input) noexcept;
+    void reset() noexcept { *this = {}; }
+
+    friend constexpr bool operator==(const PushToTalkTriggerStateMachine &,
+                                     const PushToTalkTriggerStateMachine &) = default;
+
+private:
+    Actions handleFnDown() noexcept;
+    Actions handleFnUp() noexcept;
+    Actions handleSpaceDown(bool fnFlag) noexcept;
+    Actions handleHoldDelayElapsed() noexcept;
+};

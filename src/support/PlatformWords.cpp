@@ -1,0 +1,98 @@
+#include "PlatformWords.h"
+
+const PlatformWords &PlatformWords::macOS()
+{
+    static const PlatformWords words{
+        .microphonePermissionDenied = QStringLiteral(
+            "Microphone access is required for recording. Enable it in System Settings > "
+            "Privacy & Security > Microphone."),
+        .accessibilityPermissionDenied = QStringLiteral(
+            "Accessibility access is required so Quorla can type into other apps. Enable it in "
+            "System Settings > Privacy & Security > Accessibility. If it is already enabled, "
+            "quit and reopen Quorla."),
+        .triggerUnavailableStatus = QStringLiteral(
+            "%1 shortcut detection isn't available right now. Fix keyboard input monitoring and "
+            "relaunch the app."),
+        .microphoneDeniedStatus = QStringLiteral(
+            "Enable microphone access in System Settings, then try %1 or %1 + Space again."),
+        .accessibilityRequestStatus = QStringLiteral(
+            "Enable Accessibility for Quorla, then quit and reopen the app if access does not "
+            "update."),
+        .monitorOutsideWindowFailure = QStringLiteral(
+            "Quorla needs Input Monitoring permission to use %1 and %1 + Space outside this "
+            "window. Enable it in System Settings > Privacy & Security > Input Monitoring, then "
+            "reopen Quorla."),
+        .monitorCaptureSpaceFailure = QStringLiteral(
+            "Quorla needs Input Monitoring permission to capture Space for %1 + Space. Enable it "
+            "in System Settings > Privacy & Security > Input Monitoring, then reopen Quorla."),
+        .apiKeySavedStatus = QStringLiteral("API key saved to Keychain."),
+        .credentialSaveFailure = QStringLiteral("Couldn't save the API key to Keychain (status %1)."),
+        .credentialUpdateFailure = QStringLiteral("Couldn't update the API key in Keychain (status %1)."),
+        .credentialReadFailure = QStringLiteral("Couldn't read the API key from Keychain (status %1)."),
+        .credentialCheckFailure = QStringLiteral("Couldn't check Keychain item (status %1)."),
+        .credentialDeleteFailure = QStringLiteral("Couldn't remove the saved API key (status %1)."),
+        .followsInputLanguage = QStringLiteral("Follows the current macOS input language."),
+        .onboardingMicrophoneDenied = QStringLiteral(
+            "Enable microphone access in System Settings before recording dictation."),
+        .onboardingMicrophoneNotDetermined = QStringLiteral(
+            "Quorla will ask the first time you start recording, or you can allow it now in "
+            "System Settings."),
+        .onboardingKeyStorage = QStringLiteral("Stored securely in your macOS Keychain."),
+        .helpSaveKeyStep = QStringLiteral(
+            "Paste the key into the API key field and press Save. Quorla stores it in macOS "
+            "Keychain."),
+    };
+    return words;
+}
+
+const PlatformWords &PlatformWords::linuxDesktop()
+{
+    static const PlatformWords words{
+        .microphonePermissionDenied = QStringLiteral(
+            "Microphone access is required for recording. Enable it in Settings > Sound > "
+            "Input."),
+        .accessibilityPermissionDenied = QStringLiteral(
+            "Accessibility access is required so Quorla can type into other apps. Enable it in "
+            "Settings > Accessibility. If it is already enabled, quit and reopen Quorla."),
+        .triggerUnavailableStatus = QStringLiteral(
+            "%1 shortcut detection isn't available right now. Fix X11 keyboard monitoring and "
+            "relaunch the app."),
+        .microphoneDeniedStatus = QStringLiteral(
+            "Enable microphone access in Settings > Sound, then try %1 or %1 + Space again."),
+        .accessibilityRequestStatus = QStringLiteral(
+            "Enable Accessibility for Quorla, then quit and reopen the apps you type into if "
+            "access does not update."),
+        .monitorOutsideWindowFailure = QStringLiteral(
+            "Quorla needs the X11 keyboard extensions to use %1 and %1 + Space outside this "
+            "window. Run Quorla in an X11 session with XInput2 and XTest, then reopen Quorla."),
+        .monitorCaptureSpaceFailure = QStringLiteral(
+            "Quorla needs the X11 keyboard extensions to capture Space for %1 + Space. Run "
+            "Quorla in an X11 session with XInput2 and XTest, then reopen Quorla."),
+        .apiKeySavedStatus = QStringLiteral("API key saved to the keyring."),
+        .credentialSaveFailure = QStringLiteral("Couldn't save the API key to the keyring (status %1)."),
+        .credentialUpdateFailure = QStringLiteral("Couldn't update the API key in the keyring (status %1)."),
+        .credentialReadFailure = QStringLiteral("Couldn't read the API key from the keyring (status %1)."),
+        .credentialCheckFailure = QStringLiteral("Couldn't check keyring item (status %1)."),
+        .credentialDeleteFailure = QStringLiteral("Couldn't remove the saved API key (status %1)."),
+        .followsInputLanguage = QStringLiteral("Follows the current keyboard layout's language."),
+        .onboardingMicrophoneDenied = QStringLiteral(
+            "Enable microphone access in Settings > Sound before recording dictation."),
+        .onboardingMicrophoneNotDetermined = QStringLiteral(
+            "Quorla will ask the first time you start recording, or you can check the input now "
+            "in Settings > Sound."),
+        .onboardingKeyStorage = QStringLiteral("Stored securely in your desktop keyring."),
+        .helpSaveKeyStep = QStringLiteral(
+            "Paste the key into the API key field and press Save. Quorla stores it in your "
+            "desktop keyring."),
+    };
+    return words;
+}
+
+const PlatformWords &PlatformWords::current()
+{
+#ifdef Q_OS_MACOS
+    return macOS();
+#else
+    return linuxDesktop();
+#endif
+}

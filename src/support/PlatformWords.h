@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QString>
+
+// Sentences that name a place or facility of the desktop (settings panes, the
+// credential store, the keyboard monitoring facility). One table per platform,
+// same sentences, same punctuation. "%1" stands for the trigger key's display name.
+struct PlatformWords {
+    QString microphonePermissionDenied;
+    QString accessibilityPermissionDenied;
+    QString triggerUnavailableStatus;         // %1 = trigger
+    QString microphoneDeniedStatus;           // %1 = trigger
+    QString accessibilityRequestStatus;
+    QString monitorOutsideWindowFailure;      // %1 = trigger
+    QString monitorCaptureSpaceFailure;       // %1 = trigger
+    QString apiKeySavedStatus;
+    QString credentialSaveFailure;            // %1 = status
+    QString credentialUpdateFailure;          // %1 = status
+    QString credentialReadFailure;            // %1 = status
+    QString credentialCheckFailure;           // %1 = status
+    QString credentialDeleteFailure;          // %1 = status
+    QString followsInputLanguage;
+    QString onboardingMicrophoneDenied;
+    QString onboardingMicrophoneNotDetermined;
+    QString onboardingKeyStorage;
+    QString helpSaveKeyStep;
+
+    static const PlatformWords &macOS();
+    static const PlatformWords &linuxDesktop();
+    // The table of the platform this build runs on.
+    static const PlatformWords &current();
+};

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "models/QuorlaError.h"
+#include "platform/AudioCapture.h"
+
+#include <QFile>
+#include <optional>
+
+// Writes a small file per recording and reports the duration and level a test sets.
+class FakeAudioCapture : public AudioCapture
+{
+public:
+    PermissionState permissionState() override { return permission; }
+    QCoro::Task<bool> requestPermission() override
+    {
+        ++permissionRequests;
+        if (answerPermission)
+            permission = co_await answerPermission();
+        co_return permission == PermissionState::authorized;
+    }
+    void start(const QString &filePath) override
+    {
+        if (startFailure)
+            throw *startFailure;
+        QFile file(filePath);
+        if (file.open(QIODevice::WriteOnly))
+            file.write("fake m4a");
+        currentPath = filePath;
+        recording = true;
+    }
+    double currentTime() const override { return duration; }
+    float takePeakPower() override { return peakPower; }
+    void stop() override { recording = false; }
+
+    PermissionState permission = PermissionState::authorized;
+    // When set, requestPermission awaits it for the user's answer (the prompt).
+    std::function<QCoro::Task<PermissionState>()> answerPermission;
+    std::optional<QuorlaError> startFailure;
+    double duration = 2.0;
+    float peakPower = -10.0f;
+    QString currentPath;
+    bool recording = false;
+    int permissionRequests = 0;
+};

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "models/QuorlaError.h"
+#include "platform/KeyboardHook.h"
+
+#include <optional>
+
+// Records what the monitor asks of the keyboard and lets a test press keys.
+class FakeKeyboardHook : public KeyboardHook
+{
+public:
+    void install(Events events) override
+    {
+        ++installCount;
+        if (installFailure)
+            throw *installFailure;
+        m_events = std::move(events);
+        m_installed = true;
+    }
+    void uninstall() override { m_installed = false; }
+    bool isInstalled() const override { return m_installed; }
+    void setSpaceCaptureWanted(bool wanted) override { spaceCaptureWanted = wanted; }
+    QString triggerDisplayName() const override { return triggerName; }
+
+    void trigger(bool down) { m_events.triggerChanged(down); }
+    bool spaceDown(bool autoRepeat = false, bool triggerFlag = false) { return m_events.spaceDown(autoRepeat, triggerFlag); }
+    bool spaceUp() { return m_events.spaceUp(); }
+
+    QString triggerName = QStringLiteral("Fn");
+    std::optional<QuorlaError> installFailure;
+    int installCount = 0;
+    bool spaceCaptureWanted = false;
+
+private:
+    Events m_events;
+    bool m_installed = false;
+};

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "models/QuorlaError.h"
+#include "services/TextInserter.h"
+
+#include <QStringList>
+#include <optional>
+
+class FakeTextInserter : public TextInserter
+{
+public:
+    struct Call {
+        QString text;
+        TextInsertionTarget target;
+        bool restoreClipboard;
+        bool replaceTriggerSpace;
+    };
+
+    QCoro::Task<void> insert(QString text, TextInsertionTarget target, bool restoreClipboard,
+                             bool replaceTriggerSpace) override
+    {
+        calls.append({text, target, restoreClipboard, replaceTriggerSpace});
+        if (failure)
+            throw *failure;
+        co_return;
+    }
+
+    QList<Call> calls;
+    std::optional<QuorlaError> failure;
+};

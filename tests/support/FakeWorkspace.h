@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/Workspace.h"
+
+#include <QStringList>
+
+class FakeApplication : public ApplicationHandle
+{
+public:
+    FakeApplication(qint64 pid, std::optional<QString> name) : pid(pid), name(std::move(name)) {}
+
+    qint64 processIdentifier() const override { return pid; }
+    std::optional<QString> localizedName() const override { return name; }
+    bool activate() override
+    {
+        ++activationCount;
+        return activates;
+    }
+
+    qint64 pid;
+    std::optional<QString> name;
+    bool activates = true;
+    int activationCount = 0;
+};
+
+class FakeWorkspace : public Workspace
+{
+public:
+    ApplicationHandlePtr frontmostApplication() override { return frontmost; }
+    bool openSettingsPane(const QString &anchor) override
+    {
+        openedPanes.append(anchor);
+        return true;
+    }
+
+    ApplicationHandlePtr frontmost;
+    QStringList openedPanes;
+};

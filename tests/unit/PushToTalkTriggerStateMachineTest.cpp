@@ -1,0 +1,235 @@
+#include "services/PushToTalkTriggerStateMachine.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <vector>
+
+namespace {
+
+using Action = PushToTalkTriggerAction;
+using Input = PushToTalkTriggerInput;
+using Machine = PushToTalkTriggerStateMachine;
+using Phase = PushToTalkTriggerPhase;
+using Actions = std::vector<Action>;
+
+Actions feed(Machine &machine, Input input)
+{
+    const auto actions = machine.handle(input);
+    return {actions.begin(), actions.end()};
+}
+
+struct Row {
+    const char *name;
+    Machine before;
+    Input input;
+    Machine after;
+    Actions actions;
+};
+
+void PrintTo(const Row &row, std::ostream *os) { *os << row.name; }
+
+class TransitionTable : public ::testing::TestWithParam<Row> {};
+
+TEST_P(TransitionTable, givesTheExactActionsAndState)
+{
+    const Row &row = GetParam();
+    Machine machine = row.before;
+    EXPECT_EQ(feed(machine, row.input), row.actions);
+    EXPECT_EQ(machine, row.after);
+}
+
+constexpr Machine state(Phase phase, bool fn, bool space) { return {phase, fn, space}; }
+
+// fnDown, row by row.
+INSTANTIATE_TEST_SUITE_P(FnDown, TransitionTable, ::testing::Values(
+    Row{"repeatWhileHeld", state(Phase::holdActive, true, false), Input::fnDown(), state(Phase::holdActive, true, false), {}},
+    Row{"repeatInIdle", state(Phase::idle, true, true), Input::fnDown(), state(Phase::idle, true, true), {}},
+    Row{"pendingHoldBelievedUp", state(Phase::pendingHold, false, false), Input::fnDown(), state(Phase::pendingHold, true, false), {}},
+    Row{"holdActiveBelievedUp", state(Phase::holdActive, false, false), Input::fnDown(), state(Phase::holdActive, true, false), {}},
+    Row{"endsToggle", state(Phase::toggleActive, false, false), Input::fnDown(), state(Phase::idle, true, false),
+        {Action::notifyToggleEnded, Action::clearTargetApplication}},
+    Row{"spaceAlreadyDown", state(Phase::idle, false, true), Input::fnDown(), state(Phase::idle, true, true), {}},
+    Row{"startsPendingHold", state(Phase::idle, false, false), Input::fnDown(), state(Phase::pendingHold, true, false),
+        {Action::captureTargetApplication, Action::scheduleHold}}));
+
+// fnUp, row by row.
+INSTANTIATE_TEST_SUITE_P(FnUp, TransitionTable, ::testing::Values(
+    Row{"believedUp", state(Phase::idle, false, false), Input::fnUp(), state(Phase::idle, false, false), {}},
+    Row{"believedUpInToggle", state(Phase::toggleActive, false, true), Input::fnUp(), state(Phase::toggleActive, false, true), {}},
+    Row{"idleClearsTarget", state(Phase::idle, true, false), Input::fnUp(), state(Phase::idle, false, false),
+        {Action::clearTargetApplication}},
+    Row{"quickTap", state(Phase::pendingHold, true, false), Input::fnUp(), state(Phase::idle, false, false),
+        {Action::cancelHold, Action::clearTargetApplication}},
+    Row{"endsHold", state(Phase::holdActive, true, true), Input::fnUp(), state(Phase::idle, false, true),
+        {Action::notifyHoldEnded, Action::clearTargetApplication}},
+    Row{"toggleKeepsRunning", state(Phase::toggleActive, true, false), Input::fnUp(), state(Phase::toggleActive, false, false), {}}));
+
+// spaceDown, row by row; S is set in every case.
+INSTANTIATE_TEST_SUITE_P(SpaceDown, TransitionTable, ::testing::Values(
+    Row{"plainSpacePassesThrough", state(Phase::idle, false, false), Input::spaceDown(false), state(Phase::idle, false, true), {}},
+    Row{"flagStartsToggleFromIdle", state(Phase::idle, false, false), Input::spaceDown(true), state(Phase::toggleActive, true, true),
+        {Action::captureTargetApplication, Action::notifyToggleStarted}},
+    Row{"heldTriggerStartsToggleFromIdle", state(Phase::idle, true, false), Input::spaceDown(false), state(Phase::toggleActive, true, true),
+        {Action::captureTargetApplication, Action::notifyToggleStarted}},
+    Row{"pendingHoldWithoutFn", state(Phase::pendingHold, false, false), Input::spaceDown(false), state(Phase::pendingHold, false, true), {}},
+    Row{"pendingHoldWithFlagKeepsBelief", state(Phase::pendingHold, false, false), Input::spaceDown(true), state(Phase::toggleActive, false, true),
+        {Action::cancelHold, Action::notifyToggleStarted}},
+    Row{"pendingHoldWithHeldTrigger", state(Phase::pendingHold, true, false), Input::spaceDown(false), state(Phase::toggleActive, true, true),
+        {Action::cancelHold, Action::notifyToggleStarted}},
+    Row{"holdActiveWithoutFn", state(Phase::holdActive, false, false), Input::spaceDown(false), state(Phase::holdActive, false, true), {}},
+    Row{"holdPromotedWithFlagKeepsBelief", state(Phase::holdActive, false, false), Input::spaceDown(true), state(Phase::toggleActive, false, true),
+        {Action::notifyToggleStarted}},
+    Row{"holdPromoted", state(Phase::holdActive, true, false), Input::spaceDown(false), state(Phase::toggleActive, true, true),
+        {Action::notifyToggleStarted}},
+    Row{"plainSpaceEndsToggle", state(Phase::toggleActive, false, false), Input::spaceDown(false), state(Phase::idle, false, true),
+        {Action::notifyToggleEnded, Action::clearTargetApplication}},
+    Row{"fnSpaceEndsToggle", state(Phase::toggleActive, true, false), Input::spaceDown(true), state(Phase::idle, true, true),
+        {Action::notifyToggleEnded, Action::clearTargetApplication}}));
+
+// spaceUp never acts; holdDelayElapsed acts only in pendingHold.
+INSTANTIATE_TEST_SUITE_P(SpaceUpAndTimer, TransitionTable, ::testing::Values(
+    Row{"spaceUpClearsSpace", state(Phase::toggleActive, true, true), Input::spaceUp(), state(Phase::toggleActive, true, false), {}},
+    Row{"spaceUpWhenUp", state(Phase::idle, false, false), Input::spaceUp(), state(Phase::idle, false, false), {}},
+    Row{"timerStartsHold", state(Phase::pendingHold, true, false), Input::holdDelayElapsed(), state(Phase::holdActive, true, false),
+        {Action::notifyHoldStarted}},
+    Row{"staleTimerInIdle", state(Phase::idle, false, false), Input::holdDelayElapsed(), state(Phase::idle, false, false), {}},
+    Row{"staleTimerInHold", state(Phase::holdActive, true, false), Input::holdDelayElapsed(), state(Phase::holdActive, true, false), {}},
+    Row{"staleTimerInToggle", state(Phase::toggleActive, false, false), Input::holdDelayElapsed(), state(Phase::toggleActive, false, false), {}}));
+
+struct Step {
+    Input input;
+    Actions actions;
+};
+
+void expectSequence(const std::vector<Step> &steps)
+{
+    Machine machine;
+    for (size_t i = 0; i < steps.size(); ++i)
+        EXPECT_EQ(feed(machine, steps[i].input), steps[i].actions) << "step " << i;
+}
+
+TEST(TriggerSequences, holdStartsAndEnds)
+{
+    expectSequence({{Input::fnDown(), {Action::captureTargetApplication, Action::scheduleHold}},
+                    {Input::holdDelayElapsed(), {Action::notifyHoldStarted}},
+                    {Input::fnUp(), {Action::notifyHoldEnded, Action::clearTargetApplication}}});
+}
+
+TEST(TriggerSequences, quickTapStartsNothing)
+{
+    expectSequence({{Input::fnDown(), {Action::captureTargetApplication, Action::scheduleHold}},
+                    {Input::fnUp(), {Action::cancelHold, Action::clearTargetApplication}},
+                    {Input::holdDelayElapsed(), {}}});
+}
+
+TEST(TriggerSequences, toggleEndedByTriggerThenReleased)
+{
+    expectSequence({{Input::fnDown(), {Action::captureTargetApplication, Action::scheduleHold}},
+                    {Input::spaceDown(true), {Action::cancelHold, Action::notifyToggleStarted}},
+                    {Input::spaceUp(), {}},
+                    {Input::fnUp(), {}},
+                    {Input::fnDown(), {Action::notifyToggleEnded, Action::clearTargetApplication}},
+                    {Input::fnUp(), {Action::clearTargetApplication}}});
+}
+
+TEST(TriggerSequences, holdPromotedThenEndedByPlainSpace)
+{
+    expectSequence({{Input::fnDown(), {Action::captureTargetApplication, Action::scheduleHold}},
+                    {Input::holdDelayElapsed(), {Action::notifyHoldStarted}},
+                    {Input::spaceDown(true), {Action::notifyToggleStarted}},
+                    {Input::spaceUp(), {}},
+                    {Input::fnUp(), {}},
+                    {Input::spaceDown(false), {Action::notifyToggleEnded, Action::clearTargetApplication}}});
+}
+
+TEST(TriggerSequences, spaceHeldBeforeTriggerArmsNothingUntilPressedAgain)
+{
+    expectSequence({{Input::spaceDown(false), {}},
+                    {Input::fnDown(), {}},
+                    {Input::spaceUp(), {}},
+                    {Input::spaceDown(false), {Action::captureTargetApplication, Action::notifyToggleStarted}}});
+}
+
+TEST(TriggerStateMachine, equalityComparesAllThreeFields)
+{
+    EXPECT_EQ(state(Phase::idle, false, false), Machine{});
+    EXPECT_NE(state(Phase::idle, true, false), Machine{});
+    EXPECT_NE(state(Phase::idle, false, true), Machine{});
+    EXPECT_NE(state(Phase::pendingHold, false, false), Machine{});
+}
+
+// Every input sequence up to length 8, checking what must always hold.
+class ExhaustiveWalk
+{
+public:
+    void run(const Machine &machine, int depth)
+    {
+        if (depth == 0)
+            return;
+        for (const Input input : inputs) {
+            Machine next = machine;
+            const auto actions = next.handle(input);
+            ++steps;
+
+            if (input == Input::spaceDown(false) && machine.phase == Phase::idle && !machine.isFnPressed) {
+                ASSERT_TRUE(actions.empty()) << "a plain Space in idle must pass through";
+            }
+            if (input == Input::fnUp() && !machine.isFnPressed) {
+                ASSERT_TRUE(actions.empty()) << "fnUp with the trigger believed up never acts";
+            }
+            if (next.phase == Phase::pendingHold || next.phase == Phase::holdActive) {
+                ASSERT_TRUE(next.isFnPressed) << "a hold needs the trigger down";
+            }
+
+            const Counters saved = counters;
+            for (const Action action : actions)
+                ASSERT_NO_FATAL_FAILURE(track(action));
+            run(next, depth - 1);
+            counters = saved;
+        }
+    }
+
+    long steps = 0;
+
+private:
+    struct Counters {
+        int holdStarts = 0, holdEndsSinceStart = 0, toggleStarts = 0, toggleEndsSinceStart = 0;
+    } counters;
+
+    void track(Action action)
+    {
+        switch (action) {
+        case Action::notifyHoldStarted:
+            ++counters.holdStarts;
+            counters.holdEndsSinceStart = 0;
+            break;
+        case Action::notifyHoldEnded:
+            ASSERT_GT(counters.holdStarts, 0) << "a hold ended that never started";
+            ASSERT_EQ(++counters.holdEndsSinceStart, 1) << "a hold ended twice";
+            break;
+        case Action::notifyToggleStarted:
+            ++counters.toggleStarts;
+            counters.toggleEndsSinceStart = 0;
+            break;
+        case Action::notifyToggleEnded:
+            ASSERT_GT(counters.toggleStarts, 0) << "a toggle ended that never started";
+            ASSERT_EQ(++counters.toggleEndsSinceStart, 1) << "a toggle ended twice";
+            break;
+        default:
+            break;
+        }
+    }
+
+    static constexpr std::array inputs{Input::spaceDown(false), Input::spaceDown(true), Input::fnDown(),
+                                       Input::fnUp(),           Input::spaceUp(),       Input::holdDelayElapsed()};
+};
+
+TEST(TriggerStateMachine, everySequenceUpToEightInputsKeepsTheInvariants)
+{
+    ExhaustiveWalk walk;
+    walk.run(Machine{}, 8);
+    EXPECT_GT(walk.steps, 2'000'000);
+}
+
+} // namespace
