@@ -22,3 +22,6 @@ struct PlatformBackends {
 
 // The backends of the platform this build runs on.
 PlatformBackends makePlatformBackends(PreferencesStore &preferences);
+
+// Only the credential store, for the command line (no display needed).
+std::shared_ptr<CredentialStore> makeCredentialStore();

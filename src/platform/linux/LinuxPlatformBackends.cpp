@@ -11,6 +11,11 @@ PlatformBackends makePlatformBackends(PreferencesStore &preferences)
     backends.accessibility = std::make_shared<PlaceholderAccessibility>();
     backends.audioCapture = std::make_shared<PlaceholderAudioCapture>();
     backends.inputSource = std::make_shared<PlaceholderInputSourceProvider>();
-    backends.credentialStore = std::make_shared<PlaceholderCredentialStore>();
+    backends.credentialStore = makeCredentialStore();
     return backends;
+}
+
+std::shared_ptr<CredentialStore> makeCredentialStore()
+{
+    return std::make_shared<PlaceholderCredentialStore>();
 }
