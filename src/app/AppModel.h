@@ -184,6 +184,9 @@ Q_SIGNALS:
     void statusInputsChanged();
 
 private:
+    // Lets tests seed state that only a finished dictation produces.
+    friend struct AppModelTestAccess;
+
     // Assigns and notifies only when the value differs.
     template <typename T>
     bool assign(T &field, const T &value, void (AppModel::*changed)())

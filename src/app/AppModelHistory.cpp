@@ -1,16 +1,39 @@
 // Transcript history and typing statistics.
 #include "AppModel.h"
 
+#include "models/TranscriptHistory.h"
+#include "stores/PreferencesStore.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+
 void AppModel::recordInsertedTranscript(const QString &transcript)
 {
-    Q_UNUSED(transcript)
+    setTypingStatistics(updatedTypingStatistics(m_typingStatistics, transcript));
+    persistTypingStatistics();
 }
 
-void AppModel::persistTypingStatistics() {}
+void AppModel::persistTypingStatistics()
+{
+    m_services.preferences->setInteger(QStringLiteral("typedCharacterCount"), m_typingStatistics.typedCharacterCount);
+    m_services.preferences->setInteger(QStringLiteral("typedWordCount"), m_typingStatistics.typedWordCount);
+}
 
 void AppModel::copyTranscript(const TranscriptEntry &entry)
 {
-    Q_UNUSED(entry)
+    QClipboard *clipboard = QGuiApplication::clipboard();
+    clipboard->clear();
+    clipboard->setText(entry.text);
+    const bool isNewest = !m_recentTranscripts.isEmpty() && m_recentTranscripts.first().id == entry.id;
+    setStatusMessage(isNewest ? QStringLiteral("Transcript copied to the clipboard.")
+                              : QStringLiteral("Saved transcript copied to the clipboard."));
 }
 
-void AppModel::clearTranscript() {}
+void AppModel::clearTranscript()
+{
+    // Always announced, even when already empty, so every view resets its selection.
+    m_recentTranscripts.clear();
+    Q_EMIT recentTranscriptsChanged();
+    setErrorMessage(std::nullopt);
+    setStatusMessage(defaultStatusMessage());
+}

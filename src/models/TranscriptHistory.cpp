@@ -1,6 +1,8 @@
 #include "TranscriptHistory.h"
 
+#include <QTextBoundaryFinder>
 #include <QUuid>
+#include <stdexcept>
 
 QList<TranscriptEntry> updatedTranscriptHistory(const QList<TranscriptEntry> &history, const QString &text,
                                                 const QDateTime &now)
@@ -12,8 +14,45 @@ QList<TranscriptEntry> updatedTranscriptHistory(const QList<TranscriptEntry> &hi
     return updated;
 }
 
+namespace {
+
+// User-perceived characters: an emoji sequence or a letter with its accents is one.
+std::int64_t graphemeClusterCount(const QString &text)
+{
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    std::int64_t count = 0;
+    while (finder.toNextBoundary() != -1)
+        ++count;
+    return count;
+}
+
+std::int64_t wordCount(const QString &text)
+{
+    std::int64_t count = 0;
+    bool inWord = false;
+    for (const QChar c : text) {
+        const bool space = c.isSpace();
+        if (!space && !inWord)
+            ++count;
+        inWord = !space;
+    }
+    return count;
+}
+
+std::int64_t checkedSum(std::int64_t total, std::int64_t added)
+{
+    std::int64_t sum = 0;
+    if (__builtin_add_overflow(total, added, &sum))
+        throw std::overflow_error("typing statistics overflow");
+    return sum;
+}
+
+} // namespace
+
 TypingStatistics updatedTypingStatistics(const TypingStatistics &statistics, const QString &insertedTranscript)
 {
-    Q_UNUSED(insertedTranscript)
-    return statistics;
+    if (insertedTranscript.trimmed().isEmpty())
+        return statistics;
+    return {checkedSum(statistics.typedCharacterCount, graphemeClusterCount(insertedTranscript)),
+            checkedSum(statistics.typedWordCount, wordCount(insertedTranscript))};
 }
