@@ -1,8 +1,8 @@
 #include "InputSourceLanguageDetector.h"
 
 #include "platform/InputSourceProvider.h"
+#include "services/LanguageNames.h"
 
-#include <QLocale>
 #include <QRegularExpression>
 #include <QSet>
 
@@ -16,21 +16,138 @@ std::optional<InputLanguageHint> InputSourceLanguageDetector::currentLanguageHin
     const auto source = m_provider->currentInputSource();
     if (!source)
         return std::nullopt;
-    QSet<QString> codes;
-    static const QRegularExpression twoLetters(QStringLiteral("^[a-z]{2}$"));
-    for (QString tag : source->languages) {
-        tag = tag.trimmed().replace(QLatin1Char('_'), QLatin1Char('-')).section(QLatin1Char('-'), 0, 0).toLower();
-        if (twoLetters.match(tag).hasMatch())
-            codes.insert(tag);
+    const QLocale locale;
+    if (const auto code = exactLanguageCode(source->languages))
+        return makeLanguageHint(*code, locale);
+    QStringList searchTexts;
+    for (const QString &text : {source->identifier, source->inputModeIdentifier, source->localizedName}) {
+        if (const auto normalized = normalizedSearchText(text))
+            searchTexts.append(*normalized);
     }
-    if (codes.size() != 1)
-        return std::nullopt;
-    const QString code = *codes.begin();
-    const QString name = QLocale::languageToString(QLocale::codeToLanguage(code));
-    return InputLanguageHint{code, name};
+    if (const auto code = matchedLanguageCode(searchTexts, locale))
+        return makeLanguageHint(*code, locale);
+    return std::nullopt;
 }
 
 void InputSourceLanguageDetector::startObservingChanges(std::function<void()> onChange)
 {
     m_provider->startObservingChanges(std::move(onChange));
+}
+
+std::optional<QString> InputSourceLanguageDetector::normalizedISO639LanguageCode(const QString &tag)
+{
+    static const QRegularExpression twoLetters(QStringLiteral("^[a-z]{2}$"));
+    QString code = tag.trimmed();
+    if (code.isEmpty())
+        return std::nullopt;
+    code.replace(QLatin1Char('_'), QLatin1Char('-'));
+    code = code.section(QLatin1Char('-'), 0, 0).toLower();
+    return twoLetters.match(code).hasMatch() ? std::optional(code) : std::nullopt;
+}
+
+std::optional<QString> InputSourceLanguageDetector::normalizedSearchText(const QString &text)
+{
+    static const QRegularExpression caseBoundary(QStringLiteral("(?<=[\\p{Ll}\\p{Nd}])(?=\\p{Lu})"));
+    // An acronym ends where a capitalized word starts: "USInternational" is "US International".
+    static const QRegularExpression acronymBoundary(QStringLiteral("(?<=\\p{Lu})(?=\\p{Lu}\\p{Ll})"));
+    static const QRegularExpression nonWord(QStringLiteral("[^\\p{L}\\p{Nd}]+"));
+    static const QRegularExpression whitespace(QStringLiteral("\\s+"));
+    QString normalized = text.trimmed();
+    if (normalized.isEmpty())
+        return std::nullopt;
+    normalized.replace(caseBoundary, QStringLiteral(" "));
+    normalized.replace(acronymBoundary, QStringLiteral(" "));
+    normalized.replace(nonWord, QStringLiteral(" "));
+    normalized.replace(whitespace, QStringLiteral(" "));
+    normalized = normalized.trimmed().toLower();
+    return normalized.isEmpty() ? std::nullopt : std::optional(normalized);
+}
+
+const QList<std::pair<QString, QString>> &InputSourceLanguageDetector::explicitLanguageAliases()
+{
+    static const QList<std::pair<QString, QString>> aliases = [] {
+        QList<std::pair<QString, QString>> list;
+        const auto add = [&list](const QString &code, std::initializer_list<const char *> texts) {
+            for (const char *text : texts)
+                list.append({QString::fromLatin1(text), code});
+        };
+        add(QStringLiteral("en"), {"abc", "us", "u s", "us international", "u s international", "british", "irish",
+                                   "australian", "colemak", "dvorak", "workman"});
+        add(QStringLiteral("ja"), {"kotoeri", "hiragana", "katakana", "romaji"});
+        add(QStringLiteral("zh"), {"pinyin", "zhuyin", "bopomofo", "cangjie", "wubi", "shuangpin"});
+        add(QStringLiteral("ko"), {"hangul", "2 set korean"});
+        add(QStringLiteral("vi"), {"telex", "vni"});
+        // The input-method engines of Linux desktops (IBus, Fcitx).
+        add(QStringLiteral("ja"), {"anthy", "mozc"});
+        add(QStringLiteral("zh"), {"libpinyin", "rime"});
+        add(QStringLiteral("vi"), {"unikey", "bamboo"});
+        return list;
+    }();
+    return aliases;
+}
+
+QHash<QString, QString> InputSourceLanguageDetector::localizedLanguageNames(const QLocale &locale)
+{
+    QHash<QString, QString> names;
+    // Codes come sorted, so when two share a name the lower code keeps it.
+    for (const QString &code : twoLetterISOLanguageCodes()) {
+        const auto name = languageDisplayName(code, locale);
+        const auto searchText = name ? normalizedSearchText(*name) : std::nullopt;
+        if (searchText && !names.contains(*searchText))
+            names.insert(*searchText, code);
+    }
+    return names;
+}
+
+InputLanguageHint InputSourceLanguageDetector::makeLanguageHint(const QString &code, const QLocale &locale)
+{
+    auto name = languageDisplayName(code, locale);
+    if (!name)
+        name = languageDisplayName(code, QLocale(QLocale::English));
+    return {code, name.value_or(code.toUpper())};
+}
+
+std::optional<QString> InputSourceLanguageDetector::exactLanguageCode(const QStringList &languageTags)
+{
+    QSet<QString> codes;
+    for (const QString &tag : languageTags) {
+        const auto code = normalizedISO639LanguageCode(tag);
+        if (code && twoLetterISOLanguageCodes().contains(*code))
+            codes.insert(*code);
+    }
+    return codes.size() == 1 ? std::optional(*codes.cbegin()) : std::nullopt;
+}
+
+std::optional<QString> InputSourceLanguageDetector::matchedLanguageCode(const QStringList &searchTexts,
+                                                                       const QLocale &locale)
+{
+    // Names are cached per locale: building them asks the locale data for every code.
+    static QHash<QString, QHash<QString, QString>> namesByLocale;
+    const auto namesFor = [](const QLocale &namesLocale) -> const QHash<QString, QString> & {
+        auto found = namesByLocale.find(namesLocale.name());
+        if (found == namesByLocale.end())
+            found = namesByLocale.insert(namesLocale.name(), localizedLanguageNames(namesLocale));
+        return *found;
+    };
+
+    QList<std::pair<QString, QString>> candidates = explicitLanguageAliases();
+    for (const QLocale &namesLocale : {locale, QLocale(QLocale::English)}) {
+        const auto &names = namesFor(namesLocale);
+        for (auto it = names.cbegin(); it != names.cend(); ++it)
+            candidates.append({it.key(), it.value()});
+    }
+
+    std::optional<std::pair<QString, QString>> best;
+    for (const QString &searchText : searchTexts) {
+        const QString words = QLatin1Char(' ') + searchText + QLatin1Char(' ');
+        for (const auto &candidate : candidates) {
+            if (!words.contains(QLatin1Char(' ') + candidate.first + QLatin1Char(' ')))
+                continue;
+            const bool better = !best || candidate.first.size() > best->first.size()
+                || (candidate.first.size() == best->first.size() && candidate.second < best->second);
+            if (better)
+                best = candidate;
+        }
+    }
+    return best ? std::optional(best->second) : std::nullopt;
 }
