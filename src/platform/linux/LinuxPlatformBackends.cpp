@@ -1,6 +1,7 @@
 #include "platform/PlatformBackends.h"
 
 #include "platform/linux/PlaceholderBackends.h"
+#include "platform/linux/XkbInputSourceProvider.h"
 
 PlatformBackends makePlatformBackends(PreferencesStore &preferences)
 {
@@ -10,7 +11,7 @@ PlatformBackends makePlatformBackends(PreferencesStore &preferences)
     backends.workspace = std::make_shared<PlaceholderWorkspace>();
     backends.accessibility = std::make_shared<PlaceholderAccessibility>();
     backends.audioCapture = std::make_shared<PlaceholderAudioCapture>();
-    backends.inputSource = std::make_shared<PlaceholderInputSourceProvider>();
+    backends.inputSource = std::make_shared<XkbInputSourceProvider>();
     backends.credentialStore = makeCredentialStore();
     return backends;
 }

@@ -1,0 +1,120 @@
+#include "platform/linux/XkbInputSourceProvider.h"
+#include "platform/linux/XkbKeyboardConnection.h"
+#include "platform/linux/XkbLayoutRegistry.h"
+#include "services/InputSourceLanguageDetector.h"
+
+#include <QBuffer>
+#include <QProcess>
+#include <QTest>
+#include <gtest/gtest.h>
+
+namespace {
+
+bool setxkbmap(const QStringList &arguments)
+{
+    return QProcess::execute(QStringLiteral("setxkbmap"), arguments) == 0;
+}
+
+// Every test leaves the server's keyboard as the desktop started it.
+class XkbInputSourceProviderTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_FALSE(qEnvironmentVariableIsEmpty("DISPLAY")) << "needs the headless desktop";
+        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+        keyboard = XkbKeyboardConnection::open();
+        ASSERT_TRUE(keyboard);
+        // setxkbmap keeps the locked group: start from the first one.
+        ASSERT_TRUE(keyboard->lockGroup(0));
+    }
+    void TearDown() override
+    {
+        setxkbmap({QStringLiteral("-layout"), QStringLiteral("us"), QStringLiteral("-variant"), QString()});
+        if (keyboard)
+            keyboard->lockGroup(0);
+        QLocale::setDefault(QLocale::system());
+    }
+
+    // Waits on the event loop for the next notice.
+    bool waitForNotice(int &notices, int expected)
+    {
+        return QTest::qWaitFor([&] { return notices >= expected; }, 5000);
+    }
+
+    std::unique_ptr<XkbKeyboardConnection> keyboard;
+};
+
+TEST_F(XkbInputSourceProviderTest, hintAndNoticeFollowTheLayout)
+{
+    ASSERT_TRUE(setxkbmap({QStringLiteral("-layout"), QStringLiteral("us,de"), QStringLiteral("-variant"),
+                           QStringLiteral(",nodeadkeys")}));
+    auto provider = std::make_shared<XkbInputSourceProvider>();
+    InputSourceLanguageDetector detector(provider);
+    int notices = 0;
+    detector.startObservingChanges([&notices] { ++notices; });
+
+    auto source = provider->currentInputSource();
+    ASSERT_TRUE(source);
+    EXPECT_EQ(source->identifier, QStringLiteral("xkb:us"));
+    EXPECT_EQ(source->localizedName, QStringLiteral("English (US)"));
+    EXPECT_EQ(detector.currentLanguageHint(), (InputLanguageHint{QStringLiteral("en"), QStringLiteral("English")}));
+
+    // A group switch, as the user's switch key would do it.
+    ASSERT_TRUE(keyboard->lockGroup(1));
+    ASSERT_TRUE(waitForNotice(notices, 1));
+    source = provider->currentInputSource();
+    ASSERT_TRUE(source);
+    EXPECT_EQ(source->identifier, QStringLiteral("xkb:de:nodeadkeys"));
+    EXPECT_EQ(source->localizedName, QStringLiteral("German (no dead keys)"));
+    EXPECT_EQ(source->languages, QStringList{QStringLiteral("de")});
+    EXPECT_EQ(detector.currentLanguageHint(), (InputLanguageHint{QStringLiteral("de"), QStringLiteral("German")}));
+
+    // A new layout list from setxkbmap.
+    ASSERT_TRUE(setxkbmap({QStringLiteral("-layout"), QStringLiteral("fr"), QStringLiteral("-variant"), QString()}));
+    ASSERT_TRUE(waitForNotice(notices, 2));
+    EXPECT_EQ(provider->currentInputSource()->identifier, QStringLiteral("xkb:fr"));
+    EXPECT_EQ(detector.currentLanguageHint(), (InputLanguageHint{QStringLiteral("fr"), QStringLiteral("French")}));
+
+    // The same layout again is no change.
+    ASSERT_TRUE(setxkbmap({QStringLiteral("-layout"), QStringLiteral("fr")}));
+    QTest::qWait(300);
+    EXPECT_EQ(notices, 2);
+}
+
+TEST_F(XkbInputSourceProviderTest, noDisplayMeansNoSource)
+{
+    const QByteArray display = qgetenv("DISPLAY");
+    qunsetenv("DISPLAY");
+    XkbInputSourceProvider provider;
+    qputenv("DISPLAY", display);
+    provider.startObservingChanges([] {});
+    EXPECT_EQ(provider.currentInputSource(), std::nullopt);
+}
+
+TEST(XkbLayoutRegistry, readsDescriptionsAndLanguagesOfLayoutsAndVariants)
+{
+    const auto &registry = XkbLayoutRegistry::system();
+    ASSERT_GT(registry.size(), 100);
+    const auto german = registry.describe(QStringLiteral("de"), QStringLiteral("nodeadkeys"));
+    ASSERT_TRUE(german);
+    EXPECT_EQ(german->description, QStringLiteral("German (no dead keys)"));
+    EXPECT_EQ(german->languages, QStringList{QStringLiteral("de")}); // inherited from the layout
+    EXPECT_EQ(registry.describe(QStringLiteral("us"), QStringLiteral("chr"))->languages,
+              QStringList{QStringLiteral("chr")}); // no two-letter code
+    EXPECT_EQ(registry.describe(QStringLiteral("us"), QStringLiteral("no-such-variant"))->description,
+              QStringLiteral("English (US)"));
+    EXPECT_EQ(registry.describe(QStringLiteral("no-such-layout"), {}), std::nullopt);
+
+    // A truncated file keeps what came before the damage.
+    QByteArray truncated = R"(<xkbConfigRegistry><layoutList><layout><configItem><name>xx</name>
+        <description>Test</description><languageList><iso639Id>ger</iso639Id><iso639Id>fra</iso639Id>
+        </languageList></configItem><variantList><variant><configItem><name>v</name>)";
+    QBuffer buffer(&truncated);
+    buffer.open(QIODevice::ReadOnly);
+    const auto partial = XkbLayoutRegistry::fromDevice(buffer).describe(QStringLiteral("xx"), {});
+    ASSERT_TRUE(partial);
+    EXPECT_EQ(partial->languages, (QStringList{QStringLiteral("de"), QStringLiteral("fr")}));
+}
+
+} // namespace
