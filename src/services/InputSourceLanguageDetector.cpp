@@ -121,32 +121,36 @@ std::optional<QString> InputSourceLanguageDetector::exactLanguageCode(const QStr
 std::optional<QString> InputSourceLanguageDetector::matchedLanguageCode(const QStringList &searchTexts,
                                                                        const QLocale &locale)
 {
-    // Names are cached per locale: building them asks the locale data for every code.
-    static QHash<QString, QHash<QString, QString>> namesByLocale;
-    const auto namesFor = [](const QLocale &namesLocale) -> const QHash<QString, QString> & {
-        auto found = namesByLocale.find(namesLocale.name());
-        if (found == namesByLocale.end())
-            found = namesByLocale.insert(namesLocale.name(), localizedLanguageNames(namesLocale));
-        return *found;
-    };
-
-    QList<std::pair<QString, QString>> candidates = explicitLanguageAliases();
-    for (const QLocale &namesLocale : {locale, QLocale(QLocale::English)}) {
-        const auto &names = namesFor(namesLocale);
-        for (auto it = names.cbegin(); it != names.cend(); ++it)
-            candidates.append({it.key(), it.value()});
+    // Candidates are built once per locale (naming every language takes a while), each
+    // padded with spaces so that a plain substring test finds whole words only.
+    using Candidates = QList<std::pair<QString, QString>>;
+    static QHash<QString, Candidates> candidatesByLocale;
+    auto found = candidatesByLocale.constFind(locale.name());
+    if (found == candidatesByLocale.cend()) {
+        Candidates candidates;
+        const auto addPadded = [&candidates](const QString &text, const QString &code) {
+            candidates.append({QLatin1Char(' ') + text + QLatin1Char(' '), code});
+        };
+        for (const auto &[text, code] : explicitLanguageAliases())
+            addPadded(text, code);
+        for (const QLocale &namesLocale : {locale, QLocale(QLocale::English)}) {
+            const auto names = localizedLanguageNames(namesLocale);
+            for (auto it = names.cbegin(); it != names.cend(); ++it)
+                addPadded(it.key(), it.value());
+        }
+        found = candidatesByLocale.insert(locale.name(), candidates);
     }
 
-    std::optional<std::pair<QString, QString>> best;
+    const std::pair<QString, QString> *best = nullptr;
     for (const QString &searchText : searchTexts) {
         const QString words = QLatin1Char(' ') + searchText + QLatin1Char(' ');
-        for (const auto &candidate : candidates) {
-            if (!words.contains(QLatin1Char(' ') + candidate.first + QLatin1Char(' ')))
+        for (const auto &candidate : *found) {
+            if (candidate.first.size() > words.size() || !words.contains(candidate.first))
                 continue;
             const bool better = !best || candidate.first.size() > best->first.size()
                 || (candidate.first.size() == best->first.size() && candidate.second < best->second);
             if (better)
-                best = candidate;
+                best = &candidate;
         }
     }
     return best ? std::optional(best->second) : std::nullopt;
