@@ -22,10 +22,9 @@ bool AppModel::addCustomDictionaryEntry(const QString &term, const std::optional
 
     const CustomDictionaryEntry adding{*normalizedTerm, normalizedReplacement};
     const QString key = foldedCustomDictionaryKey(*normalizedTerm);
-    const auto existing = std::find_if(m_customDictionaryEntries.cbegin(), m_customDictionaryEntries.cend(),
-                                       [&key](const CustomDictionaryEntry &entry) {
-                                           return foldedCustomDictionaryKey(entry.term) == key;
-                                       });
+    const auto existing = std::find_if(
+        m_customDictionaryEntries.cbegin(), m_customDictionaryEntries.cend(),
+        [&key](const CustomDictionaryEntry &entry) { return foldedCustomDictionaryKey(entry.term) == key; });
     const bool existed = existing != m_customDictionaryEntries.cend();
     if (existed && *existing == adding) {
         setStatusMessage(QStringLiteral("\"%1\" is already in Dictionary.").arg(*normalizedTerm));
@@ -44,7 +43,8 @@ void AppModel::removeCustomDictionaryEntry(const CustomDictionaryEntry &entry)
 {
     const QString key = foldedCustomDictionaryKey(entry.term);
     QList<CustomDictionaryEntry> remaining = cleanedCustomDictionaryEntries(m_customDictionaryEntries);
-    remaining.removeIf([&key](const CustomDictionaryEntry &kept) { return foldedCustomDictionaryKey(kept.term) == key; });
+    remaining.removeIf(
+        [&key](const CustomDictionaryEntry &kept) { return foldedCustomDictionaryKey(kept.term) == key; });
     if (remaining == m_customDictionaryEntries)
         return;
     setCustomDictionaryEntries(remaining);

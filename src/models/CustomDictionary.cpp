@@ -55,7 +55,8 @@ QList<CustomDictionaryEntry> updatedCustomDictionaryEntries(const QList<CustomDi
 {
     const QString key = foldedCustomDictionaryKey(adding.term);
     QList<CustomDictionaryEntry> updated = cleanedCustomDictionaryEntries(entries);
-    updated.removeIf([&key](const CustomDictionaryEntry &entry) { return foldedCustomDictionaryKey(entry.term) == key; });
+    updated.removeIf(
+        [&key](const CustomDictionaryEntry &entry) { return foldedCustomDictionaryKey(entry.term) == key; });
     updated.append(adding);
     return cleanedCustomDictionaryEntries(updated);
 }

@@ -43,7 +43,8 @@ std::optional<QList<CustomDictionaryEntry>> decodedCustomDictionaryEntries(const
         const QJsonValue replacement = object.value(replacementField);
         if (!term.isString() || !(replacement.isUndefined() || replacement.isNull() || replacement.isString()))
             return std::nullopt;
-        entries.append({term.toString(), replacement.isString() ? std::optional(replacement.toString()) : std::nullopt});
+        entries.append(
+            {term.toString(), replacement.isString() ? std::optional(replacement.toString()) : std::nullopt});
     }
     return entries;
 }

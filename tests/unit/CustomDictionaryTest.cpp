@@ -12,8 +12,14 @@ namespace {
 
 using Entries = QList<CustomDictionaryEntry>;
 
-CustomDictionaryEntry term(const QString &text) { return {text, std::nullopt}; }
-CustomDictionaryEntry rule(const QString &text, const QString &replacement) { return {text, replacement}; }
+CustomDictionaryEntry term(const QString &text)
+{
+    return {text, std::nullopt};
+}
+CustomDictionaryEntry rule(const QString &text, const QString &replacement)
+{
+    return {text, replacement};
+}
 
 TEST(CustomDictionaryText, normalizesLinesAndKeepsInnerSpacing)
 {
@@ -35,15 +41,18 @@ TEST(CustomDictionaryText, normalizesLinesAndKeepsInnerSpacing)
 TEST(CustomDictionaryText, foldedKeyIgnoresCaseAndAccentsOnly)
 {
     EXPECT_EQ(foldedCustomDictionaryKey(QStringLiteral("Café")), foldedCustomDictionaryKey(QStringLiteral("CAFE")));
-    EXPECT_EQ(foldedCustomDictionaryKey(QStringLiteral("İstanbul")), foldedCustomDictionaryKey(QStringLiteral("istanbul")));
-    EXPECT_NE(foldedCustomDictionaryKey(QStringLiteral("Acme Corp")), foldedCustomDictionaryKey(QStringLiteral("AcmeCorp")));
+    EXPECT_EQ(foldedCustomDictionaryKey(QStringLiteral("İstanbul")),
+              foldedCustomDictionaryKey(QStringLiteral("istanbul")));
+    EXPECT_NE(foldedCustomDictionaryKey(QStringLiteral("Acme Corp")),
+              foldedCustomDictionaryKey(QStringLiteral("AcmeCorp")));
 }
 
 TEST(CustomDictionaryText, cleaningDropsBlanksAndLaterDuplicates)
 {
     const Entries stored{term(QStringLiteral(" Acme ")), rule(QStringLiteral("open eye"), QStringLiteral(" \n ")),
                          term(QStringLiteral("\t")), term(QStringLiteral("ACME"))};
-    EXPECT_EQ(cleanedCustomDictionaryEntries(stored), (Entries{term(QStringLiteral("Acme")), term(QStringLiteral("open eye"))}));
+    EXPECT_EQ(cleanedCustomDictionaryEntries(stored),
+              (Entries{term(QStringLiteral("Acme")), term(QStringLiteral("open eye"))}));
 }
 
 TEST(CustomDictionaryText, guidanceHasOneSectionPerKindInOrder)
@@ -53,12 +62,13 @@ TEST(CustomDictionaryText, guidanceHasOneSectionPerKindInOrder)
     EXPECT_EQ(customDictionaryGuidance({rule(QStringLiteral("open eye"), QStringLiteral("OpenAI"))}),
               QStringLiteral("If any of these spoken forms are heard or clearly intended, the returned transcript must "
                              "replace them with the exact output shown:\n- open eye -> OpenAI"));
-    EXPECT_EQ(customDictionaryGuidance({rule(QStringLiteral("open eye"), QStringLiteral("OpenAI")),
-                                        term(QStringLiteral("Acme Corp")), term(QStringLiteral("jane@acme.io"))}),
-              QStringLiteral("If any of these terms are spoken or clearly intended, the returned transcript must use "
-                             "these exact spellings, capitalization, punctuation, and symbols:\n- Acme Corp\n- jane@acme.io"
-                             "\n\nIf any of these spoken forms are heard or clearly intended, the returned transcript "
-                             "must replace them with the exact output shown:\n- open eye -> OpenAI"));
+    EXPECT_EQ(
+        customDictionaryGuidance({rule(QStringLiteral("open eye"), QStringLiteral("OpenAI")),
+                                  term(QStringLiteral("Acme Corp")), term(QStringLiteral("jane@acme.io"))}),
+        QStringLiteral("If any of these terms are spoken or clearly intended, the returned transcript must use "
+                       "these exact spellings, capitalization, punctuation, and symbols:\n- Acme Corp\n- jane@acme.io"
+                       "\n\nIf any of these spoken forms are heard or clearly intended, the returned transcript "
+                       "must replace them with the exact output shown:\n- open eye -> OpenAI"));
 }
 
 class CustomDictionaryModelTest : public ::testing::Test
@@ -144,7 +154,8 @@ TEST_F(CustomDictionaryModelTest, loadingCleansStoredDataAndFallsBackToTerms)
     } cases[] = {
         {"duplicates by case keep the first",
          R"({"customDictionaryEntries": {"$data": ")"
-             + QByteArray(R"([{"term":"Acme"},{"term":"ACME","replacement":"x"},{"term":"b","replacement":" \n"}])").toBase64()
+             + QByteArray(R"([{"term":"Acme"},{"term":"ACME","replacement":"x"},{"term":"b","replacement":" \n"}])")
+                   .toBase64()
              + R"("}, "customDictionaryTerms": ["ignored"]})",
          {term(QStringLiteral("Acme")), term(QStringLiteral("b"))}},
         {"an empty list does not consult the terms",

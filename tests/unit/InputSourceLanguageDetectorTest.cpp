@@ -14,11 +14,16 @@ TEST(InputSourceLanguageDetector, normalizesLanguageTags)
         QString tag;
         std::optional<QString> code;
     } cases[] = {
-        {QStringLiteral("en-US"), QStringLiteral("en")}, {QStringLiteral("en_GB"), QStringLiteral("en")},
-        {QStringLiteral("zh-Hans"), QStringLiteral("zh")}, {QStringLiteral(" DE \n"), QStringLiteral("de")},
-        {QStringLiteral("deu"), std::nullopt},           {QStringLiteral("_"), std::nullopt},
-        {QStringLiteral("d"), std::nullopt},             {QStringLiteral("  "), std::nullopt},
-        {QStringLiteral("e1"), std::nullopt},            {QStringLiteral("-en"), std::nullopt},
+        {QStringLiteral("en-US"), QStringLiteral("en")},
+        {QStringLiteral("en_GB"), QStringLiteral("en")},
+        {QStringLiteral("zh-Hans"), QStringLiteral("zh")},
+        {QStringLiteral(" DE \n"), QStringLiteral("de")},
+        {QStringLiteral("deu"), std::nullopt},
+        {QStringLiteral("_"), std::nullopt},
+        {QStringLiteral("d"), std::nullopt},
+        {QStringLiteral("  "), std::nullopt},
+        {QStringLiteral("e1"), std::nullopt},
+        {QStringLiteral("-en"), std::nullopt},
     };
     for (const auto &c : cases)
         EXPECT_EQ(Detector::normalizedISO639LanguageCode(c.tag), c.code) << c.tag.toStdString();
@@ -30,7 +35,8 @@ TEST(InputSourceLanguageDetector, normalizesSearchText)
         QString text;
         std::optional<QString> words;
     } cases[] = {
-        {QStringLiteral("com.apple.keylayout.USInternational-PC"), QStringLiteral("com apple keylayout us international pc")},
+        {QStringLiteral("com.apple.keylayout.USInternational-PC"),
+         QStringLiteral("com apple keylayout us international pc")},
         {QStringLiteral("xkb:de:nodeadkeys"), QStringLiteral("xkb de nodeadkeys")},
         {QStringLiteral(" German (Switzerland, no dead keys) "), QStringLiteral("german switzerland no dead keys")},
         {QStringLiteral("2-Set Korean"), QStringLiteral("2 set korean")},
@@ -61,14 +67,15 @@ TEST(InputSourceLanguageDetector, nameMatchIsWholeWordAndDeterministic)
         std::optional<QString> code;
     } cases[] = {
         {{QStringLiteral("korean english")}, QStringLiteral("en")}, // longest name first
-        {{QStringLiteral("tamil hindi")}, QStringLiteral("hi")},    // same length: lower code
+        {{QStringLiteral("tamil hindi")}, QStringLiteral("hi")}, // same length: lower code
         {{QStringLiteral("xkb us"), QStringLiteral("korean")}, QStringLiteral("ko")},
         {{QStringLiteral("russian phonetic")}, QStringLiteral("ru")},
         {{QStringLiteral("usa"), QStringLiteral("germanic")}, std::nullopt}, // no partial words
         {{}, std::nullopt},
     };
     for (const auto &c : cases)
-        EXPECT_EQ(Detector::matchedLanguageCode(c.searchTexts, english), c.code) << c.searchTexts.join('|').toStdString();
+        EXPECT_EQ(Detector::matchedLanguageCode(c.searchTexts, english), c.code)
+            << c.searchTexts.join('|').toStdString();
     EXPECT_EQ(Detector::matchedLanguageCode({QStringLiteral("französisch")}, QLocale(QLocale::German)),
               QStringLiteral("fr"));
 }
@@ -98,14 +105,22 @@ TEST_F(DetectorWithSource, derivesTheLanguageOfTheSelectedSource)
         std::optional<QString> code;
     } cases[] = {
         {"one listed language", {QStringLiteral("xkb:de"), {}, QStringLiteral("Layout"), {QStringLiteral("de")}}, "de"},
-        {"the same language twice", {QStringLiteral("xkb:x"), {}, {}, {QStringLiteral("de"), QStringLiteral("de_AT")}}, "de"},
+        {"the same language twice",
+         {QStringLiteral("xkb:x"), {}, {}, {QStringLiteral("de"), QStringLiteral("de_AT")}},
+         "de"},
         {"US through the alias", {QStringLiteral("com.apple.keylayout.US"), {}, QStringLiteral("U.S."), latin}, "en"},
         {"international through the alias", {QStringLiteral("keylayout.USInternational-PC"), {}, {}, latin}, "en"},
-        {"Japanese input mode", {QStringLiteral("com.apple.inputmethod.Kotoeri"),
-                                  QStringLiteral("com.apple.inputmethod.Japanese.Katakana"), {}, {}}, "ja"},
+        {"Japanese input mode",
+         {QStringLiteral("com.apple.inputmethod.Kotoeri"),
+          QStringLiteral("com.apple.inputmethod.Japanese.Katakana"),
+          {},
+          {}},
+         "ja"},
         {"Linux Japanese engine", {QStringLiteral("ibus:mozc-jp"), {}, QStringLiteral("Mozc"), {}}, "ja"},
         {"Linux Chinese engine", {QStringLiteral("fcitx5:rime"), {}, {}, {QStringLiteral("zz")}}, "zh"},
-        {"many languages fall to the name", {QStringLiteral("xkb:ch"), {}, QStringLiteral("German (Switzerland)"), latin}, "de"},
+        {"many languages fall to the name",
+         {QStringLiteral("xkb:ch"), {}, QStringLiteral("German (Switzerland)"), latin},
+         "de"},
         {"nothing to go by", {QStringLiteral("xkb:custom"), {}, QStringLiteral("Custom"), latin}, std::nullopt},
     };
     for (const auto &c : cases) {
