@@ -21,9 +21,10 @@ QCoro::Task<> AppModel::checkForAppUpdate()
 {
     const QPointer<AppModel> self(this);
     const std::shared_ptr<AppUpdateClient> client = m_services.appUpdateClient;
+    const QString current = currentAppVersion();
     std::optional<AppUpdate> update;
     try {
-        update = co_await client->availableUpdate(currentAppVersion());
+        update = co_await client->availableUpdate(current);
     } catch (...) {
         // A failed check is not the user's concern; it only hides an earlier notice.
         update.reset();

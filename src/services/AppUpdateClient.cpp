@@ -62,7 +62,8 @@ QCoro::Task<std::optional<AppUpdate>> AppUpdateClient::availableUpdate(QString c
     QNetworkRequest request(m_latestReleaseURL);
     request.setTransferTimeout(int(m_transferTimeout.count()));
     request.setRawHeader("Accept", "application/json");
-    const HttpReply reply = co_await sendHttpRequest(m_network, request, "GET", {});
+    const QByteArray verb("GET");
+    const HttpReply reply = co_await sendHttpRequest(m_network, request, verb, QByteArray());
     if (!reply.statusCode || *reply.statusCode < 200 || *reply.statusCode > 299)
         throw QuorlaError(QuorlaError::Kind::invalidAPIResponse);
 

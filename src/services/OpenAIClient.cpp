@@ -117,7 +117,8 @@ QCoro::Task<QString> OpenAIClient::transcribeAudio(QString filePath, QString api
     form.addFile(QStringLiteral("file"), QFileInfo(filePath).fileName(), "audio/m4a", audio);
     form.finish();
 
-    const HttpReply reply = co_await sendHttpRequest(m_network, request, "POST", form.body());
+    const QByteArray verb("POST");
+    const HttpReply reply = co_await sendHttpRequest(m_network, request, verb, form.body());
     validateOpenAIReply(reply);
     const QString text = decodedTranscriptionText(reply.body).trimmed();
     if (text.isEmpty())
@@ -130,16 +131,18 @@ QCoro::Task<QString> OpenAIClient::polishTranscript(QString transcript, QString 
                                                     std::optional<QString> dictionaryGuidance,
                                                     std::optional<QString> customPrompt)
 {
-    co_return co_await completeChat(m_polishModel, polishInstructions(dictionaryGuidance, customPrompt),
-                                    std::move(transcript), std::move(apiKey));
+    const QString instructions = polishInstructions(dictionaryGuidance, customPrompt);
+    const QString polished = co_await completeChat(m_polishModel, instructions, transcript, apiKey);
+    co_return polished;
 }
 
 QCoro::Task<QString> OpenAIClient::translateTranscript(QString transcript, QString apiKey,
                                                        TranslationLanguage targetLanguage,
                                                        std::optional<InputLanguageHint> sourceLanguage)
 {
-    co_return co_await completeChat(m_translationModel, translationInstructions(targetLanguage, sourceLanguage),
-                                    std::move(transcript), std::move(apiKey));
+    const QString instructions = translationInstructions(targetLanguage, sourceLanguage);
+    const QString translated = co_await completeChat(m_translationModel, instructions, transcript, apiKey);
+    co_return translated;
 }
 
 QCoro::Task<QString> OpenAIClient::completeChat(QString model, QString instructions, QString transcript,
@@ -147,8 +150,9 @@ QCoro::Task<QString> OpenAIClient::completeChat(QString model, QString instructi
 {
     QNetworkRequest request = apiRequest(QStringLiteral("/v1/chat/completions"), apiKey);
     request.setRawHeader("Content-Type", "application/json");
-    const HttpReply reply =
-        co_await sendHttpRequest(m_network, request, "POST", chatCompletionBody(model, instructions, transcript));
+    const QByteArray body = chatCompletionBody(model, instructions, transcript);
+    const QByteArray verb("POST");
+    const HttpReply reply = co_await sendHttpRequest(m_network, request, verb, body);
     validateOpenAIReply(reply);
     if (const auto content = decodedChatContent(reply.body)) {
         const QString trimmed = content->trimmed();
