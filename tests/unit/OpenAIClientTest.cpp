@@ -271,6 +271,17 @@ TEST_F(OpenAIClientTest, chatRepliesWithoutTextFallBackToTheCleanedInput)
     EXPECT_EQ(polish(input).errorText(), QStringLiteral("Bad key"));
 }
 
+TEST_F(OpenAIClientTest, fileNameCannotBreakThePartHeader)
+{
+    recording = directory.filePath(QStringLiteral("take \"2\"\r\nX: y.m4a"));
+    QFile file(recording);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(audio);
+    file.close();
+    ASSERT_TRUE(transcribe().value);
+    EXPECT_TRUE(server.requests().last().body.contains("filename=\"take %222%22%0D%0AX: y.m4a\"\r\n"));
+}
+
 TEST_F(OpenAIClientTest, missingRecordingFailsBeforeAnythingIsSent)
 {
     recording = directory.filePath(QStringLiteral("gone.m4a"));
