@@ -21,6 +21,7 @@ bool isStatusError(QNetworkReply::NetworkError error)
 {
     return (error >= QNetworkReply::ContentAccessDenied && error <= QNetworkReply::UnknownContentError)
         || error == QNetworkReply::ProtocolInvalidOperationError
+        || error == QNetworkReply::ProxyAuthenticationRequiredError
         || (error >= QNetworkReply::InternalServerError && error <= QNetworkReply::UnknownServerError);
 }
 

@@ -172,6 +172,8 @@ TEST_F(OpenAIClientTest, transcriptionReplyMatrix)
         {"500 with JSON lacking message", FakeOpenAIServer::json(500, R"({"error":{"code":1}})"), std::nullopt,
          QStringLiteral("OpenAI request failed with status 500.")},
         {"500 HTML", Reply{500, html, "text/html"}, std::nullopt, QStringLiteral("OpenAI request failed with status 500.")},
+        {"407 without JSON", FakeOpenAIServer::json(407, ""), std::nullopt,
+         QStringLiteral("OpenAI request failed with status 407.")},
         {"300 is a failure", FakeOpenAIServer::json(300, "{}"), std::nullopt,
          QStringLiteral("OpenAI request failed with status 300.")},
         {"200 HTML", Reply{200, html, "text/html"}, std::nullopt, decoding},
