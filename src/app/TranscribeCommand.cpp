@@ -101,8 +101,8 @@ QCoro::Task<QString> transcribeFile(TranscribeOptions options, QNetworkAccessMan
 
     const TranscriptionMode mode = options.mode.value_or(transcriptionModeFromRawValue(
         preferences.stringValue(QStringLiteral("transcriptionMode")).value_or(QString())));
-    // Arguments of each request are named values: temporaries inside a co_await
-    // expression are miscompiled by some compilers.
+    // Arguments of each request are named values: GCC 12 corrupts the heap when a
+    // conditional operator makes a temporary inside a co_await'ed call's arguments.
     const std::optional<QString> guidance = customDictionaryGuidance(storedCustomDictionaryEntries(preferences));
     const std::optional<QString> prompt = transcriptionPrompt(guidance);
     const QString transcribed = co_await client.transcribeAudio(options.filePath, apiKey, mode, options.languageCode, prompt);
