@@ -157,6 +157,19 @@ TEST_F(TranscribeCommandTest, optionsOverrideThePreferences)
     EXPECT_TRUE(messagesOf(server.requests()[3])[0][u"content"].toString().contains(QStringLiteral("French (fr)")));
 }
 
+TEST_F(TranscribeCommandTest, theEnvironmentsAddressWinsOverThePreference)
+{
+    FakeOpenAIServer other;
+    other.setReply("/openai/v1/audio/transcriptions",
+                   FakeOpenAIServer::json(200, FakeOpenAIServer::transcriptionBody(QStringLiteral("From the other."))));
+    preferences().setString(QStringLiteral("apiBaseURL"), other.baseURL().toString() + QStringLiteral("/openai"));
+    EXPECT_EQ(run({recording}).out, QStringLiteral("Hello from the fake server.\n"));
+    environment.remove(QStringLiteral("QUORLA_API_BASE_URL"));
+    EXPECT_EQ(run({recording}).out, QStringLiteral("From the other.\n"));
+    EXPECT_EQ(server.requests().size(), 1);
+    EXPECT_EQ(other.requests().size(), 1);
+}
+
 TEST_F(TranscribeCommandTest, failuresGoToStandardErrorWithTheWindowsMessages)
 {
     server.setReply("/v1/audio/transcriptions",
