@@ -103,6 +103,7 @@ int main(int argc, char **argv)
                     FakeOpenAIServer::json(200, FakeOpenAIServer::transcriptionBody(QStringLiteral(
                                                     "This is about ten seconds of dictated speech, give or take a "
                                                     "few words, sent to the transcription endpoint."))));
+    const int audioKB = qEnvironmentVariableIntValue("BENCH_AUDIO_KB") > 0 ? qEnvironmentVariableIntValue("BENCH_AUDIO_KB") : 41;
     QTemporaryDir directory;
     // A 10-second recording is about 41 kB of AAC.
     const QString recording = directory.filePath(QStringLiteral("recording.m4a"));
@@ -110,17 +111,15 @@ int main(int argc, char **argv)
         QFile file(recording);
         if (!file.open(QIODevice::WriteOnly))
             return 1;
-        QByteArray audio(qEnvironmentVariableIntValue("BENCH_AUDIO_KB") > 0
-                             ? qEnvironmentVariableIntValue("BENCH_AUDIO_KB") * 1024
-                             : 41 * 1024,
-                         '\0');
+        QByteArray audio(audioKB * 1024, '\0');
         for (qsizetype i = 0; i < audio.size(); ++i)
             audio[i] = char((i * 131) & 0xff);
         file.write(audio);
     }
 
     const QString key = QStringLiteral("sk-bench");
-    measure("transcription (41 kB)", server.baseURL(),
+    const QByteArray transcriptionName = "transcription (" + QByteArray::number(audioKB) + " kB)";
+    measure(transcriptionName.constData(), server.baseURL(),
             [&](OpenAIClient &client) {
                 return client.transcribeAudio(recording, key, TranscriptionMode::fast, QStringLiteral("en"),
                                               QStringLiteral("You are transcribing spoken audio."));
