@@ -149,6 +149,9 @@ public:
     // ---- updates
     static QString currentAppVersion();
     QCoro::Task<> checkForAppUpdate();
+    // "Check for Updates...": no update framework here, so a newer release opens in the browser.
+    QCoro::Task<> checkForUpdatesAndOpenDownload();
+    Q_INVOKABLE void checkForUpdates();
 
     // ---- for QML
     [[nodiscard]] QVariant availableAppUpdateVariant() const;

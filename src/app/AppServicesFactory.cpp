@@ -6,6 +6,7 @@
 #include "services/GlobalPushToTalkMonitor.h"
 #include "services/InputSourceLanguageDetector.h"
 #include "services/OpenAIClient.h"
+#include "services/ServiceAddress.h"
 #include "services/TextInsertionService.h"
 #include "stores/KeychainStore.h"
 #include "stores/PreferencesStore.h"
@@ -17,14 +18,14 @@ AppServices makeAppServices(const PlatformBackends &backends, std::shared_ptr<Pr
     AppServices services;
     services.words = &PlatformWords::current();
     services.audioRecorder = std::make_shared<AudioRecorder>(backends.audioCapture);
-    services.openAIClient = std::make_shared<OpenAIClient>(network, QUrl(QStringLiteral("https://api.openai.com")));
+    services.openAIClient = std::make_shared<OpenAIClient>(network, ServiceAddress::configuredAPIBaseURL(*preferences));
     services.keychainStore = std::make_shared<KeychainStore>(backends.credentialStore,
                                                              QStringLiteral(QUORLA_APP_ID), *services.words);
     services.pushToTalkMonitor = std::make_shared<GlobalPushToTalkMonitor>(backends.keyboardHook, backends.workspace);
     services.textInsertionService = std::make_shared<TextInsertionService>(backends.accessibility);
     services.inputSourceLanguageDetector = std::make_shared<InputSourceLanguageDetector>(backends.inputSource);
     services.appUpdateClient = std::make_shared<AppUpdateClient>(
-        network, QUrl(QStringLiteral("https://quorla.app/api/app/latest")));
+        network, ServiceAddress::configuredLatestReleaseURL(*preferences));
     services.accessibility = backends.accessibility;
     services.workspace = backends.workspace;
     services.preferences = std::move(preferences);

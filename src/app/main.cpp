@@ -1,6 +1,7 @@
 #include "AppInfo.h"
 #include "app/AppModel.h"
 #include "app/AppServicesFactory.h"
+#include "app/TranscribeCommand.h"
 #include "stores/PreferencesStore.h"
 
 #include <QApplication>
@@ -11,6 +12,9 @@
 
 int main(int argc, char *argv[])
 {
+    // The command line needs no display: decided before any GUI object exists.
+    if (argc > 1 && qstrcmp(argv[1], "transcribe") == 0)
+        return runTranscribeCommand(argc, argv);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral(QUORLA_APP_NAME));
     QApplication::setApplicationVersion(QStringLiteral(QUORLA_VERSION));

@@ -34,8 +34,7 @@ AppModel &ModelFixture::makeModel()
     services.pushToTalkMonitor = std::make_shared<GlobalPushToTalkMonitor>(keyboard, workspace);
     services.textInsertionService = inserter;
     services.inputSourceLanguageDetector = std::make_shared<InputSourceLanguageDetector>(inputSource);
-    services.appUpdateClient =
-        std::make_shared<AppUpdateClient>(&network, QUrl(QStringLiteral("http://127.0.0.1:9/api/app/latest")));
+    services.appUpdateClient = std::make_shared<AppUpdateClient>(&network, latestReleaseURL);
     services.accessibility = accessibility;
     services.workspace = workspace;
     services.preferences = std::make_shared<PreferencesStore>(preferencesPath());

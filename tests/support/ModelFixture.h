@@ -43,6 +43,7 @@ public:
     std::shared_ptr<FakeTextInserter> inserter = std::make_shared<FakeTextInserter>();
     AppServices services;
     QDateTime now = QDateTime(QDate(2026, 1, 1), QTime(12, 0), Qt::UTC);
+    QUrl latestReleaseURL = QUrl(QStringLiteral("http://127.0.0.1:9/api/app/latest"));
 
 private:
     std::unique_ptr<AppModel> m_model;

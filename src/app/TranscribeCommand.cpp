@@ -1,0 +1,235 @@
+#include "TranscribeCommand.h"
+
+#include "AppInfo.h"
+#include "app/AppModel.h"
+#include "models/CustomDictionary.h"
+#include "models/QuorlaError.h"
+#include "models/TranscriptionPrompt.h"
+#include "platform/PlatformBackends.h"
+#include "services/FollowUpPhrases.h"
+#include "services/OpenAIClient.h"
+#include "services/ServiceAddress.h"
+#include "stores/KeychainStore.h"
+#include "stores/PreferencesStore.h"
+#include "support/PlatformError.h"
+#include "support/PlatformWords.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkAccessManager>
+#include <QTimer>
+#include <cstdio>
+
+namespace {
+
+// Exit statuses: 0 done, 1 the transcription failed, 2 the command line was wrong.
+constexpr int failureStatus = 1;
+constexpr int usageStatus = 2;
+
+struct TranscribeOptions {
+    QString filePath;
+    std::optional<QString> languageCode;
+    std::optional<TranscriptionMode> mode;
+    std::optional<bool> polish;
+    std::optional<QString> translateTo;
+};
+
+void writeLine(FILE *stream, const QString &text)
+{
+    const QByteArray bytes = text.toUtf8() + '\n';
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
+    std::fflush(stream);
+}
+
+// The dictionary as the window stores it: the encoded entries, else the older term list.
+QList<CustomDictionaryEntry> storedCustomDictionaryEntries(const PreferencesStore &preferences)
+{
+    QList<CustomDictionaryEntry> entries;
+    if (const auto data = preferences.dataValue(QStringLiteral("customDictionaryEntries"))) {
+        const QJsonDocument document = QJsonDocument::fromJson(*data);
+        bool decodes = document.isArray();
+        for (const QJsonValue &value : document.array()) {
+            const QJsonValue term = value.toObject().value(u"term");
+            const QJsonValue replacement = value.toObject().value(u"replacement");
+            if (!term.isString() || !(replacement.isString() || replacement.isUndefined() || replacement.isNull())) {
+                decodes = false;
+                break;
+            }
+            entries.append({term.toString(),
+                            replacement.isString() ? std::optional(replacement.toString()) : std::nullopt});
+        }
+        if (decodes)
+            return cleanedCustomDictionaryEntries(entries);
+        entries.clear();
+    }
+    const QStringList terms =
+        preferences.stringListValue(QStringLiteral("customDictionaryTerms")).value_or(QStringList());
+    for (const QString &term : terms) {
+        if (const auto normalized = normalizedCustomDictionaryText(term))
+            entries.append({*normalized, std::nullopt});
+    }
+    return cleanedCustomDictionaryEntries(entries);
+}
+
+// The environment's key wins, as with other command-line tools; else the stored one.
+QString commandLineAPIKey()
+{
+    const QString environmentKey = qEnvironmentVariable("OPENAI_API_KEY").trimmed();
+    if (!environmentKey.isEmpty())
+        return environmentKey;
+    KeychainStore keychain(makeCredentialStore(), QStringLiteral(QUORLA_APP_ID), PlatformWords::current());
+    const QString storedKey = keychain.loadString(KeychainStore::apiKeyAccount()).value_or(QString()).trimmed();
+    if (storedKey.isEmpty())
+        throw QuorlaError(QuorlaError::Kind::missingAPIKey);
+    return storedKey;
+}
+
+QString cleaned(const QString &text)
+{
+    return normalizedWithoutFollowUpPhrases(text.trimmed());
+}
+
+// The steps of a finished dictation, from the file to the final text.
+QCoro::Task<QString> transcribeFile(TranscribeOptions options, QNetworkAccessManager *network)
+{
+    const PreferencesStore preferences(PreferencesStore::defaultFilePath());
+    const QString apiKey = commandLineAPIKey();
+    OpenAIClient client(network, ServiceAddress::configuredAPIBaseURL(preferences));
+
+    const TranscriptionMode mode = options.mode.value_or(transcriptionModeFromRawValue(
+        preferences.stringValue(QStringLiteral("transcriptionMode")).value_or(QString())));
+    // Arguments of each request are named values: GCC 12 corrupts the heap when a
+    // conditional operator makes a temporary inside a co_await'ed call's arguments.
+    const std::optional<QString> guidance = customDictionaryGuidance(storedCustomDictionaryEntries(preferences));
+    const std::optional<QString> prompt = transcriptionPrompt(guidance);
+    const QString transcribed = co_await client.transcribeAudio(options.filePath, apiKey, mode, options.languageCode, prompt);
+    QString transcript = cleaned(transcribed);
+
+    const bool polish =
+        options.polish.value_or(preferences.boolValue(QStringLiteral("shouldPolishTranscript")).value_or(false));
+    if (polish) {
+        const QString polishPrompt = preferences.stringValue(QStringLiteral("polishPrompt")).value_or(QString());
+        const std::optional<QString> customPrompt =
+            polishPrompt.trimmed().isEmpty() ? std::nullopt : std::optional(polishPrompt);
+        const QString polished = co_await client.polishTranscript(transcript, apiKey, guidance, customPrompt);
+        transcript = cleaned(polished);
+    }
+
+    const std::optional<QString> targetCode =
+        options.translateTo ? options.translateTo : preferences.stringValue(QStringLiteral("translationLanguageCode"));
+    const std::optional<TranslationLanguage> target = AppModel::translationLanguage(targetCode);
+    std::optional<InputLanguageHint> spoken;
+    if (options.languageCode)
+        spoken = InputLanguageHint{*options.languageCode, QString()};
+    if (AppModel::shouldTranslateTranscript(target, spoken)) {
+        const std::optional<InputLanguageHint> noHint;
+        const QString translated = co_await client.translateTranscript(transcript, apiKey, *target, noHint);
+        transcript = cleaned(translated);
+    }
+    co_return transcript;
+}
+
+// Reads the options; on a mistake writes it to standard error and returns absent.
+std::optional<TranscribeOptions> parsedOptions(const QStringList &arguments, int *exitStatus)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Transcribes an audio file with your OpenAI API key, through the same steps as a "
+                       "dictation, and prints the text."));
+    parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("The audio file (m4a, mp3, wav, ...)."),
+                                 QStringLiteral("transcribe file"));
+    const QCommandLineOption language(QStringLiteral("language"),
+                                      QStringLiteral("The spoken language, as an ISO 639-1 code."),
+                                      QStringLiteral("code"));
+    const QCommandLineOption mode(QStringLiteral("mode"), QStringLiteral("fast or moreAccurate."),
+                                  QStringLiteral("mode"));
+    const QCommandLineOption polish(QStringLiteral("polish"), QStringLiteral("Clean up the text."));
+    const QCommandLineOption noPolish(QStringLiteral("no-polish"), QStringLiteral("Do not clean up the text."));
+    const QCommandLineOption translateTo(QStringLiteral("translate-to"),
+                                         QStringLiteral("Translate into this language (ISO 639-1 code)."),
+                                         QStringLiteral("code"));
+    parser.addOptions({language, mode, polish, noPolish, translateTo});
+    const QCommandLineOption help = parser.addHelpOption();
+
+    const auto usageError = [&](const QString &message) -> std::optional<TranscribeOptions> {
+        writeLine(stderr, message);
+        writeLine(stderr, QStringLiteral("Try \"quorla transcribe --help\"."));
+        *exitStatus = usageStatus;
+        return std::nullopt;
+    };
+    if (!parser.parse(arguments))
+        return usageError(parser.errorText());
+    if (parser.isSet(help)) {
+        writeLine(stdout, parser.helpText().trimmed());
+        *exitStatus = 0;
+        return std::nullopt;
+    }
+    if (parser.positionalArguments().size() != 1)
+        return usageError(QStringLiteral("Name exactly one audio file."));
+
+    TranscribeOptions options;
+    options.filePath = parser.positionalArguments().first();
+    if (parser.isSet(language))
+        options.languageCode = parser.value(language);
+    if (parser.isSet(mode)) {
+        const QString raw = parser.value(mode);
+        if (raw != QLatin1String("fast") && raw != QLatin1String("moreAccurate"))
+            return usageError(QStringLiteral("The mode must be \"fast\" or \"moreAccurate\"."));
+        options.mode = transcriptionModeFromRawValue(raw);
+    }
+    if (parser.isSet(polish) && parser.isSet(noPolish))
+        return usageError(QStringLiteral("Choose either --polish or --no-polish."));
+    if (parser.isSet(polish) || parser.isSet(noPolish))
+        options.polish = parser.isSet(polish);
+    if (parser.isSet(translateTo)) {
+        options.translateTo = parser.value(translateTo);
+        if (!AppModel::translationLanguage(options.translateTo))
+            return usageError(QStringLiteral("\"%1\" is not a language Quorla can translate to.")
+                                  .arg(*options.translateTo));
+    }
+    return options;
+}
+
+QCoro::Task<> runTranscription(TranscribeOptions options, QNetworkAccessManager *network)
+{
+    try {
+        const QString text = co_await transcribeFile(std::move(options), network);
+        writeLine(stdout, text);
+        QCoreApplication::exit(0);
+    } catch (const QuorlaError &error) {
+        writeLine(stderr, error.errorDescription(PlatformWords::current()));
+        QCoreApplication::exit(failureStatus);
+    } catch (const PlatformError &error) {
+        writeLine(stderr, error.description());
+        QCoreApplication::exit(failureStatus);
+    } catch (const std::exception &error) {
+        writeLine(stderr, QString::fromUtf8(error.what()));
+        QCoreApplication::exit(failureStatus);
+    }
+}
+
+} // namespace
+
+int runTranscribeCommand(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral(QUORLA_APP_NAME));
+    QCoreApplication::setApplicationVersion(QStringLiteral(QUORLA_VERSION));
+
+    // The first argument is the command's own name.
+    QStringList arguments = QCoreApplication::arguments();
+    arguments.removeAt(1);
+    int exitStatus = 0;
+    const std::optional<TranscribeOptions> options = parsedOptions(arguments, &exitStatus);
+    if (!options)
+        return exitStatus;
+
+    QNetworkAccessManager network;
+    network.setTransferTimeout(60000);
+    // Started from the event loop, so that exit() ends a running exec().
+    QTimer::singleShot(0, &app, [&network, options] { runTranscription(*options, &network); });
+    return QCoreApplication::exec();
+}

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QMap>
+#include <QObject>
+#include <QTcpServer>
+#include <QUrl>
+
+class QTcpSocket;
+
+// An OpenAI-compatible HTTP/1.1 server on 127.0.0.1 for tests and benchmarks: the
+// transcription, chat and release endpoints with canned answers, every request
+// recorded byte for byte, keep-alive connections, and misbehaviour on demand.
+class FakeOpenAIServer : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Request {
+        QByteArray method;
+        QByteArray path;
+        QMap<QByteArray, QByteArray> headers; // names in lower case
+        QByteArray body;
+        int connection = 0; // which connection carried it, from 1
+    };
+
+    enum class Behaviour {
+        answer,
+        answerSlowly,  // the body in small pieces, chunkDelayMs apart
+        closeMidReply, // headers and half the body, then the connection is dropped
+        stall,         // reads the request, never answers
+        hugeBody,      // hugeBodyBytes of filler, written as the client reads
+    };
+
+    struct Reply {
+        int status = 200;
+        QByteArray body;
+        QByteArray contentType = "application/json";
+        Behaviour behaviour = Behaviour::answer;
+        int chunkDelayMs = 20;
+        qint64 hugeBodyBytes = 0;
+    };
+
+    explicit FakeOpenAIServer(QObject *parent = nullptr);
+    ~FakeOpenAIServer() override;
+
+    // http://127.0.0.1:<port>
+    [[nodiscard]] QUrl baseURL() const;
+    [[nodiscard]] QUrl url(const QString &path) const;
+
+    // The answer for a path from now on; an enqueued reply is used once, before it.
+    void setReply(const QByteArray &path, Reply reply);
+    void enqueueReply(const QByteArray &path, Reply reply);
+
+    [[nodiscard]] const QList<Request> &requests() const { return m_requests; }
+    [[nodiscard]] int connectionCount() const { return m_connectionCount; }
+    // Filler bytes written for hugeBody replies so far.
+    [[nodiscard]] qint64 hugeBytesWritten() const { return m_hugeBytesWritten; }
+
+    static Reply json(int status, const QByteArray &body) { return Reply{status, body}; }
+    static QByteArray transcriptionBody(const QString &text);
+    static QByteArray chatBody(const QString &content);
+
+Q_SIGNALS:
+    void requestReceived();
+
+private:
+    void accept();
+    void readFrom(QTcpSocket *socket);
+    void respond(QTcpSocket *socket, const Reply &reply);
+    void streamFiller(QTcpSocket *socket, qint64 remaining);
+    Reply replyFor(const QByteArray &path);
+
+    QTcpServer m_server;
+    QHash<QTcpSocket *, QByteArray> m_buffers;
+    QHash<QTcpSocket *, int> m_connectionNumbers;
+    QMap<QByteArray, Reply> m_replies;
+    QMap<QByteArray, QList<Reply>> m_queued;
+    QList<Request> m_requests;
+    int m_connectionCount = 0;
+    qint64 m_hugeBytesWritten = 0;
+};

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "models/QuorlaError.h"
+#include "support/PlatformError.h"
+#include "support/PlatformWords.h"
+
+#include <QCoro/QCoroTask>
+#include <QEventLoop>
+#include <QTimer>
+#include <exception>
+#include <memory>
+#include <optional>
+
+// What a coroutine ended with: its value, or the error it threw, as the user would read it.
+template <typename T>
+struct TaskResult {
+    std::optional<T> value;
+    std::exception_ptr error;
+    bool finished = false;
+
+    [[nodiscard]] QString errorText() const
+    {
+        if (!error)
+            return {};
+        try {
+            std::rethrow_exception(error);
+        } catch (const QuorlaError &quorla) {
+            return quorla.errorDescription(PlatformWords::macOS());
+        } catch (const PlatformError &platform) {
+            return platform.description();
+        } catch (const std::exception &other) {
+            return QString::fromUtf8(other.what());
+        }
+    }
+};
+
+// Runs the event loop until the task ends. QCoro::waitFor would never return from a
+// task that throws, so the error is caught here. The guard only keeps a broken test
+// from hanging; it is no timing assertion.
+template <typename T>
+TaskResult<T> waitForResult(QCoro::Task<T> task, int guardMs = 30000)
+{
+    // Shared with the runner, which may outlive this call when the guard fires.
+    auto result = std::make_shared<TaskResult<T>>();
+    auto loop = std::make_shared<QEventLoop>();
+    [](QCoro::Task<T> task, std::shared_ptr<TaskResult<T>> result,
+       std::shared_ptr<QEventLoop> loop) -> QCoro::Task<> {
+        try {
+            result->value = co_await std::move(task);
+        } catch (...) {
+            result->error = std::current_exception();
+        }
+        result->finished = true;
+        loop->quit();
+    }(std::move(task), result, loop);
+    if (!result->finished) {
+        QTimer::singleShot(guardMs, loop.get(), &QEventLoop::quit);
+        loop->exec();
+    }
+    return *result;
+}
+
+// The same for a task with no value: true when it finished.
+inline bool waitForDone(QCoro::Task<> task, int guardMs = 30000)
+{
+    return waitForResult(
+               [](QCoro::Task<> task) -> QCoro::Task<bool> {
+                   co_await std::move(task);
+                   co_return true;
+               }(std::move(task)),
+               guardMs)
+        .finished;
+}
