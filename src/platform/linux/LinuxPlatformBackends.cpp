@@ -1,6 +1,7 @@
 #include "platform/PlatformBackends.h"
 
 #include "platform/linux/PlaceholderBackends.h"
+#include "platform/linux/SecretServiceCredentialStore.h"
 
 PlatformBackends makePlatformBackends(PreferencesStore &preferences)
 {
@@ -17,5 +18,5 @@ PlatformBackends makePlatformBackends(PreferencesStore &preferences)
 
 std::shared_ptr<CredentialStore> makeCredentialStore()
 {
-    return std::make_shared<PlaceholderCredentialStore>();
+    return std::make_shared<SecretServiceCredentialStore>();
 }
