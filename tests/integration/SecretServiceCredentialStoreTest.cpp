@@ -1,0 +1,342 @@
+#include "AppInfo.h"
+#include "ModelFixture.h"
+#include "models/QuorlaError.h"
+#include "platform/linux/SecretServiceCredentialStore.h"
+#include "stores/KeychainStore.h"
+#include "stores/PreferencesStore.h"
+#include "support/PlatformWords.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusInterface>
+#include <QDBusObjectPath>
+#include <QDBusReply>
+#include <QDBusVariant>
+#include <QDirIterator>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QUuid>
+#include <gtest/gtest.h>
+
+namespace {
+
+using Outcome = CredentialStore::Outcome;
+
+const QString secretsName = QStringLiteral("org.freedesktop.secrets");
+const QString loginCollection = QStringLiteral("/org/freedesktop/secrets/collection/login");
+const QString noServiceSentence = PlatformWords::linuxDesktop().credentialServiceUnavailable;
+
+// Sets environment variables for one test and puts the old values back however it ends.
+class ScopedEnvironment
+{
+public:
+    ScopedEnvironment() = default;
+    ScopedEnvironment(const ScopedEnvironment &) = delete;
+    ScopedEnvironment &operator=(const ScopedEnvironment &) = delete;
+    ~ScopedEnvironment()
+    {
+        for (auto it = m_saved.crbegin(); it != m_saved.crend(); ++it) {
+            if (it->second)
+                qputenv(it->first.constData(), *it->second);
+            else
+                qunsetenv(it->first.constData());
+        }
+    }
+    void set(const char *name, const QString &value)
+    {
+        m_saved.emplace_back(name, qEnvironmentVariableIsSet(name) ? std::optional(qgetenv(name)) : std::nullopt);
+        qputenv(name, value.toLocal8Bit());
+    }
+
+private:
+    std::vector<std::pair<QByteArray, std::optional<QByteArray>>> m_saved;
+};
+
+bool setLoginCollectionLocked(bool locked)
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (locked) {
+        QDBusInterface service(secretsName, QStringLiteral("/org/freedesktop/secrets"),
+                               QStringLiteral("org.freedesktop.Secret.Service"), bus);
+        return service.call(QStringLiteral("Lock"), QVariant::fromValue(QList<QDBusObjectPath>{
+                                                        QDBusObjectPath(loginCollection)}))
+                   .type() == QDBusMessage::ReplyMessage;
+    }
+    // Unlocking through the Secret Service API needs a prompt; gnome-keyring's own
+    // interface takes the password the test desktop created the collection with.
+    QDBusInterface service(secretsName, QStringLiteral("/org/freedesktop/secrets"),
+                           QStringLiteral("org.freedesktop.Secret.Service"), bus);
+    const QDBusMessage opened = service.call(QStringLiteral("OpenSession"), QStringLiteral("plain"),
+                                             QVariant::fromValue(QDBusVariant(QString())));
+    if (opened.type() != QDBusMessage::ReplyMessage || opened.arguments().size() != 2)
+        return false;
+    const auto session = qvariant_cast<QDBusObjectPath>(opened.arguments().at(1));
+    const QByteArray password =
+        qEnvironmentVariableIsEmpty("KEYRING_PASSWORD") ? QByteArray("ci") : qgetenv("KEYRING_PASSWORD");
+    QDBusArgument secret;
+    secret.beginStructure();
+    secret << session << QByteArray() << password << QStringLiteral("text/plain");
+    secret.endStructure();
+    QDBusInterface internal(secretsName, QStringLiteral("/org/freedesktop/secrets"),
+                            QStringLiteral("org.gnome.keyring.InternalUnsupportedGuiltRiddenInterface"), bus);
+    return internal.call(QStringLiteral("UnlockWithMasterPassword"), QVariant::fromValue(QDBusObjectPath(loginCollection)),
+                         QVariant::fromValue(secret))
+               .type() == QDBusMessage::ReplyMessage;
+}
+
+// The real gnome-keyring of the test desktop. Each test keeps its items under a
+// service name of its own and removes them afterwards.
+class SecretServiceCredentialStoreTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_FALSE(qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS")) << "needs the headless desktop";
+        ASSERT_TRUE(QDBusConnection::sessionBus().interface()->isServiceRegistered(secretsName))
+            << "needs gnome-keyring on the session bus";
+    }
+    void TearDown() override { store->remove(service, account); }
+
+    std::shared_ptr<SecretServiceCredentialStore> store = std::make_shared<SecretServiceCredentialStore>();
+    const QString service = QStringLiteral(QUORLA_APP_ID ".test-") + QUuid::createUuid().toString(QUuid::Id128);
+    const QString account = KeychainStore::apiKeyAccount();
+    KeychainStore keychain{store, service, PlatformWords::linuxDesktop()};
+};
+
+int itemCount(const QString &service, const QString &account)
+{
+    QProcess tool;
+    tool.start(QStringLiteral("secret-tool"), {QStringLiteral("search"), QStringLiteral("--all"),
+                                               QStringLiteral("service"), service, QStringLiteral("account"), account});
+    if (!tool.waitForFinished(10000))
+        return -1;
+    return int(tool.readAllStandardError().count("[/") + tool.readAllStandardOutput().count("[/"));
+}
+
+TEST_F(SecretServiceCredentialStoreTest, savingTwiceUpdatesTheOneItem)
+{
+    EXPECT_FALSE(keychain.contains(account));
+    EXPECT_EQ(keychain.loadString(account), std::nullopt);
+
+    keychain.saveString(QStringLiteral("sk-first"), account);
+    keychain.saveString(QStringLiteral("sk-second"), account);
+
+    EXPECT_TRUE(keychain.contains(account));
+    EXPECT_EQ(keychain.loadString(account), QStringLiteral("sk-second"));
+    EXPECT_EQ(itemCount(service, account), 1);
+}
+
+TEST_F(SecretServiceCredentialStoreTest, deletingTwiceSucceedsAndLeavesNothing)
+{
+    keychain.saveString(QStringLiteral("sk-doomed"), account);
+    keychain.deleteItem(account);
+    keychain.deleteItem(account);
+    EXPECT_FALSE(keychain.contains(account));
+    EXPECT_EQ(keychain.loadString(account), std::nullopt);
+    EXPECT_EQ(itemCount(service, account), 0);
+}
+
+TEST_F(SecretServiceCredentialStoreTest, valuesComeBackByteForByte)
+{
+    const struct {
+        QByteArray bytes;
+        QString text;
+    } values[] = {
+        {"sk-proj-\xd0\xba\xd0\xbb\xd1\x8e\xd1\x87 \xe2\x82\xac", QStringLiteral("sk-proj-ключ €")},
+        // A byte-order mark is part of the value, and a newline stays for the model to trim.
+        {"\xef\xbb\xbfsk-bom\n", QChar(0xfeff) + QStringLiteral("sk-bom\n")},
+        {QByteArray("sk\0nul", 6), QStringLiteral("sk") + QChar(0) + QStringLiteral("nul")},
+    };
+    for (const auto &value : values) {
+        store->remove(service, account);
+        ASSERT_EQ(store->add(service, account, value.bytes).outcome, Outcome::success);
+        QByteArray read;
+        ASSERT_EQ(store->copy(service, account, &read).outcome, Outcome::success);
+        EXPECT_EQ(read, value.bytes);
+        EXPECT_EQ(keychain.loadString(account), value.text);
+    }
+}
+
+TEST_F(SecretServiceCredentialStoreTest, aValueThatIsNotUtf8LoadsAsAbsent)
+{
+    for (const QByteArray &value : {QByteArray("sk-\xff\xfe"), QByteArray("sk-\xe2\x82")}) {
+        store->remove(service, account);
+        ASSERT_EQ(store->add(service, account, value).outcome, Outcome::success);
+        EXPECT_TRUE(keychain.contains(account));
+        EXPECT_EQ(keychain.loadString(account), std::nullopt) << value.toHex().toStdString();
+    }
+}
+
+// Locks the login collection for one test and unlocks it however the test ends.
+class LockedCollection
+{
+public:
+    LockedCollection() { m_locked = setLoginCollectionLocked(true); }
+    LockedCollection(const LockedCollection &) = delete;
+    LockedCollection &operator=(const LockedCollection &) = delete;
+    ~LockedCollection() { EXPECT_TRUE(setLoginCollectionLocked(false)) << "the login collection stays locked"; }
+    [[nodiscard]] bool isLocked() const { return m_locked; }
+
+private:
+    bool m_locked = false;
+};
+
+TEST_F(SecretServiceCredentialStoreTest, aLockedCollectionIsNeverUnlocked)
+{
+    keychain.saveString(QStringLiteral("sk-locked-away"), account);
+    {
+        const LockedCollection locked;
+        ASSERT_TRUE(locked.isLocked());
+
+        EXPECT_EQ(keychain.loadString(account), std::nullopt);
+        QByteArray read;
+        EXPECT_EQ(store->copy(service, account, &read).outcome, Outcome::interactionNotAllowed);
+        EXPECT_TRUE(read.isEmpty());
+
+        const auto expectFailure = [](const auto &operation, const QString &message) {
+            try {
+                operation();
+                ADD_FAILURE() << "no failure for " << message.toStdString();
+            } catch (const QuorlaError &error) {
+                EXPECT_EQ(error.kind(), QuorlaError::Kind::keychainFailure);
+                EXPECT_EQ(error.payload(), message);
+            }
+        };
+        expectFailure([&] { (void)keychain.contains(account); }, QStringLiteral("Couldn't check keyring item (status 2)."));
+        expectFailure([&] { keychain.saveString(QStringLiteral("sk-new"), account); },
+                      QStringLiteral("Couldn't update the API key in the keyring (status 2)."));
+        expectFailure([&] { keychain.deleteItem(account); },
+                      QStringLiteral("Couldn't remove the saved API key (status 2)."));
+        const QString other = service + QStringLiteral("-new");
+        EXPECT_EQ(store->add(other, account, "sk-new").outcome, Outcome::interactionNotAllowed);
+    }
+    EXPECT_EQ(keychain.loadString(account), QStringLiteral("sk-locked-away"));
+}
+
+// A bus of our own with nobody serving org.freedesktop.secrets and nothing to
+// activate: the stock session policy without its service directories.
+class BareBus
+{
+public:
+    BareBus()
+    {
+        QFile config(m_directory.filePath(QStringLiteral("bus.conf")));
+        if (!config.open(QIODevice::WriteOnly))
+            return;
+        config.write(QStringLiteral(R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig><type>session</type><listen>unix:path=%1</listen>
+<policy context="default"><allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/>
+<allow own="*"/></policy></busconfig>)")
+                         .arg(m_directory.filePath(QStringLiteral("bus")))
+                         .toUtf8());
+        config.close();
+        m_daemon.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--config-file=") + config.fileName(),
+                                                       QStringLiteral("--nofork"), QStringLiteral("--print-address=1")});
+        if (m_daemon.waitForStarted(5000) && m_daemon.waitForReadyRead(5000))
+            m_address = QString::fromUtf8(m_daemon.readLine().trimmed());
+    }
+    BareBus(const BareBus &) = delete;
+    BareBus &operator=(const BareBus &) = delete;
+    ~BareBus()
+    {
+        m_daemon.terminate();
+        if (!m_daemon.waitForFinished(5000))
+            m_daemon.kill();
+    }
+    [[nodiscard]] const QString &address() const { return m_address; }
+
+private:
+    QTemporaryDir m_directory;
+    QProcess m_daemon;
+    QString m_address;
+};
+
+QString probe(const QProcessEnvironment &environment, const QStringList &arguments)
+{
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(QUORLA_KEYCHAIN_PROBE), arguments);
+    if (!process.waitForFinished(30000))
+        return QStringLiteral("hung");
+    return QString::fromUtf8(process.readAllStandardOutput().trimmed());
+}
+
+TEST(SecretServiceMissing, everyOperationSaysASecretServiceMustRun)
+{
+    const BareBus bus;
+    ASSERT_FALSE(bus.address().isEmpty());
+    QProcessEnvironment bare = QProcessEnvironment::systemEnvironment();
+    bare.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus.address());
+    QProcessEnvironment noBus = QProcessEnvironment::systemEnvironment();
+    noBus.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
+    noBus.remove(QStringLiteral("DISPLAY")); // or GIO would try to autolaunch a bus
+
+    const struct {
+        QStringList arguments;
+        QString message;
+    } cases[] = {
+        {{QStringLiteral("save"), QStringLiteral("sk-nowhere")}, QStringLiteral("Couldn't update the API key in the keyring")},
+        {{QStringLiteral("load")}, QStringLiteral("Couldn't read the API key from the keyring")},
+        {{QStringLiteral("contains")}, QStringLiteral("Couldn't check keyring item")},
+        {{QStringLiteral("delete")}, QStringLiteral("Couldn't remove the saved API key")},
+    };
+    for (const auto &environment : {bare, noBus}) {
+        for (const auto &c : cases) {
+            const QString answer = probe(environment, c.arguments);
+            EXPECT_TRUE(answer.startsWith(QStringLiteral("error ") + c.message + QStringLiteral(" (status ")))
+                << answer.toStdString();
+            EXPECT_TRUE(answer.endsWith(QStringLiteral("). ") + noServiceSentence)) << answer.toStdString();
+        }
+    }
+}
+
+// The key lives only in the keyring: nothing under Quorla's config or temporary
+// directories holds its text after it was saved and used.
+TEST_F(SecretServiceCredentialStoreTest, theKeyIsWrittenToNoFile)
+{
+    QTemporaryDir root;
+    ScopedEnvironment environment;
+    environment.set("XDG_CONFIG_HOME", root.filePath(QStringLiteral("config")));
+    environment.set("TMPDIR", root.filePath(QStringLiteral("tmp")));
+    ASSERT_TRUE(QDir().mkpath(root.filePath(QStringLiteral("tmp"))));
+    const QString key = QStringLiteral("sk-proj-") + QUuid::createUuid().toString(QUuid::Id128);
+
+    {
+        ModelFixture fixture; // its files now land under root
+        fixture.makeModel();
+        AppServices services = fixture.services;
+        services.keychainStore = std::make_shared<KeychainStore>(store, service, *services.words);
+        services.preferences = std::make_shared<PreferencesStore>(PreferencesStore::defaultFilePath());
+        {
+            AppModel model(services);
+            model.setApiKeyDraft(key + QLatin1Char('\n'));
+            model.saveAPIKey();
+            EXPECT_TRUE(model.hasStoredAPIKey());
+            EXPECT_EQ(model.validatedAPIKey(), key);
+        }
+        // A relaunch reads the key from the keyring, not from a file.
+        AppModel relaunched(services);
+        EXPECT_TRUE(relaunched.hasStoredAPIKey());
+        EXPECT_EQ(relaunched.validatedAPIKey(), key);
+        ASSERT_TRUE(PreferencesStore::defaultFilePath().startsWith(root.path()));
+        ASSERT_TRUE(QFile::exists(PreferencesStore::defaultFilePath()));
+
+        int files = 0;
+        QDirIterator it(root.path(), QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            QFile file(it.next());
+            ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
+            const QByteArray bytes = file.readAll();
+            ++files;
+            EXPECT_FALSE(bytes.contains(key.toUtf8())) << file.fileName().toStdString();
+            const QByteArray utf16(reinterpret_cast<const char *>(key.utf16()), key.size() * 2);
+            EXPECT_FALSE(bytes.contains(utf16)) << file.fileName().toStdString();
+        }
+        EXPECT_GT(files, 0);
+        relaunched.clearAPIKey();
+        EXPECT_FALSE(relaunched.hasStoredAPIKey());
+    }
+}
+
+} // namespace
