@@ -5,6 +5,7 @@
 
 #include "AppInfo.h"
 
+#include <QLoggingCategory>
 #include <chrono>
 #include <condition_variable>
 #include <memory>
@@ -14,6 +15,8 @@
 
 using Outcome = CredentialStore::Outcome;
 using Result = CredentialStore::Result;
+
+Q_LOGGING_CATEGORY(lcSecretService, "quorla.secretservice")
 
 namespace {
 
@@ -43,7 +46,8 @@ struct ItemList {
 
 // Cancels the calls of one operation when they outlive callLimit. The synchronous
 // libsecret calls run their own main loop, so only another thread can stop them;
-// a cancelled prompt is dismissed rather than left on screen.
+// a cancelled prompt is dismissed rather than left on screen. (GDBus's own limit of
+// 25 s still applies to a bus that accepts the connection but never says hello.)
 class Deadline
 {
 public:
@@ -148,6 +152,8 @@ public:
         if (m_error->domain == G_IO_ERROR && m_error->code == G_IO_ERROR_CLOSED)
             secret_service_disconnect(); // the next operation connects afresh
         const bool unavailable = meansNoSecretService(*m_error, !isOpen());
+        // GError messages name the call and the service, never the value.
+        qCInfo(lcSecretService) << g_quark_to_string(m_error->domain) << m_error->code << m_error->message;
         return {unavailable ? Outcome::serviceUnavailable : Outcome::failure, m_error->code};
     }
 
