@@ -11,9 +11,11 @@
 #include <QDBusObjectPath>
 #include <QDBusVariant>
 #include <functional>
+#include <QDeadlineTimer>
 #include <QDirIterator>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <QThread>
 #include <QUuid>
 #include <gtest/gtest.h>
 
@@ -188,13 +190,15 @@ TEST_F(SecretServiceCredentialStoreTest, aLockedCollectionIsNeverUnlocked)
     EXPECT_EQ(keychain.loadString(account), QStringLiteral("sk-locked-away"));
 }
 
-// A bus of our own with nobody serving org.freedesktop.secrets and nothing to
-// activate: the stock session policy without its service directories.
-class BareBus
+// A bus of our own, the stock session policy without its service directories, so
+// nothing is activated; a gnome-keyring of its own can be started and stopped on it.
+class PrivateBus
 {
 public:
-    BareBus()
+    PrivateBus()
     {
+        QDir(m_directory.path()).mkpath(QStringLiteral("run"));
+        QFile(m_directory.filePath(QStringLiteral("run"))).setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
         QFile config(m_directory.filePath(QStringLiteral("bus.conf")));
         if (!config.open(QIODevice::WriteOnly))
             return;
@@ -208,23 +212,65 @@ public:
         config.close();
         m_daemon.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--config-file=") + config.fileName(),
                                                        QStringLiteral("--nofork"), QStringLiteral("--print-address=1")});
-        if (m_daemon.waitForStarted(5000) && m_daemon.waitForReadyRead(5000))
-            m_address = QString::fromUtf8(m_daemon.readLine().trimmed());
+        if (!m_daemon.waitForStarted(5000) || !m_daemon.waitForReadyRead(5000))
+            return;
+        m_environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QString::fromUtf8(m_daemon.readLine().trimmed()));
+        m_environment.insert(QStringLiteral("XDG_DATA_HOME"), m_directory.filePath(QStringLiteral("data")));
+        m_environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_directory.filePath(QStringLiteral("run")));
     }
-    BareBus(const BareBus &) = delete;
-    BareBus &operator=(const BareBus &) = delete;
-    ~BareBus()
+    PrivateBus(const PrivateBus &) = delete;
+    PrivateBus &operator=(const PrivateBus &) = delete;
+    ~PrivateBus()
     {
+        stopKeyring();
+        QDBusConnection::disconnectFromBus(m_directory.path());
         m_daemon.terminate();
         if (!m_daemon.waitForFinished(5000))
             m_daemon.kill();
     }
-    [[nodiscard]] const QString &address() const { return m_address; }
+
+    [[nodiscard]] const QProcessEnvironment &environment() const { return m_environment; }
+
+    // Starts gnome-keyring and waits until its login collection is unlocked.
+    bool startKeyring()
+    {
+        m_keyring.setProcessEnvironment(m_environment);
+        m_keyring.start(QStringLiteral("gnome-keyring-daemon"),
+                        {QStringLiteral("--foreground"), QStringLiteral("--unlock"), QStringLiteral("--components=secrets")});
+        if (!m_keyring.waitForStarted(5000))
+            return false;
+        // Without an event loop QProcess writes only when asked to wait for it.
+        m_keyring.write("password");
+        m_keyring.waitForBytesWritten(5000);
+        m_keyring.closeWriteChannel();
+        QDBusConnection bus = QDBusConnection::connectToBus(
+            m_environment.value(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")), m_directory.path());
+        QDBusMessage get = QDBusMessage::createMethodCall(
+            secretsName, QStringLiteral("/org/freedesktop/secrets/collection/login"),
+            QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+        get.setArguments({QStringLiteral("org.freedesktop.Secret.Collection"), QStringLiteral("Locked")});
+        for (QDeadlineTimer deadline(10000); !deadline.hasExpired(); QThread::msleep(50)) {
+            const QDBusMessage reply = bus.call(get, QDBus::Block, 1000);
+            if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().value(0).value<QDBusVariant>().variant().toBool())
+                return true;
+        }
+        return false;
+    }
+    void stopKeyring()
+    {
+        if (m_keyring.state() == QProcess::NotRunning)
+            return;
+        m_keyring.terminate();
+        if (!m_keyring.waitForFinished(5000))
+            m_keyring.kill();
+        m_keyring.waitForFinished(5000);
+    }
 
 private:
     QTemporaryDir m_directory;
     QProcess m_daemon;
-    QString m_address;
+    QProcess m_keyring;
+    QProcessEnvironment m_environment = QProcessEnvironment::systemEnvironment();
 };
 
 QString probe(const QProcessEnvironment &environment, const QStringList &arguments)
@@ -239,10 +285,8 @@ QString probe(const QProcessEnvironment &environment, const QStringList &argumen
 
 TEST(SecretServiceMissing, everyOperationSaysASecretServiceMustRun)
 {
-    const BareBus bus;
-    ASSERT_FALSE(bus.address().isEmpty());
-    QProcessEnvironment bare = QProcessEnvironment::systemEnvironment();
-    bare.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus.address());
+    const PrivateBus bus;
+    ASSERT_TRUE(bus.environment().contains(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")));
     QProcessEnvironment noBus = QProcessEnvironment::systemEnvironment();
     noBus.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
     noBus.remove(QStringLiteral("DISPLAY")); // or GIO would try to autolaunch a bus
@@ -256,7 +300,7 @@ TEST(SecretServiceMissing, everyOperationSaysASecretServiceMustRun)
         {{QStringLiteral("contains")}, QStringLiteral("Couldn't check keyring item")},
         {{QStringLiteral("delete")}, QStringLiteral("Couldn't remove the saved API key")},
     };
-    for (const auto &environment : {bare, noBus}) {
+    for (const auto &environment : {bus.environment(), noBus}) {
         for (const auto &c : cases) {
             const QString answer = probe(environment, c.arguments);
             EXPECT_TRUE(answer.startsWith(QStringLiteral("error ") + c.message + QStringLiteral(" (status ")))
@@ -264,6 +308,33 @@ TEST(SecretServiceMissing, everyOperationSaysASecretServiceMustRun)
             EXPECT_TRUE(answer.endsWith(QStringLiteral("). ") + noServiceSentence)) << answer.toStdString();
         }
     }
+}
+
+TEST(SecretServiceRestart, aKeyringRestartedWhileQuorlaRunsIsFoundAgain)
+{
+    PrivateBus bus;
+    ASSERT_TRUE(bus.startKeyring());
+    QProcess quorla;
+    quorla.setProcessEnvironment(bus.environment());
+    quorla.start(QStringLiteral(QUORLA_KEYCHAIN_PROBE), {QStringLiteral("save"), QStringLiteral("sk-before"),
+                                                         QStringLiteral("pause"), QStringLiteral("load"),
+                                                         QStringLiteral("save"), QStringLiteral("sk-after"),
+                                                         QStringLiteral("load")});
+    const auto nextLine = [&quorla] {
+        while (!quorla.canReadLine() && quorla.waitForReadyRead(10000)) {
+        }
+        return quorla.readLine().trimmed().toStdString();
+    };
+    EXPECT_EQ(nextLine(), "ok");
+    ASSERT_EQ(nextLine(), "paused");
+    bus.stopKeyring();
+    ASSERT_TRUE(bus.startKeyring());
+    quorla.write("\n");
+    quorla.waitForBytesWritten(5000);
+    EXPECT_EQ(nextLine(), "ok sk-before");
+    EXPECT_EQ(nextLine(), "ok");
+    EXPECT_EQ(nextLine(), "ok sk-after");
+    EXPECT_TRUE(quorla.waitForFinished(10000));
 }
 
 // The key lives only in the keyring: nothing under Quorla's config or temporary

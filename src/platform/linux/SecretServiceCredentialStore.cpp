@@ -149,8 +149,6 @@ public:
     {
         if (!m_error)
             return {Outcome::failure, SECRET_ERROR_PROTOCOL};
-        if (m_error->domain == G_IO_ERROR && m_error->code == G_IO_ERROR_CLOSED)
-            secret_service_disconnect(); // the next operation connects afresh
         const bool unavailable = meansNoSecretService(*m_error, !isOpen());
         // GError messages name the call and the service, never the value.
         qCInfo(lcSecretService) << g_quark_to_string(m_error->domain) << m_error->code << m_error->message;
@@ -222,101 +220,120 @@ ValuePtr secretValueFor(const QByteArray &value)
     return ValuePtr(secret_value_new(value.constData(), value.size(), contentType));
 }
 
+// Runs one operation on the shared connection. A connection made before the keyring
+// restarted keeps talking to the old process and hears "unknown name" for ever: drop
+// it and try once more on a fresh one.
+template <typename Operation>
+Result converse(Operation operation)
+{
+    for (int attempt = 0;; ++attempt) {
+        Conversation conversation;
+        const Result result = conversation.isOpen() ? operation(conversation) : conversation.failure();
+        if (result.outcome != Outcome::serviceUnavailable || !conversation.isOpen() || attempt > 0)
+            return result;
+        secret_service_disconnect();
+    }
+}
+
 } // namespace
 
 Result SecretServiceCredentialStore::update(const QString &service, const QString &account, const QByteArray &value)
 {
-    Conversation conversation;
-    ItemList found;
-    if (!conversation.isOpen() || !conversation.search(service, account, SECRET_SEARCH_NONE, &found))
-        return conversation.failure();
-    SecretItem *item = firstItem(found);
-    if (!item)
-        return {Outcome::itemNotFound, 0};
-    if (secret_item_get_locked(item))
-        return lockedResult;
-    const ValuePtr secret = secretValueFor(value);
-    secret_item_set_secret_sync(item, secret.get(), conversation.cancellable(), conversation.errorSlot());
-    return conversation.failed() ? conversation.failure() : Result{};
+    return converse([&](Conversation &conversation) -> Result {
+        ItemList found;
+        if (!conversation.search(service, account, SECRET_SEARCH_NONE, &found))
+            return conversation.failure();
+        SecretItem *item = firstItem(found);
+        if (!item)
+            return {Outcome::itemNotFound, 0};
+        if (secret_item_get_locked(item))
+            return lockedResult;
+        const ValuePtr secret = secretValueFor(value);
+        secret_item_set_secret_sync(item, secret.get(), conversation.cancellable(), conversation.errorSlot());
+        return conversation.failed() ? conversation.failure() : Result{};
+    });
 }
 
 Result SecretServiceCredentialStore::add(const QString &service, const QString &account, const QByteArray &value)
 {
-    Conversation conversation;
-    if (!conversation.isOpen())
-        return conversation.failure();
-    // Storing into a missing or locked collection would ask the user to create or
-    // unlock one: check first and fail instead.
-    QByteArray collection;
-    if (!conversation.defaultCollection(&collection))
-        return conversation.failure();
-    if (collection.isEmpty())
-        return {Outcome::failure, SECRET_ERROR_NO_SUCH_OBJECT};
-    bool locked = true;
-    if (!conversation.isCollectionLocked(collection, &locked))
-        return conversation.failure();
-    if (locked)
-        return lockedResult;
+    return converse([&](Conversation &conversation) -> Result {
+        // Storing into a missing or locked collection would ask the user to create or
+        // unlock one: check first and fail instead.
+        QByteArray collection;
+        if (!conversation.defaultCollection(&collection))
+            return conversation.failure();
+        if (collection.isEmpty())
+            return {Outcome::failure, SECRET_ERROR_NO_SUCH_OBJECT};
+        bool locked = true;
+        if (!conversation.isCollectionLocked(collection, &locked))
+            return conversation.failure();
+        if (locked)
+            return lockedResult;
 
-    const HashPtr attributes = attributesFor(service, account);
-    const QByteArray label = QByteArray(QUORLA_APP_NAME ": ") + account.toUtf8();
-    const ValuePtr secret = secretValueFor(value);
-    secret_service_store_sync(conversation.service(), quorlaSchema(), attributes.get(), collection.constData(),
-                              label.constData(), secret.get(), conversation.cancellable(), conversation.errorSlot());
-    return conversation.failed() ? conversation.failure() : Result{};
+        const HashPtr attributes = attributesFor(service, account);
+        const QByteArray label = QByteArray(QUORLA_APP_NAME ": ") + account.toUtf8();
+        const ValuePtr secret = secretValueFor(value);
+        secret_service_store_sync(conversation.service(), quorlaSchema(), attributes.get(), collection.constData(),
+                                  label.constData(), secret.get(), conversation.cancellable(),
+                                  conversation.errorSlot());
+        return conversation.failed() ? conversation.failure() : Result{};
+    });
 }
 
 Result SecretServiceCredentialStore::copy(const QString &service, const QString &account, QByteArray *value)
 {
-    Conversation conversation;
-    ItemList found;
-    if (!conversation.isOpen() || !conversation.search(service, account, SECRET_SEARCH_LOAD_SECRETS, &found))
-        return conversation.failure();
-    SecretItem *item = firstItem(found);
-    if (!item)
-        return {Outcome::itemNotFound, 0};
-    if (secret_item_get_locked(item))
-        return lockedResult;
-    const ValuePtr secret(secret_item_get_secret(item));
-    if (!secret)
-        return {Outcome::itemNotFound, 0};
-    gsize length = 0;
-    const gchar *bytes = secret_value_get(secret.get(), &length);
-    *value = QByteArray(bytes, qsizetype(length));
-    return {};
+    return converse([&](Conversation &conversation) -> Result {
+        ItemList found;
+        if (!conversation.search(service, account, SECRET_SEARCH_LOAD_SECRETS, &found))
+            return conversation.failure();
+        SecretItem *item = firstItem(found);
+        if (!item)
+            return {Outcome::itemNotFound, 0};
+        if (secret_item_get_locked(item))
+            return lockedResult;
+        const ValuePtr secret(secret_item_get_secret(item));
+        if (!secret)
+            return {Outcome::itemNotFound, 0};
+        gsize length = 0;
+        const gchar *bytes = secret_value_get(secret.get(), &length);
+        *value = QByteArray(bytes, qsizetype(length));
+        return {};
+    });
 }
 
 Result SecretServiceCredentialStore::exists(const QString &service, const QString &account)
 {
-    Conversation conversation;
-    ItemList found;
-    if (!conversation.isOpen() || !conversation.search(service, account, SECRET_SEARCH_NONE, &found))
-        return conversation.failure();
-    SecretItem *item = firstItem(found);
-    if (!item)
-        return {Outcome::itemNotFound, 0};
-    return secret_item_get_locked(item) ? lockedResult : Result{};
+    return converse([&](Conversation &conversation) -> Result {
+        ItemList found;
+        if (!conversation.search(service, account, SECRET_SEARCH_NONE, &found))
+            return conversation.failure();
+        SecretItem *item = firstItem(found);
+        if (!item)
+            return {Outcome::itemNotFound, 0};
+        return secret_item_get_locked(item) ? lockedResult : Result{};
+    });
 }
 
 Result SecretServiceCredentialStore::remove(const QString &service, const QString &account)
 {
-    Conversation conversation;
-    ItemList found;
-    if (!conversation.isOpen() || !conversation.search(service, account, SECRET_SEARCH_ALL, &found))
-        return conversation.failure();
-    if (!found.items)
-        return {Outcome::itemNotFound, 0};
-    // Every copy goes, or a duplicate would bring the key back; a locked one would
-    // need a prompt to delete.
-    for (GList *node = found.items; node; node = node->next) {
-        if (secret_item_get_locked(static_cast<SecretItem *>(node->data)))
-            return lockedResult;
-    }
-    for (GList *node = found.items; node; node = node->next) {
-        secret_item_delete_sync(static_cast<SecretItem *>(node->data), conversation.cancellable(),
-                                conversation.errorSlot());
-        if (conversation.failed())
+    return converse([&](Conversation &conversation) -> Result {
+        ItemList found;
+        if (!conversation.search(service, account, SECRET_SEARCH_ALL, &found))
             return conversation.failure();
-    }
-    return {};
+        if (!found.items)
+            return {Outcome::itemNotFound, 0};
+        // Every copy goes, or a duplicate would bring the key back; a locked one would
+        // need a prompt to delete.
+        for (GList *node = found.items; node; node = node->next) {
+            if (secret_item_get_locked(static_cast<SecretItem *>(node->data)))
+                return lockedResult;
+        }
+        for (GList *node = found.items; node; node = node->next) {
+            secret_item_delete_sync(static_cast<SecretItem *>(node->data), conversation.cancellable(),
+                                    conversation.errorSlot());
+            if (conversation.failed())
+                return conversation.failure();
+        }
+        return {};
+    });
 }
