@@ -23,7 +23,7 @@ namespace {
 // Keyring calls answer in milliseconds; a service that takes longer is stuck or
 // waiting for a dialog we must not wait for.
 constexpr auto callLimit = std::chrono::seconds(5);
-constexpr int callLimitMs = 5000;
+constexpr int callLimitMs = int(std::chrono::milliseconds(callLimit).count());
 constexpr auto contentType = "text/plain";
 
 template <auto release>
