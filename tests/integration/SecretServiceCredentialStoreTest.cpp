@@ -10,13 +10,13 @@
 #include <QDBusConnectionInterface>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
-#include <functional>
 #include <QDeadlineTimer>
 #include <QDirIterator>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
 #include <QUuid>
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace {

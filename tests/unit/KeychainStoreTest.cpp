@@ -4,6 +4,7 @@
 #include "stores/KeychainStore.h"
 #include "support/PlatformWords.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace {
