@@ -7,12 +7,22 @@
 #include <QStringDecoder>
 
 using Outcome = CredentialStore::Outcome;
+using Result = CredentialStore::Result;
 
 KeychainStore::KeychainStore(std::shared_ptr<CredentialStore> store, QString service, const PlatformWords &words)
     : m_store(std::move(store))
     , m_service(std::move(service))
     , m_words(words)
 {
+}
+
+QuorlaError KeychainStore::failure(const QString &message, const Result &result) const
+{
+    QString text = message.arg(result.status);
+    // Without any credential service the status alone tells the user nothing.
+    if (result.outcome == Outcome::serviceUnavailable && !m_words.credentialServiceUnavailable.isEmpty())
+        text += QLatin1Char(' ') + m_words.credentialServiceUnavailable;
+    return QuorlaError::keychainFailure(text);
 }
 
 void KeychainStore::saveString(const QString &value, const QString &account)
@@ -22,10 +32,10 @@ void KeychainStore::saveString(const QString &value, const QString &account)
     if (updated.outcome == Outcome::success)
         return;
     if (updated.outcome != Outcome::itemNotFound)
-        throw QuorlaError::keychainFailure(m_words.credentialUpdateFailure.arg(updated.status));
+        throw failure(m_words.credentialUpdateFailure, updated);
     const auto added = m_store->add(m_service, account, data);
     if (added.outcome != Outcome::success)
-        throw QuorlaError::keychainFailure(m_words.credentialSaveFailure.arg(added.status));
+        throw failure(m_words.credentialSaveFailure, added);
 }
 
 std::optional<QString> KeychainStore::loadString(const QString &account)
@@ -34,7 +44,9 @@ std::optional<QString> KeychainStore::loadString(const QString &account)
     const auto result = m_store->copy(m_service, account, &data);
     switch (result.outcome) {
     case Outcome::success: {
-        QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+        // A leading byte-order mark is part of the stored value, not a hint.
+        QStringDecoder decoder(QStringDecoder::Utf8,
+                               QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
         const QString text = decoder.decode(data);
         if (decoder.hasError())
             return std::nullopt;
@@ -43,10 +55,11 @@ std::optional<QString> KeychainStore::loadString(const QString &account)
     case Outcome::itemNotFound:
     case Outcome::interactionNotAllowed:
         return std::nullopt;
+    case Outcome::serviceUnavailable:
     case Outcome::failure:
         break;
     }
-    throw QuorlaError::keychainFailure(m_words.credentialReadFailure.arg(result.status));
+    throw failure(m_words.credentialReadFailure, result);
 }
 
 bool KeychainStore::contains(const QString &account)
@@ -56,7 +69,7 @@ bool KeychainStore::contains(const QString &account)
         return true;
     if (result.outcome == Outcome::itemNotFound)
         return false;
-    throw QuorlaError::keychainFailure(m_words.credentialCheckFailure.arg(result.status));
+    throw failure(m_words.credentialCheckFailure, result);
 }
 
 void KeychainStore::deleteItem(const QString &account)
@@ -64,5 +77,5 @@ void KeychainStore::deleteItem(const QString &account)
     const auto result = m_store->remove(m_service, account);
     if (result.outcome == Outcome::success || result.outcome == Outcome::itemNotFound)
         return;
-    throw QuorlaError::keychainFailure(m_words.credentialDeleteFailure.arg(result.status));
+    throw failure(m_words.credentialDeleteFailure, result);
 }

@@ -31,6 +31,7 @@ const PlatformWords &PlatformWords::macOS()
         .credentialReadFailure = QStringLiteral("Couldn't read the API key from Keychain (status %1)."),
         .credentialCheckFailure = QStringLiteral("Couldn't check Keychain item (status %1)."),
         .credentialDeleteFailure = QStringLiteral("Couldn't remove the saved API key (status %1)."),
+        .credentialServiceUnavailable = QString(),
         .followsInputLanguage = QStringLiteral("Follows the current macOS input language."),
         .onboardingMicrophoneDenied = QStringLiteral(
             "Enable microphone access in System Settings before recording dictation."),
@@ -74,6 +75,9 @@ const PlatformWords &PlatformWords::linuxDesktop()
         .credentialReadFailure = QStringLiteral("Couldn't read the API key from the keyring (status %1)."),
         .credentialCheckFailure = QStringLiteral("Couldn't check keyring item (status %1)."),
         .credentialDeleteFailure = QStringLiteral("Couldn't remove the saved API key (status %1)."),
+        .credentialServiceUnavailable = QStringLiteral(
+            "No Secret Service is running: start one, for example GNOME Keyring or KeePassXC, and "
+            "try again."),
         .followsInputLanguage = QStringLiteral("Follows the current keyboard layout's language."),
         .onboardingMicrophoneDenied = QStringLiteral(
             "Enable microphone access in Settings > Sound before recording dictation."),

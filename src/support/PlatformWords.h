@@ -19,6 +19,7 @@ struct PlatformWords {
     QString credentialReadFailure;            // %1 = status
     QString credentialCheckFailure;           // %1 = status
     QString credentialDeleteFailure;          // %1 = status
+    QString credentialServiceUnavailable;     // follows a credential failure when no store runs at all
     QString followsInputLanguage;
     QString onboardingMicrophoneDenied;
     QString onboardingMicrophoneNotDetermined;

@@ -2,6 +2,7 @@
 
 #include "platform/linux/PlaceholderBackends.h"
 #include "platform/linux/XkbInputSourceProvider.h"
+#include "platform/linux/SecretServiceCredentialStore.h"
 
 PlatformBackends makePlatformBackends(PreferencesStore &preferences)
 {
@@ -18,5 +19,5 @@ PlatformBackends makePlatformBackends(PreferencesStore &preferences)
 
 std::shared_ptr<CredentialStore> makeCredentialStore()
 {
-    return std::make_shared<PlaceholderCredentialStore>();
+    return std::make_shared<SecretServiceCredentialStore>();
 }
