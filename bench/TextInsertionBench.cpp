@@ -40,7 +40,8 @@ QCoro::Task<void> timedInsert(TextInsertionService *service, ApplicationHandlePt
     QElapsedTimer clock;
     clock.start();
     try {
-        // Built outside the co_await: GCC 12 destroys arguments made inside one twice.
+        // Started outside the co_await: GCC 12 destroys a brace-initialized temporary
+        // (TextInsertionTarget{...}) twice when it is built inside a co_await expression.
         QCoro::Task<void> inserting = service->insert(std::move(text), TextInsertionTarget{std::move(target)}, true, true);
         co_await std::move(inserting);
     } catch (const QuorlaError &error) {

@@ -104,9 +104,7 @@ QCoro::Task<void> TextInsertionService::insert(QString text, TextInsertionTarget
         if (replaceSelection(text, *element, replaceTriggerSpace))
             co_return;
     }
-    // GCC 12 destroys by-value arguments built inside a co_await expression twice: start the task first.
-    QCoro::Task<void> pasting = paste(std::move(text), application, restoreClipboard, deleteTriggerSpace, terminal);
-    co_await std::move(pasting);
+    co_await paste(std::move(text), application, restoreClipboard, deleteTriggerSpace, terminal);
 }
 
 QCoro::Task<void> TextInsertionService::paste(QString text, ApplicationHandlePtr application, bool restoreClipboard,
