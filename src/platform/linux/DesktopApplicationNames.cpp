@@ -36,9 +36,8 @@ QHash<QString, QString> desktopEntryKeys(const QString &path)
     return keys;
 }
 
-QString localizedName(const QHash<QString, QString> &keys)
+QString localizedName(const QHash<QString, QString> &keys, const QString &locale)
 {
-    const QString locale = QLocale::system().name(); // "de_DE"
     for (const QString &key : {QStringLiteral("Name[%1]").arg(locale),
                                QStringLiteral("Name[%1]").arg(locale.section(u'_', 0, 0))}) {
         if (const QString name = keys.value(key); !name.isEmpty())
@@ -48,6 +47,13 @@ QString localizedName(const QHash<QString, QString> &keys)
 }
 
 } // namespace
+
+DesktopApplicationNames::DesktopApplicationNames(QStringList directories, QString locale)
+    : m_directories(directories.isEmpty() ? QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation)
+                                          : std::move(directories)),
+      m_locale(locale.isEmpty() ? QLocale::system().name() : std::move(locale)) // "de_DE"
+{
+}
 
 std::optional<QString> DesktopApplicationNames::nameForWindowClass(const QString &instance, const QString &className)
 {
@@ -77,8 +83,7 @@ void DesktopApplicationNames::load()
         return;
     m_loaded = true;
     QSet<QString> seen; // earlier directories (the user's own) win
-    const QStringList directories = QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation);
-    for (const QString &directory : directories) {
+    for (const QString &directory : std::as_const(m_directories)) {
         QDirIterator files(directory, {QStringLiteral("*.desktop")}, QDir::Files, QDirIterator::Subdirectories);
         while (files.hasNext()) {
             const QString path = files.next();
@@ -87,7 +92,7 @@ void DesktopApplicationNames::load()
                 continue;
             seen.insert(id);
             const QHash<QString, QString> keys = desktopEntryKeys(path);
-            const QString name = localizedName(keys);
+            const QString name = localizedName(keys, m_locale);
             if (name.isEmpty() || keys.value(QStringLiteral("Type")) != QLatin1String("Application"))
                 continue;
             m_entries.append({id, keys.value(QStringLiteral("StartupWMClass")).toLower(), name});

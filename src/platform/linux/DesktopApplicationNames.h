@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <QStringList>
 #include <QString>
 #include <optional>
 
@@ -8,6 +9,9 @@
 class DesktopApplicationNames
 {
 public:
+    // Searches these applications directories, earlier ones first; by default the XDG ones.
+    explicit DesktopApplicationNames(QStringList directories = {}, QString locale = {});
+
     // The entry's Name in the user's language, for a window whose WM_CLASS is
     // (instance, className): matched by StartupWMClass, else by the entry's file name.
     [[nodiscard]] std::optional<QString> nameForWindowClass(const QString &instance, const QString &className);
@@ -21,6 +25,8 @@ private:
 
     void load();
 
+    QStringList m_directories;
+    QString m_locale;
     QList<Entry> m_entries;
     bool m_loaded = false;
 };
