@@ -17,8 +17,8 @@ struct X11KeySynthesizer::Impl {
             XCloseDisplay(display);
     }
 
-    // The key that types "v" in the active layout; in a layout without Latin letters,
-    // the key that is "v" in the first group, which is what toolkits match shortcuts on.
+    // The key that types "v" in the active layout; in a layout without Latin letters, the
+    // key that is "v" in another group, which is what toolkits match shortcuts on.
     KeyCode keycodeForV()
     {
         XkbStateRec state{};
@@ -26,13 +26,15 @@ struct X11KeySynthesizer::Impl {
         int minimum = 0;
         int maximum = 0;
         XDisplayKeycodes(display, &minimum, &maximum);
-        for (const int group : {static_cast<int>(state.group), 0}) {
+        for (const int group : {static_cast<int>(state.group), 0, 1, 2, 3}) {
             for (int keycode = minimum; keycode <= maximum; ++keycode) {
                 if (XkbKeycodeToKeysym(display, static_cast<KeyCode>(keycode), group, 0) == XK_v)
                     return static_cast<KeyCode>(keycode);
             }
         }
-        return XKeysymToKeycode(display, XK_v);
+        // No Latin layout at all: the physical V key of evdev keyboards.
+        constexpr KeyCode evdevV = 55;
+        return evdevV;
     }
 
     // Presses the keys in order and releases them in reverse.
