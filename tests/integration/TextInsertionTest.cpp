@@ -5,6 +5,9 @@
 #include "services/TextInsertionService.h"
 
 #include <QClipboard>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVariant>
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QGuiApplication>
@@ -217,6 +220,18 @@ TEST_F(TextInsertionTest, aClipboardChangedDuringThePasteIsNotOverwritten)
     EXPECT_TRUE(outputBecomes("world"));
     QTest::qWait(100);
     EXPECT_EQ(clipboardAsSeenByOthers(QStringLiteral("UTF8_STRING")), "copied meanwhile");
+}
+
+TEST_F(TextInsertionTest, trustFollowsTheSessionsAccessibilitySwitch)
+{
+    QDBusMessage off = QDBusMessage::createMethodCall(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
+                                                      QStringLiteral("org.freedesktop.DBus.Properties"),
+                                                      QStringLiteral("Set"));
+    off << QStringLiteral("org.a11y.Status") << QStringLiteral("IsEnabled") << QVariant::fromValue(QDBusVariant(false));
+    ASSERT_NE(QDBusConnection::sessionBus().call(off).type(), QDBusMessage::ErrorMessage);
+    EXPECT_FALSE(accessibility->isProcessTrusted());
+    EXPECT_TRUE(accessibility->requestTrust());
+    EXPECT_TRUE(accessibility->isProcessTrusted());
 }
 
 TEST_F(TextInsertionTest, aTargetClosedBeforeInsertionIsNoLongerRunning)
