@@ -1,6 +1,11 @@
 #pragma once
 
-// Whether Quorla may read and edit other applications' text fields.
+#include "platform/AccessibleElement.h"
+
+#include <QtGlobal>
+#include <memory>
+
+// Whether Quorla may read and edit other applications' text fields, and the way in.
 class Accessibility
 {
 public:
@@ -11,4 +16,7 @@ public:
     // Asks the desktop to grant access (a prompt, or switching the facility on);
     // returns whether access is granted now.
     virtual bool requestTrust() = 0;
+    // The element with keyboard focus in the application with this process id; null
+    // when the application is not reachable, has no focused element, or the search fails.
+    [[nodiscard]] virtual std::unique_ptr<AccessibleElement> focusedElement(qint64 processIdentifier) = 0;
 };

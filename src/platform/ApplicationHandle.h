@@ -16,6 +16,8 @@ public:
     [[nodiscard]] virtual std::optional<QString> localizedName() const = 0;
     // Brings the application to the front; false when that was refused or it is gone.
     virtual bool activate() = 0;
+    // True for terminal emulators, which paste with Ctrl+Shift+V.
+    [[nodiscard]] virtual bool isTerminalEmulator() const { return false; }
 };
 
 using ApplicationHandlePtr = std::shared_ptr<ApplicationHandle>;

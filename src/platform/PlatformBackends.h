@@ -6,6 +6,7 @@ class Accessibility;
 class AudioCapture;
 class CredentialStore;
 class InputSourceProvider;
+class KeySynthesizer;
 class KeyboardHook;
 class PreferencesStore;
 class Workspace;
@@ -18,6 +19,7 @@ struct PlatformBackends {
     std::shared_ptr<AudioCapture> audioCapture;
     std::shared_ptr<InputSourceProvider> inputSource;
     std::shared_ptr<CredentialStore> credentialStore;
+    std::shared_ptr<KeySynthesizer> keySynthesizer;
 };
 
 // The backends of the platform this build runs on.

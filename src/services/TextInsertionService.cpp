@@ -2,18 +2,152 @@
 
 #include "models/QuorlaError.h"
 #include "platform/Accessibility.h"
+#include "platform/KeySynthesizer.h"
+#include "services/PasteboardSnapshot.h"
+#include "services/TextReplacement.h"
 
-TextInsertionService::TextInsertionService(std::shared_ptr<Accessibility> accessibility)
-    : m_accessibility(std::move(accessibility))
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QTimer>
+
+#include <algorithm>
+
+#include <QCoro/QCoroTimer>
+
+namespace {
+
+// KDE's marker, honoured by the common clipboard managers: they do not record the transcript.
+const QString passwordManagerHint = QStringLiteral("x-kde-passwordManagerHint");
+
+QCoro::Task<void> sleepPrecisely(std::chrono::milliseconds duration)
+{
+    if (duration.count() <= 0)
+        co_return;
+    QTimer timer;
+    timer.setTimerType(Qt::PreciseTimer);
+    timer.setSingleShot(true);
+    timer.start(duration);
+    co_await timer;
+}
+
+QString bringToFrontMessage(const ApplicationHandle &application)
+{
+    const QString name = application.localizedName().value_or(QStringLiteral("the target app"));
+    return QStringLiteral("Couldn't bring ") + name + QStringLiteral(" back to the front.");
+}
+
+void writeTranscript(QClipboard &clipboard, const QString &text)
+{
+    auto *data = new QMimeData;
+    data->setText(text);
+    data->setData(passwordManagerHint, QByteArrayLiteral("secret"));
+    clipboard.setMimeData(data);
+}
+
+// Ours until someone copies something else; that copy must survive the restore.
+bool holdsTranscript(const QClipboard &clipboard, const QString &text)
+{
+    const QMimeData *data = clipboard.mimeData();
+    return data && data->data(passwordManagerHint) == "secret" && data->text() == text;
+}
+
+bool replaceSelection(const QString &text, AccessibleElement &element, bool replaceTriggerSpace)
+{
+    if (!element.isValueSettable() || !element.isSelectionSettable())
+        return false;
+    const std::optional<QString> value = element.value();
+    const std::optional<TextRange> selected = element.selectedRange();
+    if (!value || !selected)
+        return false;
+    const std::optional<TextRange> range = replacementRange(*value, *selected, replaceTriggerSpace);
+    if (!range)
+        return false;
+    QString updated = *value;
+    updated.replace(range->location, range->length, text);
+    if (!element.setValue(updated))
+        return false;
+    // The caret after the transcript, so the user can keep typing; a refusal costs nothing.
+    element.setSelection(TextRange{range->location + text.size(), 0});
+    return true;
+}
+
+} // namespace
+
+TextInsertionService::TextInsertionService(std::shared_ptr<Accessibility> accessibility,
+                                           std::shared_ptr<KeySynthesizer> keys, TextInsertionTimings timings)
+    : m_accessibility(std::move(accessibility)), m_keys(std::move(keys)), m_timings(timings)
 {
 }
 
-QCoro::Task<void> TextInsertionService::insert(QString, TextInsertionTarget target, bool, bool)
+QCoro::Task<void> TextInsertionService::insert(QString text, TextInsertionTarget target, bool restoreClipboard,
+                                               bool replaceTriggerSpace)
 {
     if (!m_accessibility->isProcessTrusted())
         throw QuorlaError(QuorlaError::Kind::accessibilityPermissionDenied);
-    if (!target.application || target.application->processIdentifier() == 0)
+    const ApplicationHandlePtr application = target.application;
+    if (!application || application->processIdentifier() == 0)
         throw QuorlaError::textInsertionFailed(QStringLiteral("The target app is no longer running."));
-    throw QuorlaError::textInsertionFailed(QStringLiteral("Typing into other apps isn't available yet."));
-    co_return;
+    if (!application->activate())
+        throw QuorlaError::textInsertionFailed(bringToFrontMessage(*application));
+    co_await sleepPrecisely(m_timings.activationSettle);
+
+    bool deleteTriggerSpace = false;
+    bool terminal = application->isTerminalEmulator();
+    if (std::unique_ptr<AccessibleElement> element = m_accessibility->focusedElement(application->processIdentifier())) {
+        terminal = terminal || element->isTerminal();
+        if (replaceTriggerSpace) {
+            const std::optional<QString> value = element->value();
+            const std::optional<TextRange> selected = element->selectedRange();
+            deleteTriggerSpace = value && selected && hasTriggerSpaceBeforeSelection(*value, *selected);
+        }
+        if (replaceSelection(text, *element, replaceTriggerSpace))
+            co_return;
+    }
+    co_await paste(std::move(text), application, restoreClipboard, deleteTriggerSpace, terminal);
+}
+
+QCoro::Task<void> TextInsertionService::paste(QString text, ApplicationHandlePtr application, bool restoreClipboard,
+                                              bool deleteTriggerSpace, bool terminal)
+{
+    QClipboard *clipboard = QGuiApplication::clipboard();
+    std::optional<PasteboardSnapshot> snapshot;
+    if (restoreClipboard)
+        snapshot = PasteboardSnapshot::capture(*clipboard);
+
+    writeTranscript(*clipboard, text);
+    if (!holdsTranscript(*clipboard, text))
+        throw QuorlaError::textInsertionFailed(QStringLiteral("Couldn't write the transcript to the clipboard."));
+
+    if (!application->activate())
+        throw QuorlaError::textInsertionFailed(bringToFrontMessage(*application));
+    co_await sleepPrecisely(m_timings.activationSettle);
+    co_await waitForModifiersReleased();
+
+    if (deleteTriggerSpace) {
+        if (!m_keys->sendBackspace())
+            throw QuorlaError::textInsertionFailed(
+                QStringLiteral("Couldn't remove the trigger space before pasting."));
+        co_await sleepPrecisely(m_timings.backspaceSettle);
+    }
+    const auto shortcut = terminal ? KeySynthesizer::PasteShortcut::controlShiftV
+                                   : KeySynthesizer::PasteShortcut::controlV;
+    if (!m_keys->sendPasteShortcut(shortcut))
+        throw QuorlaError::textInsertionFailed(QStringLiteral("Couldn't synthesize the paste shortcut."));
+
+    if (!snapshot)
+        co_return;
+    co_await sleepPrecisely(m_timings.clipboardRestoreDelay);
+    clipboard = QGuiApplication::clipboard();
+    if (holdsTranscript(*clipboard, text))
+        snapshot->restore(*clipboard);
+}
+
+QCoro::Task<void> TextInsertionService::waitForModifiersReleased()
+{
+    // Past the limit the keys go out anyway: a stuck modifier must not keep the transcript away.
+    const auto step = std::max(m_timings.modifierPollInterval, std::chrono::milliseconds{1});
+    for (auto waited = std::chrono::milliseconds{0};
+         waited < m_timings.modifierReleaseLimit && m_keys->isAnyModifierPressed(); waited += step)
+        co_await sleepPrecisely(step);
 }

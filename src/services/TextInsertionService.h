@@ -2,19 +2,42 @@
 
 #include "services/TextInserter.h"
 
+#include <chrono>
 #include <memory>
 
 class Accessibility;
+class AccessibleElement;
+class KeySynthesizer;
+
+// How long each step of an insertion waits for the target application to react.
+struct TextInsertionTimings {
+    // After bringing the target to the front, before touching its text.
+    std::chrono::milliseconds activationSettle{120};
+    // Between the Backspace that removes the trigger space and the paste shortcut.
+    std::chrono::milliseconds backspaceSettle{40};
+    // Before putting the old clipboard back: the target reads the clipboard after the keys.
+    std::chrono::milliseconds clipboardRestoreDelay{180};
+    // Synthesized keys combine with modifiers the user still holds: wait, but not forever.
+    std::chrono::milliseconds modifierPollInterval{10};
+    std::chrono::milliseconds modifierReleaseLimit{1500};
+};
 
 // Types the transcript through the accessibility interface, or pastes it.
 class TextInsertionService : public TextInserter
 {
 public:
-    explicit TextInsertionService(std::shared_ptr<Accessibility> accessibility);
+    TextInsertionService(std::shared_ptr<Accessibility> accessibility, std::shared_ptr<KeySynthesizer> keys,
+                         TextInsertionTimings timings = {});
 
     QCoro::Task<void> insert(QString text, TextInsertionTarget target, bool restoreClipboard,
                              bool replaceTriggerSpace) override;
 
 private:
+    QCoro::Task<void> paste(QString text, ApplicationHandlePtr application, bool restoreClipboard,
+                            bool deleteTriggerSpace, bool terminal);
+    QCoro::Task<void> waitForModifiersReleased();
+
     std::shared_ptr<Accessibility> m_accessibility;
+    std::shared_ptr<KeySynthesizer> m_keys;
+    TextInsertionTimings m_timings;
 };

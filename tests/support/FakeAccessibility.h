@@ -2,6 +2,48 @@
 
 #include "platform/Accessibility.h"
 
+#include <QStringList>
+
+// A text field as the accessibility interface would show it; tests arrange and inspect it.
+struct FakeTextField {
+    std::optional<QString> value;
+    std::optional<TextRange> selection;
+    bool valueSettable = true;
+    bool selectionSettable = true;
+    bool acceptsValue = true;
+    bool terminal = false;
+    QStringList edits; // "value:<text>" and "selection:<location>,<length>", in order
+};
+
+class FakeAccessibleElement : public AccessibleElement
+{
+public:
+    explicit FakeAccessibleElement(std::shared_ptr<FakeTextField> field) : m_field(std::move(field)) {}
+
+    std::optional<QString> value() override { return m_field->value; }
+    std::optional<TextRange> selectedRange() override { return m_field->selection; }
+    bool isValueSettable() override { return m_field->valueSettable; }
+    bool isSelectionSettable() override { return m_field->selectionSettable; }
+    bool setValue(const QString &value) override
+    {
+        if (!m_field->acceptsValue)
+            return false;
+        m_field->value = value;
+        m_field->edits.append(QStringLiteral("value:") + value);
+        return true;
+    }
+    bool setSelection(TextRange range) override
+    {
+        m_field->selection = range;
+        m_field->edits.append(QStringLiteral("selection:%1,%2").arg(range.location).arg(range.length));
+        return true;
+    }
+    bool isTerminal() override { return m_field->terminal; }
+
+private:
+    std::shared_ptr<FakeTextField> m_field;
+};
+
 class FakeAccessibility : public Accessibility
 {
 public:
@@ -12,8 +54,17 @@ public:
         trusted = trusted || grantsOnRequest;
         return trusted;
     }
+    std::unique_ptr<AccessibleElement> focusedElement(qint64 processIdentifier) override
+    {
+        queriedProcesses.append(processIdentifier);
+        if (!focused)
+            return nullptr;
+        return std::make_unique<FakeAccessibleElement>(focused);
+    }
 
     bool trusted = true;
     bool grantsOnRequest = false;
     int requestCount = 0;
+    std::shared_ptr<FakeTextField> focused; // null: no focused element
+    QList<qint64> queriedProcesses;
 };

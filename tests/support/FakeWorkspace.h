@@ -16,10 +16,12 @@ public:
         ++activationCount;
         return activates;
     }
+    bool isTerminalEmulator() const override { return terminal; }
 
     qint64 pid;
     std::optional<QString> name;
     bool activates = true;
+    bool terminal = false;
     int activationCount = 0;
 };
 

@@ -1,19 +1,23 @@
 #include "platform/PlatformBackends.h"
 
+#include "platform/linux/AtSpiAccessibility.h"
 #include "platform/linux/PlaceholderBackends.h"
 #include "platform/linux/XkbInputSourceProvider.h"
 #include "platform/linux/SecretServiceCredentialStore.h"
+#include "platform/linux/X11KeySynthesizer.h"
+#include "platform/linux/X11Workspace.h"
 
 PlatformBackends makePlatformBackends(PreferencesStore &preferences)
 {
     Q_UNUSED(preferences)
     PlatformBackends backends;
     backends.keyboardHook = std::make_shared<PlaceholderKeyboardHook>();
-    backends.workspace = std::make_shared<PlaceholderWorkspace>();
-    backends.accessibility = std::make_shared<PlaceholderAccessibility>();
+    backends.workspace = std::make_shared<X11Workspace>();
+    backends.accessibility = std::make_shared<AtSpiAccessibility>();
     backends.audioCapture = std::make_shared<PlaceholderAudioCapture>();
     backends.inputSource = std::make_shared<XkbInputSourceProvider>();
     backends.credentialStore = makeCredentialStore();
+    backends.keySynthesizer = std::make_shared<X11KeySynthesizer>();
     return backends;
 }
 

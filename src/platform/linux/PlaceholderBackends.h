@@ -36,6 +36,7 @@ class PlaceholderAccessibility : public Accessibility
 public:
     bool isProcessTrusted() override { return false; }
     bool requestTrust() override { return false; }
+    std::unique_ptr<AccessibleElement> focusedElement(qint64) override { return nullptr; }
 };
 
 class PlaceholderAudioCapture : public AudioCapture

@@ -1,0 +1,21 @@
+#pragma once
+
+// Key presses Quorla sends to the focused application as if typed. Plain C++: the X11
+// implementation lives in a file that cannot see Qt.
+class KeySynthesizer
+{
+public:
+    enum class PasteShortcut { controlV, controlShiftV };
+
+    KeySynthesizer() = default;
+    KeySynthesizer(const KeySynthesizer &) = delete;
+    KeySynthesizer &operator=(const KeySynthesizer &) = delete;
+    virtual ~KeySynthesizer() = default;
+
+    // A press and release of Backspace; false when it could not be sent.
+    virtual bool sendBackspace() = 0;
+    // The paste shortcut, V looked up in the active layout; false when it could not be sent.
+    virtual bool sendPasteShortcut(PasteShortcut shortcut) = 0;
+    // True while the user holds any modifier key; synthesized keys would combine with it.
+    [[nodiscard]] virtual bool isAnyModifierPressed() = 0;
+};

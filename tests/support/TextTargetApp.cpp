@@ -1,0 +1,120 @@
+// A text field for the integration tests to type into: a Qt Widgets QLineEdit or a
+// Qt Quick TextField. It writes its text to a file on every change and prints
+// "ready" once its window is active with the field focused.
+//
+//   quorla_text_target widgets|quick OUTPUT INITIAL-TEXT [--clipboard] [--copy-on-change TEXT]
+//
+// --clipboard puts text, HTML and a binary type with NUL bytes on the clipboard first;
+// --copy-on-change copies TEXT when the field changes, as a user copying meanwhile.
+
+#include <QApplication>
+#include <QClipboard>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QQmlApplicationEngine>
+#include <QQmlContext>
+#include <QQuickWindow>
+#include <QSaveFile>
+#include <QTimer>
+#include <cstdio>
+
+class FieldProbe : public QObject
+{
+    Q_OBJECT
+public:
+    FieldProbe(QString outputPath, QString copyOnChange)
+        : m_outputPath(std::move(outputPath)), m_copyOnChange(std::move(copyOnChange))
+    {
+    }
+
+    Q_SLOT void textChanged(const QString &text)
+    {
+        QSaveFile file(m_outputPath);
+        if (file.open(QIODevice::WriteOnly)) {
+            file.write(text.toUtf8());
+            file.commit();
+        }
+        if (!m_copyOnChange.isEmpty() && m_ready) {
+            QGuiApplication::clipboard()->setText(m_copyOnChange);
+            m_copyOnChange.clear();
+        }
+    }
+
+    void markReady() { m_ready = true; }
+
+private:
+    QString m_outputPath;
+    QString m_copyOnChange;
+    bool m_ready = false;
+};
+
+static const char *quickField = R"(
+import QtQuick
+import QtQuick.Controls
+Window {
+    width: 400; height: 80; visible: true; title: "Quick target"
+    TextField {
+        id: field
+        objectName: "field"
+        anchors.fill: parent
+        focus: true
+        text: initialText
+        Component.onCompleted: cursorPosition = text.length
+        onTextChanged: probe.textChanged(text)
+    }
+}
+)";
+
+int main(int argc, char **argv)
+{
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    QApplication app(argc, argv);
+    const QStringList args = app.arguments();
+    if (args.size() < 4)
+        return 2;
+    const QString mode = args.at(1);
+    const QString initial = args.at(3);
+    const qsizetype copyAt = args.indexOf(QStringLiteral("--copy-on-change"));
+    FieldProbe probe(args.at(2), copyAt > 0 && copyAt + 1 < args.size() ? args.at(copyAt + 1) : QString());
+    probe.textChanged(initial);
+
+    if (args.contains(QStringLiteral("--clipboard"))) {
+        auto *data = new QMimeData;
+        data->setText(QStringLiteral("before"));
+        data->setHtml(QStringLiteral("<b>before</b>"));
+        data->setData(QStringLiteral("application/x-quorla-binary"), QByteArray("\x00\x01\xff\x00z", 5));
+        QGuiApplication::clipboard()->setMimeData(data);
+    }
+
+    QLineEdit lineEdit;
+    QQmlApplicationEngine engine;
+    if (mode == QLatin1String("widgets")) {
+        lineEdit.setWindowTitle(QStringLiteral("Widgets target"));
+        lineEdit.setText(initial);
+        lineEdit.setCursorPosition(int(initial.size()));
+        QObject::connect(&lineEdit, &QLineEdit::textChanged, &probe, &FieldProbe::textChanged);
+        lineEdit.show();
+        lineEdit.activateWindow();
+    } else {
+        engine.rootContext()->setContextProperty(QStringLiteral("initialText"), initial);
+        engine.rootContext()->setContextProperty(QStringLiteral("probe"), &probe);
+        engine.loadData(quickField);
+        if (engine.rootObjects().isEmpty())
+            return 3;
+    }
+
+    QTimer readiness;
+    QObject::connect(&readiness, &QTimer::timeout, [&] {
+        QWindow *window = QGuiApplication::focusWindow();
+        if (!window || !window->isActive())
+            return;
+        readiness.stop();
+        probe.markReady();
+        std::printf("ready\n");
+        std::fflush(stdout);
+    });
+    readiness.start(20);
+    return app.exec();
+}
+
+#include "TextTargetApp.moc"
