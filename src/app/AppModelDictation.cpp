@@ -110,7 +110,9 @@ QCoro::Task<> AppModel::globalToggleRecordingEnded()
 
 QCoro::Task<> AppModel::startManualRecording()
 {
-    co_await startRecording(DictationSource::manual);
+    // A second start would orphan the running recording's file.
+    if (!m_isRecording)
+        co_await startRecording(DictationSource::manual);
 }
 
 bool AppModel::promoteActiveHoldSessionToToggle()

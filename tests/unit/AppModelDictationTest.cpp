@@ -421,6 +421,16 @@ TEST_P(AppModelDictationTest, aFailedInsertionKeepsTheTranscript)
     }
 }
 
+TEST_P(AppModelDictationTest, aManualStartDuringARecordingIsIgnored)
+{
+    begin(DictationSource::fnHold);
+    begin(DictationSource::manual);
+    EXPECT_EQ(recordingsLeft(), 1);
+    end(DictationSource::fnHold);
+    EXPECT_EQ(fixture.inserter->calls.size(), 1);
+    EXPECT_EQ(recordingsLeft(), 0);
+}
+
 TEST_P(AppModelDictationTest, triggersWhileBusyAreIgnored)
 {
     Gate reply;
