@@ -132,8 +132,10 @@ QCoro::Task<> AppModel::startRecording(DictationSource source)
     if (m_isBusy)
         co_return;
 
-    DictationSource effectiveSource =
-        source == DictationSource::fnHold && m_isToggleRecordingRequested ? DictationSource::fnToggle : source;
+    // Space pressed with the trigger before the hold began makes it a toggle.
+    const auto effectiveSource = [this, source] {
+        return source == DictationSource::fnHold && m_isToggleRecordingRequested ? DictationSource::fnToggle : source;
+    };
     const auto failStart = [this](DictationSource failedSource, const std::exception_ptr &error) {
         m_lastRecordingStartedAt.reset();
         presentError(localizedMessage(error));
@@ -144,22 +146,20 @@ QCoro::Task<> AppModel::startRecording(DictationSource source)
     try {
         apiKey = validatedAPIKey();
     } catch (...) {
-        failStart(effectiveSource, std::current_exception());
+        failStart(effectiveSource(), std::current_exception());
         co_return;
     }
     setErrorMessage(std::nullopt);
     refreshPermissions(true);
-    effectiveSource =
-        source == DictationSource::fnHold && m_isToggleRecordingRequested ? DictationSource::fnToggle : source;
 
     DictationSession session;
-    session.source = effectiveSource;
+    session.source = effectiveSource();
     session.transcriptionLanguage = m_services.inputSourceLanguageDetector->currentLanguageHint();
-    session.replaceTriggerSpace = effectiveSource == DictationSource::fnToggle;
+    session.replaceTriggerSpace = session.source == DictationSource::fnToggle;
     session.apiKey = apiKey;
 
     const QString language = statusLanguagePart(session.transcriptionLanguage);
-    if (effectiveSource == DictationSource::manual) {
+    if (session.source == DictationSource::manual) {
         setStatusMessage(QStringLiteral("Requesting microphone access%1...").arg(language));
     } else {
         refreshPermissions(false);

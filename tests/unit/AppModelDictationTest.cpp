@@ -454,6 +454,10 @@ TEST_P(AppModelDictationTest, triggersWhileBusyAreIgnored)
     QCoro::waitFor(finishing);
     EXPECT_EQ(model->statusMessage(), QStringLiteral("Transcript inserted into TextEdit and copied to the clipboard."));
     EXPECT_FALSE(model->isBusy());
+
+    // The toggle asked for while busy is still wanted: the next hold starts as a toggle.
+    begin(DictationSource::fnHold);
+    EXPECT_EQ(model->statusMessage(), t("Recording for TextEdit in German. Press Space or Fn to transcribe."));
 }
 
 } // namespace
