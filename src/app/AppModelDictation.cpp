@@ -1,63 +1,375 @@
 // The dictation session: from trigger to inserted text.
 #include "AppModel.h"
 
+#include "models/CustomDictionary.h"
+#include "models/QuorlaError.h"
+#include "models/TranscriptHistory.h"
+#include "models/TranscriptionPrompt.h"
+#include "platform/Workspace.h"
+#include "services/AudioRecorder.h"
+#include "services/GlobalPushToTalkMonitor.h"
+#include "services/InputSourceLanguageDetector.h"
+#include "services/SpeechService.h"
+#include "services/TextInserter.h"
+
+#include <QClipboard>
+#include <QFile>
+#include <QGuiApplication>
+#include <QPointer>
+#include <QScopeGuard>
+
+namespace {
+
+// Recordings this short, or this short and this quiet, hold no speech worth sending.
+constexpr double shortestSpeechSeconds = 0.22;
+constexpr double levelTestedUpToSeconds = 0.75;
+constexpr float quietestSpeechDecibels = -20.0f;
+// An input-source change this soon after the trigger was caused by the trigger itself.
+constexpr qint64 triggerCausedInputSourceChangeMs = 500;
+
+QString startFailureStatus(DictationSource source, const QString &trigger)
+{
+    switch (source) {
+    case DictationSource::fnHold:
+        return QStringLiteral("Couldn't start dictation from %1.").arg(trigger);
+    case DictationSource::fnToggle:
+        return QStringLiteral("Couldn't start dictation from %1 + Space.").arg(trigger);
+    case DictationSource::manual:
+        break;
+    }
+    return QStringLiteral("Couldn't start recording.");
+}
+
+QString finishFailureStatus(const std::optional<DictationSession> &session, const QString &trigger)
+{
+    switch (session ? session->source : DictationSource::manual) {
+    case DictationSource::fnHold:
+        return QStringLiteral("Couldn't finish dictation from %1.").arg(trigger);
+    case DictationSource::fnToggle:
+        return QStringLiteral("Couldn't finish dictation from %1 + Space.").arg(trigger);
+    case DictationSource::manual:
+        break;
+    }
+    return QStringLiteral("Couldn't finish transcription.");
+}
+
+bool isSilent(const AudioRecorder::FinishedRecording &recording)
+{
+    return recording.duration <= shortestSpeechSeconds
+        || (recording.duration <= levelTestedUpToSeconds && recording.maxPeakPower < quietestSpeechDecibels);
+}
+
+// Replies are trimmed here; the speech client already dropped trailing follow-up offers.
+QString cleanedReply(const QString &reply)
+{
+    const QString cleaned = reply.trimmed();
+    if (cleaned.isEmpty())
+        throw QuorlaError(QuorlaError::Kind::emptyTranscription);
+    return cleaned;
+}
+
+bool changedWithinTriggerWindow(const std::optional<QDateTime> &changedAt, const QDateTime &now)
+{
+    if (!changedAt)
+        return false;
+    const qint64 elapsed = changedAt->msecsTo(now);
+    return elapsed >= 0 && elapsed <= triggerCausedInputSourceChangeMs;
+}
+
+} // namespace
+
+// ---- trigger handlers
+
 QCoro::Task<> AppModel::globalPressToTalkBegan()
 {
     m_isGlobalTriggerHeld = true;
-    co_return;
+    if (!m_isBusy && !m_isRecording)
+        co_await startRecording(DictationSource::fnHold);
 }
 
 QCoro::Task<> AppModel::globalPressToTalkEnded()
 {
     m_isGlobalTriggerHeld = false;
-    co_return;
+    if (m_isRecording && m_activeSession && m_activeSession->source == DictationSource::fnHold)
+        co_await stopRecordingAndTranscribe();
 }
 
 QCoro::Task<> AppModel::globalToggleRecordingBegan()
 {
     m_isToggleRecordingRequested = true;
-    co_return;
+    if (!promoteActiveHoldSessionToToggle() && !m_isBusy && !m_isRecording)
+        co_await startRecording(DictationSource::fnToggle);
 }
 
 QCoro::Task<> AppModel::globalToggleRecordingEnded()
 {
     m_isToggleRecordingRequested = false;
-    co_return;
+    if (m_isRecording && m_activeSession && m_activeSession->source == DictationSource::fnToggle)
+        co_await stopRecordingAndTranscribe();
 }
 
 QCoro::Task<> AppModel::startManualRecording()
 {
-    co_await startRecording(DictationSource::manual);
-}
-
-QCoro::Task<> AppModel::startRecording(DictationSource source)
-{
-    Q_UNUSED(source)
-    co_return;
-}
-
-QCoro::Task<> AppModel::stopRecordingAndTranscribe()
-{
-    co_return;
+    // A second start would orphan the running recording's file.
+    if (!m_isRecording)
+        co_await startRecording(DictationSource::manual);
 }
 
 bool AppModel::promoteActiveHoldSessionToToggle()
 {
-    return false;
+    if (!m_isRecording || !m_activeSession || m_activeSession->source != DictationSource::fnHold)
+        return false;
+    m_activeSession->source = DictationSource::fnToggle;
+    m_activeSession->replaceTriggerSpace = true;
+    setStatusMessage(recordingStatusMessage(*m_activeSession));
+    return true;
+}
+
+// ---- start
+
+QCoro::Task<> AppModel::startRecording(DictationSource source)
+{
+    if (m_isBusy)
+        co_return;
+
+    // Space pressed with the trigger before the hold began makes it a toggle.
+    const auto effectiveSource = [this, source] {
+        return source == DictationSource::fnHold && m_isToggleRecordingRequested ? DictationSource::fnToggle : source;
+    };
+    const auto failStart = [this](DictationSource failedSource, const std::exception_ptr &error) {
+        m_lastRecordingStartedAt.reset();
+        presentError(localizedMessage(error));
+        setStatusMessage(startFailureStatus(failedSource, m_triggerDisplay));
+    };
+
+    QString apiKey;
+    try {
+        apiKey = validatedAPIKey();
+    } catch (...) {
+        failStart(effectiveSource(), std::current_exception());
+        co_return;
+    }
+    setErrorMessage(std::nullopt);
+    refreshPermissions(true);
+
+    DictationSession session;
+    session.source = effectiveSource();
+    session.transcriptionLanguage = m_services.inputSourceLanguageDetector->currentLanguageHint();
+    session.replaceTriggerSpace = session.source == DictationSource::fnToggle;
+    session.apiKey = apiKey;
+
+    const QString language = statusLanguagePart(session.transcriptionLanguage);
+    if (session.source == DictationSource::manual) {
+        setStatusMessage(QStringLiteral("Requesting microphone access%1...").arg(language));
+    } else {
+        refreshPermissions(false);
+        if (m_accessibilityPermissionGranted) {
+            ApplicationHandlePtr application = m_services.pushToTalkMonitor->capturedTargetApplication();
+            if (!application)
+                application = m_services.workspace->frontmostApplication();
+            if (application) {
+                session.insertionTarget = TextInsertionTarget{application};
+                setStatusMessage(QStringLiteral("Dictation armed for %1%2. Waiting for microphone...")
+                                     .arg(statusApplicationName(*session.insertionTarget), language));
+            } else {
+                setStatusMessage(
+                    QStringLiteral("Recording%1... focus a text field before starting if you want Quorla to insert text.")
+                        .arg(language));
+            }
+        } else {
+            setStatusMessage(
+                QStringLiteral("Recording%1... Accessibility is missing, so the transcript will stay in Quorla and be copied.")
+                    .arg(language));
+        }
+    }
+
+    bool grantedDuringThisStart = false;
+    if (m_microphonePermissionState != PermissionState::authorized) {
+        const QPointer<AppModel> self(this);
+        const auto recorder = m_services.audioRecorder;
+        co_await recorder->requestPermission();
+        if (!self)
+            co_return;
+        refreshPermissions(false);
+        grantedDuringThisStart = m_microphonePermissionState == PermissionState::authorized;
+
+        // Another trigger may have started a session while the prompt was open.
+        if (m_isBusy || m_isRecording)
+            co_return;
+    }
+
+    // The wait may have been long: is the trigger still wanted?
+    bool wanted = true;
+    if (session.source == DictationSource::fnHold && m_isToggleRecordingRequested) {
+        session.source = DictationSource::fnToggle;
+        session.replaceTriggerSpace = true;
+    } else if (session.source == DictationSource::fnToggle) {
+        wanted = m_isToggleRecordingRequested;
+    } else if (session.source == DictationSource::fnHold) {
+        wanted = m_isGlobalTriggerHeld;
+        if (wanted && changedWithinTriggerWindow(m_lastInputSourceChangeAt, m_services.now())) {
+            // Holding the trigger switched the input source: that press was not meant as dictation.
+            setStatusMessage(QStringLiteral("Input language changed. Hold %1 again to dictate.").arg(m_triggerDisplay));
+            co_return;
+        }
+    }
+    if (!wanted) {
+        setStatusMessage(grantedDuringThisStart
+                             ? QStringLiteral("Microphone access is ready. Use %1 again to start dictating.")
+                                   .arg(m_triggerDisplay)
+                             : defaultStatusMessage());
+        co_return;
+    }
+
+    try {
+        if (m_microphonePermissionState == PermissionState::denied)
+            throw QuorlaError(QuorlaError::Kind::microphonePermissionDenied);
+        m_services.audioRecorder->startRecording();
+    } catch (...) {
+        failStart(session.source, std::current_exception());
+        co_return;
+    }
+
+    m_activeSession = session;
+    m_lastRecordingStartedAt = m_services.now();
+    setIsRecording(true);
+    setStatusMessage(recordingStatusMessage(session));
+}
+
+// ---- finish
+
+QCoro::Task<> AppModel::stopRecordingAndTranscribe()
+{
+    if (m_isBusy)
+        co_return;
+    setErrorMessage(std::nullopt);
+    setIsRecording(false);
+    setIsBusy(true);
+
+    const std::optional<DictationSession> session = std::exchange(m_activeSession, std::nullopt);
+    m_lastRecordingStartedAt.reset();
+
+    const QPointer<AppModel> self(this);
+    const auto speech = m_services.openAIClient;
+    QString recordingPath;
+    // The recording is deleted however this ends, also if the model is gone by then.
+    const auto deleteRecording = qScopeGuard([&recordingPath] {
+        if (!recordingPath.isEmpty())
+            QFile::remove(recordingPath);
+    });
+    const auto modelGone = [&self] { return !self; };
+
+    try {
+        const QString apiKey = session ? session->apiKey : validatedAPIKey();
+        const AudioRecorder::FinishedRecording recording = m_services.audioRecorder->stopRecording();
+        recordingPath = recording.fileURL;
+
+        if (isSilent(recording)) {
+            setStatusMessage(QStringLiteral("No speech detected. Try dictating again."));
+            setIsBusy(false);
+            co_return;
+        }
+
+        const std::optional<InputLanguageHint> language =
+            session ? session->transcriptionLanguage : std::optional<InputLanguageHint>();
+        const bool fromTrigger = session && session->source != DictationSource::manual;
+        setStatusMessage((fromTrigger ? QStringLiteral("Transcribing dictation%1...")
+                                      : QStringLiteral("Transcribing audio%1..."))
+                             .arg(statusLanguagePart(language)));
+
+        const std::optional<QString> languageCode =
+            language ? std::optional<QString>(language->code) : std::optional<QString>();
+        const std::optional<QString> prompt = transcriptionPrompt(customDictionaryGuidance(m_customDictionaryEntries));
+        QString reply = co_await speech->transcribeAudio(recordingPath, apiKey, m_transcriptionMode, languageCode, prompt);
+        if (modelGone())
+            co_return;
+        QString transcript = cleanedReply(reply);
+
+        if (m_shouldPolishTranscript) {
+            setStatusMessage(QStringLiteral("Cleaning up text..."));
+            const std::optional<QString> guidance = customDictionaryGuidance(m_customDictionaryEntries);
+            const std::optional<QString> polishPrompt = m_polishPrompt;
+            reply = co_await speech->polishTranscript(transcript, apiKey, guidance, polishPrompt);
+            if (modelGone())
+                co_return;
+            transcript = cleanedReply(reply);
+        }
+
+        const std::optional<TranslationLanguage> target = translationLanguage(m_translationLanguageCode);
+        if (shouldTranslateTranscript(target, language)) {
+            setStatusMessage(QStringLiteral("Translating transcript to %1...").arg(target->displayName));
+            reply = co_await speech->translateTranscript(transcript, apiKey, *target, language);
+            if (modelGone())
+                co_return;
+            transcript = cleanedReply(reply);
+        }
+
+        setRecentTranscripts(updatedTranscriptHistory(m_recentTranscripts, transcript, m_services.now()));
+
+        const InsertionOutcome outcome = co_await insertTranscriptIfNeeded(transcript, session);
+        if (modelGone())
+            co_return;
+        if (outcome.kind == InsertionOutcome::Kind::inserted)
+            recordInsertedTranscript(transcript);
+
+        // After insertion, so the clipboard ends up holding the transcript.
+        if (m_autoCopyTranscript) {
+            QClipboard *clipboard = QGuiApplication::clipboard();
+            clipboard->clear();
+            clipboard->setText(transcript);
+        }
+        setStatusMessage(finalStatusMessage(session, outcome));
+    } catch (...) {
+        if (modelGone())
+            co_return;
+        presentError(localizedMessage(std::current_exception()));
+        setStatusMessage(finishFailureStatus(session, m_triggerDisplay));
+    }
+    setIsBusy(false);
 }
 
 QCoro::Task<InsertionOutcome> AppModel::insertTranscriptIfNeeded(QString transcript,
                                                                  std::optional<DictationSession> session)
 {
-    Q_UNUSED(transcript)
-    Q_UNUSED(session)
-    co_return InsertionOutcome::notAttempted();
+    if (!session || !session->insertionTarget)
+        co_return InsertionOutcome::notAttempted();
+
+    const QString name = statusApplicationName(*session->insertionTarget);
+    setStatusMessage(QStringLiteral("Typing into %1...").arg(name));
+    const QPointer<AppModel> self(this);
+    const auto inserter = m_services.textInsertionService;
+    const TextInsertionTarget target = *session->insertionTarget;
+    const bool restoreClipboard = !m_autoCopyTranscript;
+    const bool replaceTriggerSpace = session->replaceTriggerSpace;
+    std::exception_ptr failure;
+    try {
+        co_await inserter->insert(transcript, target, restoreClipboard, replaceTriggerSpace);
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    if (!failure)
+        co_return InsertionOutcome::inserted(name);
+    if (self)
+        presentError(localizedMessage(failure));
+    co_return InsertionOutcome::insertionFailed(name);
 }
 
 QString AppModel::finalStatusMessage(const std::optional<DictationSession> &session,
                                      const InsertionOutcome &outcome) const
 {
     Q_UNUSED(session)
-    Q_UNUSED(outcome)
-    return QString();
+    const bool copied = m_autoCopyTranscript;
+    switch (outcome.kind) {
+    case InsertionOutcome::Kind::inserted:
+        return copied ? QStringLiteral("Transcript inserted into %1 and copied to the clipboard.").arg(outcome.applicationName)
+                      : QStringLiteral("Transcript inserted into %1.").arg(outcome.applicationName);
+    case InsertionOutcome::Kind::insertionFailed:
+        return copied ? QStringLiteral("Typing into %1 failed, but the transcript was copied to the clipboard.")
+                            .arg(outcome.applicationName)
+                      : QStringLiteral("Typing into %1 failed. The transcript is still available in the app.")
+                            .arg(outcome.applicationName);
+    case InsertionOutcome::Kind::notAttempted:
+        break;
+    }
+    return copied ? QStringLiteral("Transcript ready and copied to the clipboard.") : QStringLiteral("Transcript ready.");
 }

@@ -40,23 +40,19 @@ QString AppModel::defaultStatusMessage() const
 
 QString AppModel::recordingStatusMessage(const DictationSession &session) const
 {
-    const QString language =
-        session.transcriptionLanguage ? QStringLiteral(" in ") + session.transcriptionLanguage->displayName : QString();
-    std::optional<QString> application;
-    if (session.insertionTarget) {
-        const auto &handle = session.insertionTarget->application;
-        application = (handle ? handle->localizedName() : std::nullopt).value_or(QStringLiteral("the target app"));
-    }
+    const QString language = statusLanguagePart(session.transcriptionLanguage);
     const QString &trigger = m_triggerDisplay;
     switch (session.source) {
     case DictationSource::fnToggle:
-        return application ? QStringLiteral("Recording for %1%2. Press Space or %3 to transcribe.")
-                                 .arg(*application, language, trigger)
-                           : QStringLiteral("Recording%1... press Space or %2 to transcribe.").arg(language, trigger);
+        return session.insertionTarget
+            ? QStringLiteral("Recording for %1%2. Press Space or %3 to transcribe.")
+                  .arg(statusApplicationName(*session.insertionTarget), language, trigger)
+            : QStringLiteral("Recording%1... press Space or %2 to transcribe.").arg(language, trigger);
     case DictationSource::fnHold:
-        return application ? QStringLiteral("Recording for %1%2. Release %3 to transcribe.")
-                                 .arg(*application, language, trigger)
-                           : QStringLiteral("Recording%1... release %2 to transcribe.").arg(language, trigger);
+        return session.insertionTarget
+            ? QStringLiteral("Recording for %1%2. Release %3 to transcribe.")
+                  .arg(statusApplicationName(*session.insertionTarget), language, trigger)
+            : QStringLiteral("Recording%1... release %2 to transcribe.").arg(language, trigger);
     case DictationSource::manual:
         break;
     }

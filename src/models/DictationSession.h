@@ -30,3 +30,17 @@ struct InsertionOutcome {
 
     friend bool operator==(const InsertionOutcome &, const InsertionOutcome &) = default;
 };
+
+// The target's name as status lines show it; an application without a name of its
+// own (or one that has quit) is still "the target app".
+inline QString statusApplicationName(const TextInsertionTarget &target)
+{
+    const auto name = target.application ? target.application->localizedName() : std::nullopt;
+    return name && !name->isEmpty() ? *name : QStringLiteral("the target app");
+}
+
+// " in German" after a name in status lines; nothing when the language is unknown.
+inline QString statusLanguagePart(const std::optional<InputLanguageHint> &language)
+{
+    return language ? QStringLiteral(" in ") + language->displayName : QString();
+}

@@ -6,6 +6,7 @@
 #include <functional>
 
 // Answers each pass with a scripted reply (or error) and records the calls.
+// Replies are returned as copies: QCoro's co_return moves from a non-const lvalue.
 class FakeSpeechService : public SpeechService
 {
 public:
@@ -23,7 +24,7 @@ public:
         transcribeCalls.append({filePath, apiKey, mode, languageCode, prompt});
         if (transcribeReply)
             co_return co_await transcribeReply();
-        co_return transcript;
+        co_return QString(transcript);
     }
     QCoro::Task<QString> polishTranscript(QString text, QString, std::optional<QString> dictionaryGuidance,
                                           std::optional<QString> customPrompt) override
@@ -31,7 +32,7 @@ public:
         polishCalls.append(text);
         lastPolishGuidance = dictionaryGuidance;
         lastPolishPrompt = customPrompt;
-        co_return polished.isEmpty() ? text : polished;
+        co_return QString(polished.isEmpty() ? text : polished);
     }
     QCoro::Task<QString> translateTranscript(QString text, QString, TranslationLanguage targetLanguage,
                                              std::optional<InputLanguageHint> sourceLanguage) override
@@ -39,7 +40,7 @@ public:
         translateCalls.append(text);
         lastTarget = targetLanguage;
         lastSource = sourceLanguage;
-        co_return translated.isEmpty() ? text : translated;
+        co_return QString(translated.isEmpty() ? text : translated);
     }
 
     QString transcript = QStringLiteral("hello world");
