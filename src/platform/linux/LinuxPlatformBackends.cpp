@@ -1,6 +1,7 @@
 #include "platform/PlatformBackends.h"
 
 #include "platform/linux/PlaceholderBackends.h"
+#include "platform/linux/QtAudioCapture.h"
 
 PlatformBackends makePlatformBackends(PreferencesStore &preferences)
 {
@@ -9,7 +10,7 @@ PlatformBackends makePlatformBackends(PreferencesStore &preferences)
     backends.keyboardHook = std::make_shared<PlaceholderKeyboardHook>();
     backends.workspace = std::make_shared<PlaceholderWorkspace>();
     backends.accessibility = std::make_shared<PlaceholderAccessibility>();
-    backends.audioCapture = std::make_shared<PlaceholderAudioCapture>();
+    backends.audioCapture = std::make_shared<QtAudioCapture>();
     backends.inputSource = std::make_shared<PlaceholderInputSourceProvider>();
     backends.credentialStore = makeCredentialStore();
     return backends;
