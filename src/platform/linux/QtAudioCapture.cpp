@@ -116,7 +116,10 @@ bool QtAudioCapture::openInput()
     format.setChannelCount(1);
     format.setSampleFormat(QAudioFormat::Int16);
     m_source = std::make_unique<QAudioSource>(device, format);
-    connect(m_source.get(), &QAudioSource::stateChanged, this, &QtAudioCapture::handleStateChanged);
+    connect(m_source.get(), &QAudioSource::stateChanged, this, [this](QAudio::State state) {
+        if (state == QAudio::StoppedState)
+            handleInputStopped();
+    });
     m_input = m_source->start();
     if (!m_input || m_source->error() != QAudio::NoError) {
         qCWarning(lcAudioCapture) << "the input" << device.description() << "refused to start:" << m_source->error();
@@ -171,9 +174,9 @@ void QtAudioCapture::keepForPreRoll(const QByteArray &data)
         m_preRoll.remove(0, m_preRoll.size() - limit);
 }
 
-void QtAudioCapture::handleStateChanged(QAudio::State state)
+void QtAudioCapture::handleInputStopped()
 {
-    if (state != QAudio::StoppedState || !m_source || m_source->error() == QAudio::NoError)
+    if (!m_source || m_source->error() == QAudio::NoError)
         return;
     qCWarning(lcAudioCapture) << "the input stopped:" << m_source->error();
     if (m_writer)

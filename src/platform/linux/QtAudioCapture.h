@@ -2,7 +2,6 @@
 
 #include "platform/AudioCapture.h"
 
-#include <QAudio>
 #include <QByteArray>
 #include <QObject>
 #include <cstdint>
@@ -42,7 +41,7 @@ private:
     bool openInput();
     void closeInput();
     void readAvailable();
-    void handleStateChanged(QAudio::State state);
+    void handleInputStopped();
     void breakRecording(std::exception_ptr fault);
     void keepForPreRoll(const QByteArray &data);
 
