@@ -3,6 +3,7 @@
 // line and exits 0 when the recorder behaved; used by QtAudioCaptureTest.
 //   AudioCaptureHelper no-server DIR
 //   AudioCaptureHelper server-killed DIR SERVER_PID
+//   AudioCaptureHelper device-removed DIR   (unloads the virtual microphone mid-way)
 
 #include "models/QuorlaError.h"
 #include "platform/linux/QtAudioCapture.h"
@@ -11,6 +12,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QProcess>
 #include <QTimer>
 #include <csignal>
 #include <cstdio>
@@ -72,17 +74,24 @@ int main(int argc, char **argv)
         return finish(QStringLiteral("permission=%1 start=%2").arg(permission, start), directory);
     }
 
-    if (mode == QLatin1String("server-killed") && arguments.size() == 4) {
+    const bool removeDevice = mode == QLatin1String("device-removed");
+    if ((mode == QLatin1String("server-killed") && arguments.size() == 4) || removeDevice) {
         const QString start = outcomeOf([&] { recorder.startRecording(); });
         if (start != QLatin1String("ok"))
             return finish(QStringLiteral("start=%1").arg(start), directory);
-        const pid_t server = pid_t(arguments.at(3).toLongLong());
+        const pid_t server = removeDevice ? 0 : pid_t(arguments.at(3).toLongLong());
         QString stop = QStringLiteral("noFailureSignal");
         QObject::connect(&recorder, &AudioRecorder::recordingFailed, &app, [&] {
             stop = outcomeOf([&] { recorder.stopRecording(); });
             app.quit();
         });
-        QTimer::singleShot(600, &app, [server] { ::kill(server, SIGKILL); });
+        QTimer::singleShot(600, &app, [server, removeDevice] {
+            if (removeDevice)
+                QProcess::execute(QStringLiteral("pactl"),
+                                  {QStringLiteral("unload-module"), QStringLiteral("module-remap-source")});
+            else
+                ::kill(server, SIGKILL);
+        });
         QTimer::singleShot(15000, &app, &QCoreApplication::quit);
         app.exec();
         return finish(QStringLiteral("stop=%1 recording=%2").arg(stop).arg(recorder.isRecording()), directory);

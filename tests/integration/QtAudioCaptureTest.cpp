@@ -260,4 +260,15 @@ TEST(QtAudioCaptureFaults, aServerThatDiesMidRecordingEndsItWithAnErrorAndNoFile
         << output.toStdString();
 }
 
+TEST(QtAudioCaptureFaults, aMicrophoneThatGoesAwayMidRecordingEndsItWithAnErrorAndNoFile)
+{
+    PrivateAudioServer server;
+    ASSERT_TRUE(server.isReady()) << server.log().toStdString();
+    QTemporaryDir directory;
+    const QString output = runHelper({QStringLiteral("device-removed"), directory.filePath(QStringLiteral("Quorla"))},
+                                     server.clientEnvironment());
+    EXPECT_TRUE(output.startsWith(QStringLiteral("stop=platformError(")) && output.endsWith(QStringLiteral(") recording=0 leftovers=0")))
+        << output.toStdString();
+}
+
 } // namespace

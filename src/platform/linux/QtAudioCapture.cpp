@@ -19,6 +19,13 @@ namespace {
 
 constexpr int bytesPerSample = 2;
 
+std::exception_ptr inputLost()
+{
+    return std::make_exception_ptr(
+        PlatformError(PlatformError::Domain::audio,
+                      QStringLiteral("The recording stopped because the microphone or the sound server went away.")));
+}
+
 std::span<const std::int16_t> samplesOf(const QByteArray &data)
 {
     return {reinterpret_cast<const std::int16_t *>(data.constData()), std::size_t(data.size() / bytesPerSample)};
@@ -29,6 +36,8 @@ std::span<const std::int16_t> samplesOf(const QByteArray &data)
 QtAudioCapture::QtAudioCapture(QObject *parent)
     : QObject(parent)
 {
+    m_stallCheck.setInterval(250);
+    connect(&m_stallCheck, &QTimer::timeout, this, &QtAudioCapture::checkForStall);
 }
 
 QtAudioCapture::~QtAudioCapture()
@@ -76,6 +85,8 @@ void QtAudioCapture::start(const QString &filePath)
     writer->write(samplesOf(m_preRoll)); // throws PlatformError; the writer removes its file
     m_preRoll.clear();
     m_writer = std::move(writer);
+    m_sinceLastAudio.start();
+    m_stallCheck.start();
 }
 
 double QtAudioCapture::currentTime() const
@@ -132,6 +143,7 @@ bool QtAudioCapture::openInput()
 
 void QtAudioCapture::closeInput()
 {
+    m_stallCheck.stop();
     m_preRoll.clear();
     m_partialSample.clear();
     m_input = nullptr;
@@ -153,6 +165,7 @@ void QtAudioCapture::readAvailable()
     data.chop(m_partialSample.size());
     if (data.isEmpty())
         return;
+    m_sinceLastAudio.start();
     if (!m_writer) {
         keepForPreRoll(data);
         return;
@@ -180,11 +193,18 @@ void QtAudioCapture::handleInputStopped()
         return;
     qCWarning(lcAudioCapture) << "the input stopped:" << m_source->error();
     if (m_writer)
-        breakRecording(std::make_exception_ptr(PlatformError(
-            PlatformError::Domain::audio,
-            QStringLiteral("The recording stopped because the microphone or the sound server went away."))));
+        breakRecording(inputLost());
     else
         closeInput();
+}
+
+void QtAudioCapture::checkForStall()
+{
+    readAvailable(); // after a busy event loop, audio may be waiting rather than missing
+    if (!m_writer || m_sinceLastAudio.elapsed() < stallMilliseconds)
+        return;
+    qCWarning(lcAudioCapture) << "the input delivered nothing for" << m_sinceLastAudio.elapsed() << "ms";
+    breakRecording(inputLost());
 }
 
 void QtAudioCapture::breakRecording(std::exception_ptr fault)

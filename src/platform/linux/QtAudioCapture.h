@@ -3,7 +3,9 @@
 #include "platform/AudioCapture.h"
 
 #include <QByteArray>
+#include <QElapsedTimer>
 #include <QObject>
+#include <QTimer>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -23,6 +25,9 @@ class QtAudioCapture : public QObject, public AudioCapture
 public:
     // The most audio kept from before a recording starts.
     static constexpr int preRollMilliseconds = 500;
+    // A recording whose input delivers nothing for this long has lost its microphone:
+    // Qt reports a source that vanishes under a running stream as no error at all.
+    static constexpr int stallMilliseconds = 1500;
 
     explicit QtAudioCapture(QObject *parent = nullptr);
     ~QtAudioCapture() override;
@@ -44,6 +49,7 @@ private:
     void handleInputStopped();
     void breakRecording(std::exception_ptr fault);
     void keepForPreRoll(const QByteArray &data);
+    void checkForStall();
 
     std::unique_ptr<QAudioSource> m_source;
     QIODevice *m_input = nullptr;
@@ -53,4 +59,6 @@ private:
     double m_finishedDuration = 0;
     float m_peakPower = -160.0f;
     std::exception_ptr m_failure;
+    QTimer m_stallCheck;
+    QElapsedTimer m_sinceLastAudio;
 };
