@@ -25,6 +25,15 @@ bool run(const QString &program, const QStringList &arguments, const QProcessEnv
     return process.waitForFinished(20000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
 
+// How many streams record from the audio server right now.
+int recordingStreams()
+{
+    QProcess pactl;
+    pactl.start(QStringLiteral("pactl"), {QStringLiteral("list"), QStringLiteral("short"), QStringLiteral("source-outputs")});
+    pactl.waitForFinished(10000);
+    return int(pactl.readAllStandardOutput().count('\n'));
+}
+
 // Plays a file into the virtual microphone without blocking the event loop.
 class Playback
 {
@@ -131,9 +140,12 @@ TEST_F(QtAudioCaptureTest, cancelLeavesNoFileAndATapClosesTheInput)
     recorder.cancelRecording();
     EXPECT_TRUE(QDir(recorder.recordingsDirectory()).entryList(QDir::Files).isEmpty());
 
+    const int otherStreams = recordingStreams(); // the virtual microphone records its sink
     recorder.handleTriggerKeyChanged(true);
+    EXPECT_EQ(recordingStreams(), otherStreams + 1);
     recorder.handleTriggerKeyChanged(false);
     QTest::qWait(int(AudioRecorder::releaseAfterTriggerUp.count()) + 200);
+    EXPECT_EQ(recordingStreams(), otherStreams); // the microphone is not kept open after a tap
     recorder.startRecording(); // opens the input afresh
     QTest::qWait(200);
     EXPECT_NO_THROW(recorder.stopRecording());

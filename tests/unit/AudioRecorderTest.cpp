@@ -22,11 +22,6 @@ protected:
     AudioRecorder recorder{capture, directory.filePath(QStringLiteral("tmp/Quorla"))};
 };
 
-TEST(AudioRecorderDirectory, isTheTemporaryDirectorysQuorlaFolder)
-{
-    EXPECT_EQ(AudioRecorder::defaultRecordingsDirectory(), QDir::temp().filePath(QStringLiteral("Quorla")));
-}
-
 TEST_F(AudioRecorderTest, stopWithoutARecordingThrowsAndCancelDoesNothing)
 {
     EXPECT_NO_THROW(recorder.cancelRecording());
