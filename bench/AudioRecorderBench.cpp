@@ -53,6 +53,7 @@ Summary summarize(std::vector<double> values)
 struct Trial {
     double firstSampleMs = 0;
     double stopMs = 0;
+    double warmUpMs = 0;
 };
 
 Trial pushToTalk(AudioRecorder &recorder, bool warmUp, int recordMs)
@@ -61,6 +62,7 @@ Trial pushToTalk(AudioRecorder &recorder, bool warmUp, int recordMs)
     clock.start();
     if (warmUp)
         recorder.handleTriggerKeyChanged(true);
+    const double warmUpMs = double(clock.nsecsElapsed()) / 1e6;
     spin(80);
     recorder.startRecording();
     spin(recordMs);
@@ -71,7 +73,7 @@ Trial pushToTalk(AudioRecorder &recorder, bool warmUp, int recordMs)
         recorder.handleTriggerKeyChanged(false);
     QFile::remove(recording.fileURL);
     spin(300); // the input closes between dictations
-    return {stopAt - recording.duration * 1000, stoppedAt - stopAt};
+    return {stopAt - recording.duration * 1000, stoppedAt - stopAt, warmUpMs};
 }
 
 } // namespace
@@ -90,15 +92,19 @@ int main(int argc, char **argv)
 
     constexpr int trials = 15;
     for (const bool warmUp : {true, false}) {
-        std::vector<double> firstSample, stop;
+        std::vector<double> firstSample, stop, warm;
         for (int i = 0; i < trials; ++i) {
             const Trial trial = pushToTalk(recorder, warmUp, 500);
             firstSample.push_back(trial.firstSampleMs);
             stop.push_back(trial.stopMs);
+            warm.push_back(trial.warmUpMs);
         }
         const Summary a = summarize(firstSample), b = summarize(stop);
         std::printf("(a) trigger down -> first sample in file, %s: median %.1f ms, max %.1f ms (%d trials)\n",
                     warmUp ? "warm-up on trigger down" : "input opened at start", a.median, a.max, trials);
+        if (warmUp)
+            std::printf("    opening the input on trigger down holds the event loop: median %.1f ms, max %.1f ms\n",
+                        summarize(warm).median, summarize(warm).max);
         if (warmUp)
             std::printf("(b) stopRecording -> file complete, 0.5 s recordings: median %.2f ms, max %.2f ms\n",
                         b.median, b.max);

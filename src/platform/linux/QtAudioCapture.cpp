@@ -42,7 +42,12 @@ QtAudioCapture::QtAudioCapture(QObject *parent)
 
 QtAudioCapture::~QtAudioCapture()
 {
-    closeInput();
+    // No event loop may be left to delete the source later; an unfinished file goes
+    // with its writer.
+    if (m_source) {
+        m_source->disconnect(this);
+        m_source->stop();
+    }
 }
 
 PermissionState QtAudioCapture::permissionState()
