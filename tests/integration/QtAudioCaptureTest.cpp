@@ -133,6 +133,19 @@ TEST_F(QtAudioCaptureTest, audioSinceTheTriggerWentDownReachesTheRecording)
     }
 }
 
+TEST_F(QtAudioCaptureTest, audioBeforeTheLatestPressIsLeftOut)
+{
+    recorder.handleTriggerKeyChanged(true); // a tap ...
+    Playback beep(beepPath());
+    ASSERT_TRUE(beep.waitUntilPlayed());
+    QTest::qWait(300);
+    recorder.handleTriggerKeyChanged(false);
+    recorder.handleTriggerKeyChanged(true); // ... and a hold while the input is still open
+    recorder.startRecording();
+    QTest::qWait(300);
+    EXPECT_LT(recorder.stopRecording().maxPeakPower, -50.0f);
+}
+
 TEST_F(QtAudioCaptureTest, cancelLeavesNoFileAndATapClosesTheInput)
 {
     recorder.startRecording();

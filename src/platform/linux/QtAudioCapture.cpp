@@ -67,6 +67,13 @@ void QtAudioCapture::prepare()
 {
     if (m_writer)
         return;
+    if (m_source) {
+        // Still open from a tap a moment ago: what was said before this press is not
+        // part of the dictation.
+        readAvailable();
+        m_preRoll.clear();
+        return;
+    }
     openInput();
 }
 
