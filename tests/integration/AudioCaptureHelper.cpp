@@ -3,7 +3,7 @@
 // line and exits 0 when the recorder behaved; used by QtAudioCaptureTest.
 //   AudioCaptureHelper no-server DIR
 //   AudioCaptureHelper server-killed DIR SERVER_PID
-//   AudioCaptureHelper device-removed DIR   (unloads the virtual microphone mid-way)
+//   AudioCaptureHelper device-removed DIR   (removes every input mid-way)
 
 #include "models/QuorlaError.h"
 #include "platform/linux/QtAudioCapture.h"
@@ -88,7 +88,7 @@ int main(int argc, char **argv)
         QTimer::singleShot(600, &app, [server, removeDevice] {
             if (removeDevice)
                 QProcess::execute(QStringLiteral("pactl"),
-                                  {QStringLiteral("unload-module"), QStringLiteral("module-remap-source")});
+                                  {QStringLiteral("unload-module"), QStringLiteral("module-null-sink")});
             else
                 ::kill(server, SIGKILL);
         });

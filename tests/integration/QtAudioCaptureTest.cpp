@@ -288,6 +288,8 @@ TEST(QtAudioCaptureFaults, aServerThatDiesMidRecordingEndsItWithAnErrorAndNoFile
         << output.toStdString();
 }
 
+// With the sink goes its monitor and the microphone on it, so the server has no input
+// left to move the stream to (with one left, it moves it and the recording goes on).
 TEST(QtAudioCaptureFaults, aMicrophoneThatGoesAwayMidRecordingEndsItWithAnErrorAndNoFile)
 {
     PrivateAudioServer server;
