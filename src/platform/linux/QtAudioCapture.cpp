@@ -94,7 +94,12 @@ void QtAudioCapture::start(const QString &filePath)
     }
     readAvailable();
     m_peakPower = peakPowerDecibels(samplesOf(m_preRoll));
-    writer->write(samplesOf(m_preRoll)); // throws PlatformError; the writer removes its file
+    try {
+        writer->write(samplesOf(m_preRoll)); // the writer removes its file when this fails
+    } catch (...) {
+        closeInput();
+        throw;
+    }
     m_preRoll.clear();
     m_writer = std::move(writer);
     m_sinceLastAudio.start();
