@@ -1,11 +1,14 @@
 #include "AudioFileProbe.h"
+#include "FileSizeLimit.h"
 
 #include "platform/linux/QtAudioCapture.h"
 #include "services/AudioRecorder.h"
+#include "support/PlatformError.h"
 
 #include <QDir>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -147,6 +150,27 @@ TEST_F(QtAudioCaptureTest, audioBeforeTheLatestPressIsLeftOut)
     recorder.startRecording();
     QTest::qWait(300);
     EXPECT_LT(recorder.stopRecording().maxPeakPower, -50.0f);
+}
+
+TEST_F(QtAudioCaptureTest, aDiskThatFillsUpEndsTheRecordingWithAFileErrorAndNoFile)
+{
+    QSignalSpy failed(&recorder, &AudioRecorder::recordingFailed);
+    {
+        const FileSizeLimit limit(4 * 1024); // about a second of speech
+        recorder.startRecording();
+        Playback speech(speechPath()); // silence would take minutes to fill it
+        failed.wait(10000);
+        speech.waitUntilPlayed();
+    }
+    ASSERT_EQ(failed.count(), 1);
+    try {
+        recorder.stopRecording();
+        FAIL() << "expected a PlatformError";
+    } catch (const PlatformError &error) {
+        EXPECT_EQ(error.domain(), PlatformError::Domain::file);
+    }
+    EXPECT_FALSE(recorder.isRecording());
+    EXPECT_TRUE(QDir(recorder.recordingsDirectory()).entryList(QDir::Files).isEmpty());
 }
 
 TEST_F(QtAudioCaptureTest, cancelLeavesNoFileAndATapClosesTheInput)

@@ -1,4 +1,5 @@
 #include "AudioFileProbe.h"
+#include "FileSizeLimit.h"
 
 #include "platform/linux/AacFileWriter.h"
 #include "platform/linux/PeakLevel.h"
@@ -7,10 +8,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <cmath>
-#include <csignal>
 #include <gtest/gtest.h>
 #include <numbers>
-#include <sys/resource.h>
 #include <vector>
 
 namespace {
@@ -97,29 +96,6 @@ TEST(AacFileWriter, anUnfinishedFileIsRemoved)
     EXPECT_FALSE(QFile::exists(aborted));
     EXPECT_FALSE(QFile::exists(dropped));
 }
-
-// A file size limit makes writes fail the way a full disk does, without filling one.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        getrlimit(RLIMIT_FSIZE, &m_saved);
-        m_savedHandler = std::signal(SIGXFSZ, SIG_IGN);
-        rlimit limit = m_saved;
-        limit.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_saved);
-        std::signal(SIGXFSZ, m_savedHandler);
-    }
-
-private:
-    rlimit m_saved{};
-    void (*m_savedHandler)(int) = nullptr;
-};
 
 TEST(AacFileWriter, aFullDiskIsAFileErrorAndLeavesNothing)
 {

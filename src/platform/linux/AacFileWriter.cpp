@@ -110,6 +110,7 @@ AacFileWriter::AacFileWriter(const QString &filePath)
 
     if (const int error = avio_open(&c.format->pb, path.constData(), AVIO_FLAG_WRITE); error < 0)
         fail(error, Step::create);
+
     // The index goes in front so the file can be read while it streams to the service.
     AVDictionary *options = nullptr;
     av_dict_set(&options, "movflags", "+faststart", 0);
@@ -200,8 +201,10 @@ void AacFileWriter::drainPackets()
         if (const int error = av_interleaved_write_frame(c.format, c.packet); error < 0)
             fail(error, Step::write);
     }
-    // Buffered output reports a full disk only through the I/O context.
-    if (c.format->pb && c.format->pb->error < 0)
+    // Each frame goes to disk as it is encoded, so a full disk shows while recording,
+    // not only at the stop; the I/O context reports it only through its error field.
+    avio_flush(c.format->pb);
+    if (c.format->pb->error < 0)
         fail(c.format->pb->error, Step::write);
 }
 

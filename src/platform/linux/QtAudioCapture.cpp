@@ -191,7 +191,8 @@ void QtAudioCapture::readAvailable()
     m_peakPower = std::max(m_peakPower, peakPowerDecibels(samples));
     try {
         m_writer->write(samples);
-    } catch (const PlatformError &) {
+    } catch (const PlatformError &error) {
+        qCWarning(lcAudioCapture) << "the recording broke:" << error.description();
         breakRecording(std::current_exception());
     }
 }
