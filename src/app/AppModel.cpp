@@ -1,6 +1,7 @@
 #include "AppModel.h"
 
 #include "models/QuorlaError.h"
+#include "services/AudioRecorder.h"
 #include "services/GlobalPushToTalkMonitor.h"
 #include "services/TranslationLanguageCatalog.h"
 #include "stores/PreferencesStore.h"
@@ -38,6 +39,12 @@ AppModel::AppModel(AppServices services, QObject *parent)
     refreshPermissions(true);
     setStatusMessage(defaultStatusMessage());
     startObservingInputSourceChanges();
+    // A recording that breaks (input or audio server gone, disk full) ends as a stop
+    // would: the stop throws the recorder's fault and the finish-failure step shows it.
+    connect(m_services.audioRecorder.get(), &AudioRecorder::recordingFailed, this, [this] {
+        if (m_isRecording)
+            stopRecordingAndTranscribe();
+    });
 }
 
 AppModel::~AppModel() = default;

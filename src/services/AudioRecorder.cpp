@@ -16,7 +16,12 @@ AudioRecorder::AudioRecorder(std::shared_ptr<AudioCapture> capture, QString reco
                                                           : std::move(recordingsDirectory))
 {
     m_meterTimer.setInterval(100);
-    connect(&m_meterTimer, &QTimer::timeout, this, &AudioRecorder::foldPeakPower);
+    connect(&m_meterTimer, &QTimer::timeout, this, &AudioRecorder::meterTick);
+    m_releaseTimer.setSingleShot(true);
+    connect(&m_releaseTimer, &QTimer::timeout, this, [this] {
+        if (!isRecording())
+            m_capture->release();
+    });
 }
 
 QString AudioRecorder::defaultRecordingsDirectory()
@@ -48,11 +53,21 @@ QString AudioRecorder::makeRecordingURL() const
 void AudioRecorder::startRecording()
 {
     const QString url = makeRecordingURL();
-    m_maxPeakPower = -160.0f;
     m_capture->start(url); // throws; nothing is stored then
+    m_releaseTimer.stop();
+    m_maxPeakPower = -160.0f;
     m_currentRecordingURL = url;
     foldPeakPower();
     m_meterTimer.start();
+}
+
+void AudioRecorder::meterTick()
+{
+    foldPeakPower();
+    if (isRecording() && m_capture->failure()) {
+        m_meterTimer.stop();
+        Q_EMIT recordingFailed();
+    }
 }
 
 void AudioRecorder::foldPeakPower()
@@ -64,9 +79,19 @@ AudioRecorder::FinishedRecording AudioRecorder::stopRecording()
 {
     if (!m_currentRecordingURL)
         throw QuorlaError(QuorlaError::Kind::noRecordingInProgress);
+    const QString url = *m_currentRecordingURL;
+    // The duration counts the audio that reached the file, so the last buffered
+    // samples are written before it is read.
+    try {
+        m_capture->stop();
+    } catch (...) {
+        becomeIdle();
+        QFile::remove(url);
+        throw;
+    }
     foldPeakPower();
-    FinishedRecording result{*m_currentRecordingURL, m_capture->currentTime(), m_maxPeakPower};
-    finish();
+    FinishedRecording result{url, m_capture->currentTime(), m_maxPeakPower};
+    becomeIdle();
     return result;
 }
 
@@ -75,14 +100,27 @@ void AudioRecorder::cancelRecording()
     if (!m_currentRecordingURL)
         return;
     const QString url = *m_currentRecordingURL;
-    finish();
+    try {
+        m_capture->stop();
+    } catch (...) {
+        // The file goes either way.
+    }
+    becomeIdle();
     QFile::remove(url);
 }
 
-void AudioRecorder::finish()
+void AudioRecorder::handleTriggerKeyChanged(bool down)
+{
+    if (isRecording())
+        return;
+    if (down)
+        m_capture->prepare();
+    m_releaseTimer.start(down ? releaseWhileTriggerHeld : releaseAfterTriggerUp);
+}
+
+void AudioRecorder::becomeIdle()
 {
     m_meterTimer.stop();
-    m_capture->stop();
     m_currentRecordingURL.reset();
     m_maxPeakPower = -160.0f;
 }

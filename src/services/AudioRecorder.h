@@ -6,13 +6,15 @@
 #include <QObject>
 #include <QString>
 #include <QTimer>
+#include <chrono>
 #include <memory>
 #include <optional>
 
 class AudioCapture;
 
 // Records one dictation at a time into "<temp>/Quorla/<UUID>.m4a" and keeps the
-// loudest level reached, polled every 0.1 s.
+// loudest level reached, polled every 0.1 s. Opens the input as soon as the trigger
+// goes down, so the first syllable, spoken before the hold is recognized, is kept.
 class AudioRecorder : public QObject
 {
     Q_OBJECT
@@ -24,6 +26,11 @@ public:
         float maxPeakPower = -160.0f;
     };
 
+    // How long a warmed-up input stays open without a recording: after the trigger
+    // goes up (a tap), and at most while it is held (a lost key-up).
+    static constexpr std::chrono::milliseconds releaseAfterTriggerUp{250};
+    static constexpr std::chrono::milliseconds releaseWhileTriggerHeld{2000};
+
     explicit AudioRecorder(std::shared_ptr<AudioCapture> capture, QString recordingsDirectory = {},
                            QObject *parent = nullptr);
 
@@ -34,26 +41,39 @@ public:
     [[nodiscard]] PermissionState permissionState() const;
     QCoro::Task<bool> requestPermission();
 
-    // Throws a PlatformError when the directory cannot be made, QuorlaError::recordingFailed
-    // when the input refuses to start; the recorder stays idle then.
+    // Throws a PlatformError when the directory or file cannot be made,
+    // QuorlaError::recordingFailed when the input refuses to start; the recorder stays
+    // idle then.
     void startRecording();
-    // Throws QuorlaError::noRecordingInProgress when idle.
+    // Throws QuorlaError::noRecordingInProgress when idle, or the fault that broke the
+    // recording (its file is deleted and the recorder is idle again).
     FinishedRecording stopRecording();
     // Ends the recording and deletes its file; does nothing when idle.
     void cancelRecording();
+
+    // Warms the input up when the trigger goes down and lets it go soon after it goes
+    // up, unless a recording started in between.
+    void handleTriggerKeyChanged(bool down);
 
     [[nodiscard]] bool isRecording() const { return m_currentRecordingURL.has_value(); }
     [[nodiscard]] float maxPeakPower() const { return m_maxPeakPower; }
     [[nodiscard]] AudioCapture &capture() const { return *m_capture; }
 
+Q_SIGNALS:
+    // The running recording broke (input or audio server gone, disk full). The next
+    // stopRecording() throws the fault; stop it at once to tell the user.
+    void recordingFailed();
+
 private:
     QString makeRecordingURL() const;
+    void meterTick();
     void foldPeakPower();
-    void finish();
+    void becomeIdle();
 
     std::shared_ptr<AudioCapture> m_capture;
     std::optional<QString> m_currentRecordingURL;
     QTimer m_meterTimer;
+    QTimer m_releaseTimer;
     float m_maxPeakPower = -160.0f;
     QString m_recordingsDirectory;
 };

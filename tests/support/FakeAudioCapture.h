@@ -4,6 +4,7 @@
 #include "platform/AudioCapture.h"
 
 #include <QFile>
+#include <functional>
 #include <optional>
 
 // Writes a small file per recording and reports the duration and level a test sets.
@@ -18,6 +19,16 @@ public:
             permission = co_await answerPermission();
         co_return permission == PermissionState::authorized;
     }
+    void prepare() override
+    {
+        if (!recording)
+            prepared = true;
+    }
+    void release() override
+    {
+        if (!recording)
+            prepared = false;
+    }
     void start(const QString &filePath) override
     {
         if (startFailure)
@@ -27,10 +38,28 @@ public:
             file.write("fake m4a");
         currentPath = filePath;
         recording = true;
+        prepared = false;
+        fault = nullptr;
     }
     double currentTime() const override { return duration; }
     float takePeakPower() override { return peakPower; }
-    void stop() override { recording = false; }
+    void stop() override
+    {
+        recording = false;
+        if (fault) {
+            QFile::remove(currentPath);
+            std::rethrow_exception(std::exchange(fault, nullptr));
+        }
+    }
+    std::exception_ptr failure() const override { return fault; }
+
+    // Breaks the running recording as a vanished device or a full disk would.
+    void breakRecording(std::exception_ptr error)
+    {
+        fault = std::move(error);
+        recording = false;
+        QFile::remove(currentPath);
+    }
 
     PermissionState permission = PermissionState::authorized;
     // When set, requestPermission awaits it for the user's answer (the prompt).
@@ -40,5 +69,7 @@ public:
     float peakPower = -10.0f;
     QString currentPath;
     bool recording = false;
+    bool prepared = false;
+    std::exception_ptr fault;
     int permissionRequests = 0;
 };

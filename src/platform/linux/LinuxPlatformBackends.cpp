@@ -6,6 +6,7 @@
 #include "platform/linux/SecretServiceCredentialStore.h"
 #include "platform/linux/X11KeySynthesizer.h"
 #include "platform/linux/X11Workspace.h"
+#include "platform/linux/QtAudioCapture.h"
 
 PlatformBackends makePlatformBackends(PreferencesStore &preferences)
 {
@@ -14,7 +15,7 @@ PlatformBackends makePlatformBackends(PreferencesStore &preferences)
     backends.keyboardHook = std::make_shared<PlaceholderKeyboardHook>();
     backends.workspace = std::make_shared<X11Workspace>();
     backends.accessibility = std::make_shared<AtSpiAccessibility>();
-    backends.audioCapture = std::make_shared<PlaceholderAudioCapture>();
+    backends.audioCapture = std::make_shared<QtAudioCapture>();
     backends.inputSource = std::make_shared<XkbInputSourceProvider>();
     backends.credentialStore = makeCredentialStore();
     backends.keySynthesizer = std::make_shared<X11KeySynthesizer>();

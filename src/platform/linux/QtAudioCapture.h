@@ -1,0 +1,64 @@
+#pragma once
+
+#include "platform/AudioCapture.h"
+
+#include <QByteArray>
+#include <QElapsedTimer>
+#include <QObject>
+#include <QTimer>
+#include <cstdint>
+#include <memory>
+#include <span>
+
+class AacFileWriter;
+class QAudioSource;
+class QIODevice;
+
+// The desktop audio server's default input (PulseAudio, or PipeWire's PulseAudio
+// service) through Qt Multimedia, at 16 kHz mono 16-bit, encoded into the .m4a as the
+// buffers arrive on the event loop. While prepared, keeps the latest audio so a
+// recording starts with what was said since the trigger went down.
+class QtAudioCapture : public QObject, public AudioCapture
+{
+    Q_OBJECT
+
+public:
+    // The most audio kept from before a recording starts.
+    static constexpr int preRollMilliseconds = 500;
+    // A recording whose input delivers nothing for this long has lost its microphone:
+    // Qt reports a source that vanishes under a running stream as no error at all.
+    static constexpr int stallMilliseconds = 1500;
+
+    explicit QtAudioCapture(QObject *parent = nullptr);
+    ~QtAudioCapture() override;
+
+    PermissionState permissionState() override;
+    QCoro::Task<bool> requestPermission() override;
+    void prepare() override;
+    void release() override;
+    void start(const QString &filePath) override;
+    double currentTime() const override;
+    float takePeakPower() override;
+    void stop() override;
+    std::exception_ptr failure() const override { return m_failure; }
+
+private:
+    bool openInput();
+    void closeInput();
+    void readAvailable();
+    void handleInputStopped();
+    void breakRecording(std::exception_ptr fault);
+    void keepForPreRoll(const QByteArray &data);
+    void checkForStall();
+
+    std::unique_ptr<QAudioSource> m_source;
+    QIODevice *m_input = nullptr;
+    QByteArray m_preRoll;
+    QByteArray m_partialSample;
+    std::unique_ptr<AacFileWriter> m_writer;
+    double m_finishedDuration = 0;
+    float m_peakPower = -160.0f;
+    std::exception_ptr m_failure;
+    QTimer m_stallCheck;
+    QElapsedTimer m_sinceLastAudio;
+};

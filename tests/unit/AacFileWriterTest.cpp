@@ -1,0 +1,138 @@
+#include "AudioFileProbe.h"
+#include "FileSizeLimit.h"
+
+#include "platform/linux/AacFileWriter.h"
+#include "platform/linux/PeakLevel.h"
+#include "support/PlatformError.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <numbers>
+#include <vector>
+
+namespace {
+
+std::vector<std::int16_t> tone(double seconds, double amplitude)
+{
+    std::vector<std::int16_t> samples(std::size_t(seconds * AacFileWriter::sampleRate));
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        samples[i] = std::int16_t(amplitude * 32767 * std::sin(2 * std::numbers::pi * 440 * double(i) / 16000));
+    return samples;
+}
+
+// Feeds the writer in uneven pieces, as the audio server delivers them.
+void writeInPieces(AacFileWriter &writer, const std::vector<std::int16_t> &samples)
+{
+    for (std::size_t at = 0; at < samples.size(); at += 333)
+        writer.write(std::span(samples).subspan(at, std::min<std::size_t>(333, samples.size() - at)));
+}
+
+TEST(AacFileWriter, writesAacLcMono16kHzAt32kbitInAnM4aWithTheIndexUpFront)
+{
+    QTemporaryDir directory;
+    const QString path = directory.filePath(QStringLiteral("tone.m4a"));
+    const auto samples = tone(3.0, 0.5);
+    AacFileWriter writer(path);
+    writeInPieces(writer, samples);
+    writer.finish();
+    EXPECT_DOUBLE_EQ(writer.duration(), 3.0);
+
+    const auto probe = AudioFileProbe::of(path);
+    ASSERT_TRUE(probe);
+    EXPECT_EQ(probe->codecName, QStringLiteral("aac"));
+    EXPECT_EQ(probe->profile, QStringLiteral("LC"));
+    EXPECT_EQ(probe->sampleRate, 16000);
+    EXPECT_EQ(probe->channels, 1);
+    EXPECT_EQ(probe->majorBrand, QStringLiteral("M4A "));
+    EXPECT_NEAR(probe->bitRate, 32000, 6000);
+    EXPECT_NEAR(probe->duration, 3.0, 0.07); // one AAC frame is 64 ms
+    EXPECT_TRUE(probe->moovBeforeMdat);
+}
+
+TEST(AacFileWriter, aShortOrEmptyRecordingStillFinishes)
+{
+    QTemporaryDir directory;
+    for (const double seconds : {0.0, 0.01, 0.2}) {
+        const QString path = directory.filePath(QStringLiteral("short-%1.m4a").arg(seconds));
+        AacFileWriter writer(path);
+        writeInPieces(writer, tone(seconds, 0.3));
+        EXPECT_NO_THROW(writer.finish()) << seconds;
+        EXPECT_TRUE(QFile::exists(path)) << seconds;
+        if (seconds > 0) {
+            EXPECT_NEAR(AudioFileProbe::of(path).value_or(AudioFileProbe{}).duration, seconds, 0.07) << seconds;
+        }
+    }
+}
+
+TEST(AacFileWriter, anUncreatableFileIsAFileErrorAndLeavesNothing)
+{
+    QTemporaryDir directory;
+    const QString path = directory.filePath(QStringLiteral("missing/folder/x.m4a"));
+    try {
+        AacFileWriter writer(path);
+        FAIL() << "expected a PlatformError";
+    } catch (const PlatformError &error) {
+        EXPECT_EQ(error.domain(), PlatformError::Domain::file);
+        EXPECT_TRUE(error.description().contains(path)) << error.description().toStdString();
+    }
+    EXPECT_FALSE(QFile::exists(path));
+}
+
+TEST(AacFileWriter, anUnfinishedFileIsRemoved)
+{
+    QTemporaryDir directory;
+    const QString aborted = directory.filePath(QStringLiteral("aborted.m4a"));
+    const QString dropped = directory.filePath(QStringLiteral("dropped.m4a"));
+    {
+        AacFileWriter writer(aborted);
+        writeInPieces(writer, tone(0.5, 0.3));
+        writer.abort();
+        EXPECT_NO_THROW(writer.write(tone(0.1, 0.3))); // ignored after abort
+        AacFileWriter other(dropped);
+        writeInPieces(other, tone(0.5, 0.3));
+    }
+    EXPECT_FALSE(QFile::exists(aborted));
+    EXPECT_FALSE(QFile::exists(dropped));
+}
+
+TEST(AacFileWriter, aFullDiskIsAFileErrorAndLeavesNothing)
+{
+    QTemporaryDir directory;
+    const QString path = directory.filePath(QStringLiteral("full.m4a"));
+    bool failed = false;
+    {
+        const FileSizeLimit limit(16 * 1024);
+        try {
+            AacFileWriter writer(path);
+            writeInPieces(writer, tone(20.0, 0.5));
+            writer.finish();
+        } catch (const PlatformError &error) {
+            failed = true;
+            EXPECT_EQ(error.domain(), PlatformError::Domain::file);
+        }
+    }
+    EXPECT_TRUE(failed);
+    EXPECT_FALSE(QFile::exists(path));
+}
+
+TEST(PeakLevel, isTheLoudestSampleInDecibelsFullScaleNeverBelowMinus160)
+{
+    const struct {
+        std::vector<std::int16_t> samples;
+        float decibels;
+    } cases[] = {
+        {{}, -160.0f},
+        {{0, 0, 0}, -160.0f},
+        {{0, -32768, 5}, 0.0f},
+        {{100, 16384, -200}, -6.0206f},
+        {{-16384, 0}, -6.0206f},
+        {{1}, -90.309f},
+        {{-1, 0}, -90.309f},
+    };
+    for (const auto &c : cases)
+        EXPECT_NEAR(peakPowerDecibels(c.samples), c.decibels, 0.001) << c.samples.size();
+}
+
+} // namespace
