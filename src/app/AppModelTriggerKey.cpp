@@ -1,0 +1,38 @@
+#include "AppModel.h"
+
+#include "models/TriggerKey.h"
+#include "services/GlobalPushToTalkMonitor.h"
+#include "stores/PreferencesStore.h"
+
+QString AppModel::triggerKey() const
+{
+    return TriggerKey::normalized(m_services.preferences->stringValue(TriggerKey::preferenceKey)).id;
+}
+
+void AppModel::setTriggerKey(const QString &id)
+{
+    const std::optional<TriggerKey> chosen = TriggerKey::withId(id);
+    if (chosen)
+        m_services.preferences->setString(TriggerKey::preferenceKey, chosen->id);
+    else
+        m_services.preferences->remove(TriggerKey::preferenceKey);
+    const TriggerKey key = chosen.value_or(TriggerKey::defaultKey());
+
+    auto &monitor = *m_services.pushToTalkMonitor;
+    bool refused = false;
+    try {
+        monitor.setTriggerKey(key);
+    } catch (...) {
+        refused = true;
+        m_hasStartedServices = false;
+        setTriggerRegistrationError(localizedMessage(std::current_exception()));
+    }
+    if (assign(m_triggerDisplay, monitor.shortcut().displayString, &AppModel::triggerDisplayChanged))
+        Q_EMIT statusInputsChanged();
+
+    // The old key could not be watched for; the new one may be.
+    if (!refused && m_triggerRegistrationError && !monitor.isInstalled())
+        startAppServices();
+    else if (!m_isRecording && !m_isBusy)
+        setStatusMessage(defaultStatusMessage());
+}

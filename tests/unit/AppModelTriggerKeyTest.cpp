@@ -1,0 +1,60 @@
+#include "ModelFixture.h"
+
+#include "services/GlobalPushToTalkMonitor.h"
+#include "stores/PreferencesStore.h"
+
+#include <QSignalSpy>
+#include <gtest/gtest.h>
+
+namespace {
+
+class AppModelTriggerKeyTest : public ::testing::Test
+{
+protected:
+    PreferencesStore stored() const { return PreferencesStore(fixture.preferencesPath()); }
+
+    ModelFixture fixture;
+};
+
+TEST_F(AppModelTriggerKeyTest, aNewTriggerTakesEffectAtOnceAndIsRemembered)
+{
+    AppModel &model = fixture.makeModel();
+    model.startAppServices();
+    EXPECT_EQ(model.triggerKey(), QStringLiteral("rightControl"));
+    QSignalSpy display(&model, &AppModel::triggerDisplayChanged);
+    QSignalSpy inputs(&model, &AppModel::statusInputsChanged);
+
+    model.setTriggerKey(QStringLiteral("scrollLock"));
+    EXPECT_EQ(model.triggerDisplay(), QStringLiteral("Scroll Lock"));
+    EXPECT_EQ(model.triggerKey(), QStringLiteral("scrollLock"));
+    EXPECT_EQ(fixture.keyboard->triggerKeyId, QStringLiteral("scrollLock"));
+    EXPECT_EQ(display.count(), 1);
+    EXPECT_GE(inputs.count(), 1);
+    EXPECT_TRUE(model.statusMessage().contains(QStringLiteral("hold Scroll Lock or press Scroll Lock + Space")))
+        << model.statusMessage().toStdString();
+    EXPECT_EQ(stored().stringValue(QStringLiteral("triggerKey")), QStringLiteral("scrollLock"));
+
+    model.setTriggerKey(QStringLiteral("scrollLock"));
+    EXPECT_EQ(display.count(), 1) << "an equal value wakes no observer";
+
+    model.setTriggerKey(QStringLiteral("bogus"));
+    EXPECT_EQ(model.triggerDisplay(), QStringLiteral("Right Ctrl"));
+    EXPECT_FALSE(stored().contains(QStringLiteral("triggerKey"))) << "an invalid choice removes the key";
+}
+
+TEST_F(AppModelTriggerKeyTest, aRefusedTriggerIsShownAndAWorkingOneClearsTheError)
+{
+    AppModel &model = fixture.makeModel();
+    model.startAppServices();
+    fixture.keyboard->triggerKeyFailure = QuorlaError::hotkeyRegistrationFailed(QStringLiteral("No Fn here."));
+    model.setTriggerKey(QStringLiteral("fn"));
+    EXPECT_EQ(model.triggerRegistrationError(), QStringLiteral("No Fn here."));
+
+    fixture.keyboard->triggerKeyFailure.reset();
+    model.setTriggerKey(QStringLiteral("pause"));
+    EXPECT_EQ(model.triggerRegistrationError(), std::nullopt);
+    EXPECT_TRUE(fixture.keyboard->isInstalled());
+    EXPECT_EQ(fixture.keyboard->installCount, 2);
+}
+
+} // namespace
