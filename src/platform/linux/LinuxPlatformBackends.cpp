@@ -1,12 +1,14 @@
 #include "platform/PlatformBackends.h"
 
 #include "platform/linux/PlaceholderBackends.h"
+#include "platform/linux/X11KeyboardHook.h"
+#include "stores/PreferencesStore.h"
 
 PlatformBackends makePlatformBackends(PreferencesStore &preferences)
 {
-    Q_UNUSED(preferences)
     PlatformBackends backends;
-    backends.keyboardHook = std::make_shared<PlaceholderKeyboardHook>();
+    backends.keyboardHook = std::make_shared<X11KeyboardHook>(
+        TriggerKey::normalized(preferences.stringValue(TriggerKey::preferenceKey)));
     backends.workspace = std::make_shared<PlaceholderWorkspace>();
     backends.accessibility = std::make_shared<PlaceholderAccessibility>();
     backends.audioCapture = std::make_shared<PlaceholderAudioCapture>();
