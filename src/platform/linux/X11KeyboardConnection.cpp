@@ -125,14 +125,35 @@ struct X11KeyboardConnection::Private {
             XEvent event;
             XNextEvent(display, &event);
             if (event.type == MappingNotify) {
+                // Space may have moved: release the old key before taking the new one.
+                const bool wasGrabbed = spaceGrabbed;
+                setSpaceGrabbed(false);
                 XRefreshKeyboardMapping(&event.xmapping);
                 resolveKeycodes();
+                setSpaceGrabbed(wasGrabbed);
             } else if (event.xcookie.type == GenericEvent && event.xcookie.extension == xiOpcode
                        && XGetEventData(display, &event.xcookie)) {
                 handleRawEvent(&event.xcookie, onKey);
                 XFreeEventData(display, &event.xcookie);
             }
         }
+    }
+
+    void setSpaceGrabbed(bool grabbed)
+    {
+        // Keycode 0 is AnyKey: a keymap without Space must not grab the whole keyboard.
+        if (grabbed == spaceGrabbed || !grabber || spaceKeycode == 0)
+            return;
+        spaceGrabbed = grabbed;
+        if (grabbed) {
+            refusedGrabs = 0;
+            for (int modifiers = 0; modifiers < modifierCombinations; ++modifiers)
+                xcb_grab_key(grabber, 0, root, static_cast<std::uint16_t>(modifiers), spaceKeycode,
+                             XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        } else {
+            xcb_ungrab_key(grabber, spaceKeycode, root, XCB_MOD_MASK_ANY);
+        }
+        xcb_flush(grabber);
     }
 
     // The grab connection receives the swallowed Spaces and the errors of refused grabs.
@@ -193,9 +214,11 @@ void X11KeyboardConnection::waitForKeys(int wakeFd, const std::function<void(con
 {
     d->readEvents(onKey);
     d->drainGrabber();
+    // A broken grab connection would report itself readable forever.
+    const int grabberFd = xcb_connection_has_error(d->grabber) ? -1 : xcb_get_file_descriptor(d->grabber);
     pollfd fds[] = {
         {ConnectionNumber(d->display), POLLIN, 0},
-        {xcb_get_file_descriptor(d->grabber), POLLIN, 0},
+        {grabberFd, POLLIN, 0},
         {wakeFd, POLLIN, 0},
     };
     if (poll(fds, 3, -1) <= 0)
@@ -206,18 +229,7 @@ void X11KeyboardConnection::waitForKeys(int wakeFd, const std::function<void(con
 
 void X11KeyboardConnection::setSpaceGrabbed(bool grabbed)
 {
-    if (grabbed == d->spaceGrabbed || !d->grabber)
-        return;
-    d->spaceGrabbed = grabbed;
-    if (grabbed) {
-        d->refusedGrabs = 0;
-        for (int modifiers = 0; modifiers < modifierCombinations; ++modifiers)
-            xcb_grab_key(d->grabber, 0, d->root, static_cast<std::uint16_t>(modifiers), d->spaceKeycode,
-                         XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
-    } else {
-        xcb_ungrab_key(d->grabber, d->spaceKeycode, d->root, XCB_MOD_MASK_ANY);
-    }
-    xcb_flush(d->grabber);
+    d->setSpaceGrabbed(grabbed);
 }
 
 int X11KeyboardConnection::refusedSpaceGrabs() const

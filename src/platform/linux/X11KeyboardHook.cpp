@@ -141,8 +141,15 @@ void X11KeyboardHook::watchKeys()
     const auto onKey = [this](const X11KeyboardConnection::KeyEvent &event) {
         handleKeyOnXThread(event.keycode, event.key == X11KeyboardConnection::Key::trigger, event.press);
     };
-    while (!m_stopping)
+    int refusedReported = 0;
+    while (!m_stopping) {
         m_connection->waitForKeys(m_wakeFd, onKey);
+        const int refused = m_connection->refusedSpaceGrabs();
+        if (refused > refusedReported) { // once, not at every trigger press
+            qCInfo(lcX11Keyboard) << refused << "modifier combinations of Space belong to other applications";
+            refusedReported = refused;
+        }
+    }
     m_connection->setSpaceGrabbed(false);
 }
 
