@@ -8,6 +8,8 @@
 #include "services/GlobalPushToTalkMonitor.h"
 #include "support/PlatformWords.h"
 
+#include <QFile>
+#include <QProcess>
 #include <QTest>
 #include <atomic>
 #include <chrono>
@@ -210,8 +212,9 @@ TEST_F(X11KeyboardHookTest, aBusyMainThreadDoesNotHoldOrDelaySpace)
     EXPECT_EQ(spacePressesAtTarget(), 0) << "only the plain Space reached the target";
 }
 
-TEST_F(X11KeyboardHookTest, installationFailuresSayWhatIsMissing)
+TEST(X11KeyboardHookInstall, failuresSayWhatIsMissing)
 {
+    ASSERT_FALSE(qEnvironmentVariableIsEmpty("DISPLAY")) << "needs the headless desktop";
     const struct {
         const char *name;
         const char *variable;
@@ -246,6 +249,53 @@ TEST_F(X11KeyboardHookTest, installationFailuresSayWhatIsMissing)
         }
         EXPECT_EQ(hook.isInstalled(), c.installedAnyway);
     }
+}
+
+// An X server of its own, started with extensions left out.
+class PrivateXServer
+{
+public:
+    explicit PrivateXServer(const QStringList &arguments)
+    {
+        for (int number = 300; number < 400 && m_display.isEmpty(); ++number) {
+            if (!QFile::exists(QStringLiteral("/tmp/.X%1-lock").arg(number)))
+                m_display = QStringLiteral(":%1").arg(number);
+        }
+        m_server.setProcessChannelMode(QProcess::MergedChannels);
+        m_server.start(QStringLiteral("Xvfb"), QStringList{m_display, QStringLiteral("-nolisten"), QStringLiteral("tcp")} + arguments);
+        const QString socket = QStringLiteral("/tmp/.X11-unix/X") + m_display.mid(1);
+        m_ready = m_server.waitForStarted(5000) && QTest::qWaitFor([&] { return QFile::exists(socket); }, 10000);
+    }
+    ~PrivateXServer()
+    {
+        m_server.terminate();
+        if (!m_server.waitForFinished(5000))
+            m_server.kill();
+    }
+    [[nodiscard]] bool isReady() const { return m_ready; }
+    [[nodiscard]] QByteArray display() const { return m_display.toLatin1(); }
+
+private:
+    QString m_display;
+    QProcess m_server;
+    bool m_ready = false;
+};
+
+TEST(X11KeyboardHookInstall, withoutXTestTheMessageNamesIt)
+{
+    PrivateXServer server({QStringLiteral("-extension"), QStringLiteral("XTEST")});
+    ASSERT_TRUE(server.isReady());
+    ScopedEnvironment environment("DISPLAY", server.display());
+    X11KeyboardHook hook(TriggerKey::defaultKey());
+    try {
+        hook.install({});
+        ADD_FAILURE() << "installed";
+    } catch (const QuorlaError &error) {
+        EXPECT_EQ(error.errorDescription(PlatformWords::linuxDesktop()),
+                  QStringLiteral("Quorla needs the X11 XTest extension to use Right Ctrl and Right Ctrl + Space and "
+                                 "to type into other apps. Enable it in the X server, then reopen Quorla."));
+    }
+    EXPECT_FALSE(hook.isInstalled());
 }
 
 TEST_F(X11KeyboardHookTest, aNewTriggerKeyWorksAtOnce)
