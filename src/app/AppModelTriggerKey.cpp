@@ -11,6 +11,7 @@ QString AppModel::triggerKey() const
 
 void AppModel::setTriggerKey(const QString &id)
 {
+    const QString previousId = triggerKey();
     const std::optional<TriggerKey> chosen = TriggerKey::withId(id);
     if (chosen)
         m_services.preferences->setString(TriggerKey::preferenceKey, chosen->id);
@@ -19,6 +20,9 @@ void AppModel::setTriggerKey(const QString &id)
     const TriggerKey key = chosen.value_or(TriggerKey::defaultKey());
 
     auto &monitor = *m_services.pushToTalkMonitor;
+    // Choosing the key in use again must not end a dictation it is running.
+    if (key.id == previousId && key.displayName == m_triggerDisplay && !m_triggerRegistrationError)
+        return;
     bool refused = false;
     try {
         monitor.setTriggerKey(key);
@@ -29,6 +33,8 @@ void AppModel::setTriggerKey(const QString &id)
     }
     if (assign(m_triggerDisplay, monitor.shortcut().displayString, &AppModel::triggerDisplayChanged))
         Q_EMIT statusInputsChanged();
+    else if (key.id != previousId)
+        Q_EMIT triggerDisplayChanged(); // it also announces triggerKey
 
     // The old key could not be watched for; the new one may be.
     if (!refused && m_triggerRegistrationError && !monitor.isInstalled())

@@ -24,12 +24,12 @@ public:
     QString triggerDisplayName() const override { return triggerName; }
     void setTriggerKey(const TriggerKey &key) override
     {
+        triggerName = key.displayName;
+        triggerKeyId = key.id;
         if (triggerKeyFailure) {
             m_installed = false;
             throw *triggerKeyFailure;
         }
-        triggerName = key.displayName;
-        triggerKeyId = key.id;
     }
 
     void trigger(bool down) { m_events.triggerChanged(down); }

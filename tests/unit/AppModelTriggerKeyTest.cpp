@@ -34,8 +34,11 @@ TEST_F(AppModelTriggerKeyTest, aNewTriggerTakesEffectAtOnceAndIsRemembered)
         << model.statusMessage().toStdString();
     EXPECT_EQ(stored().stringValue(QStringLiteral("triggerKey")), QStringLiteral("scrollLock"));
 
+    fixture.keyboard->trigger(true);
     model.setTriggerKey(QStringLiteral("scrollLock"));
     EXPECT_EQ(display.count(), 1) << "an equal value wakes no observer";
+    EXPECT_TRUE(model.services().pushToTalkMonitor->triggerState().isFnPressed) << "and ends no gesture";
+    fixture.keyboard->trigger(false);
 
     model.setTriggerKey(QStringLiteral("bogus"));
     EXPECT_EQ(model.triggerDisplay(), QStringLiteral("Right Ctrl"));
