@@ -57,6 +57,14 @@ protected:
         monitor.toggleStartedHandler = [this] { events.append(QStringLiteral("toggleStarted")); };
         monitor.toggleEndedHandler = [this] { events.append(QStringLiteral("toggleEnded")); };
     }
+    // A test that stopped half-way must not leave a key down for the next ones.
+    void TearDown() override
+    {
+        if (!keys.isOpen())
+            return;
+        for (const char *keysym : {"space", "Control_R", "Alt_R"})
+            keys.release(keysym);
+    }
 
     // Tests inject keys a few milliseconds apart, as a hand would.
     void press(const char *keysym)
