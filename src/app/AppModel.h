@@ -50,6 +50,7 @@ class AppModel : public QObject
     Q_PROPERTY(QString translationLanguageCode READ translationLanguageCode WRITE setTranslationLanguageCode NOTIFY translationLanguageCodeChanged)
     Q_PROPERTY(QString triggerDisplay READ triggerDisplay NOTIFY triggerDisplayChanged)
     Q_PROPERTY(QString triggerKey READ triggerKey WRITE setTriggerKey NOTIFY triggerDisplayChanged)
+    Q_PROPERTY(QVariantList triggerKeyChoices READ triggerKeyChoices CONSTANT)
     Q_PROPERTY(QString defaultStatusMessage READ defaultStatusMessage NOTIFY statusInputsChanged)
     Q_PROPERTY(bool requiresOnboarding READ requiresOnboarding NOTIFY statusInputsChanged)
     Q_PROPERTY(QString translationLanguageSummary READ translationLanguageSummary NOTIFY translationLanguageCodeChanged)
@@ -96,6 +97,8 @@ public:
     // The TriggerKey id; takes effect at once. An unknown id means the default key.
     [[nodiscard]] QString triggerKey() const;
     void setTriggerKey(const QString &id);
+    // Every TriggerKey as {id, displayName}, for a settings list.
+    [[nodiscard]] static QVariantList triggerKeyChoices();
 
     // ---- services start (idempotent)
     Q_INVOKABLE void startAppServices();

@@ -1,5 +1,6 @@
 #include "ModelFixture.h"
 
+#include "models/TriggerKey.h"
 #include "services/GlobalPushToTalkMonitor.h"
 #include "stores/PreferencesStore.h"
 
@@ -39,6 +40,11 @@ TEST_F(AppModelTriggerKeyTest, aNewTriggerTakesEffectAtOnceAndIsRemembered)
     EXPECT_EQ(display.count(), 1) << "an equal value wakes no observer";
     EXPECT_TRUE(model.services().pushToTalkMonitor->triggerState().isFnPressed) << "and ends no gesture";
     fixture.keyboard->trigger(false);
+
+    const QVariantList choices = model.property("triggerKeyChoices").toList();
+    ASSERT_EQ(choices.size(), TriggerKey::all().size());
+    EXPECT_EQ(choices[4].toMap().value("id"), QStringLiteral("scrollLock"));
+    EXPECT_EQ(choices[4].toMap().value("displayName"), QStringLiteral("Scroll Lock"));
 
     model.setTriggerKey(QStringLiteral("bogus"));
     EXPECT_EQ(model.triggerDisplay(), QStringLiteral("Right Ctrl"));
