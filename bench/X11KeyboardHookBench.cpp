@@ -2,7 +2,9 @@
 //  - trigger press (XTest) -> the monitor's triggerKeyChanged on the main thread;
 //  - trigger held, Space press -> the toggle-started handler;
 //  - plain Space press -> its arrival in a target application, with the hook
-//    installed and without it.
+//    installed and without it;
+//  - how soon after the trigger a Space is already taken (the grab follows the
+//    trigger's press, so a Space sent right after it can still leak).
 // Usage: bench_x11_keyboard_hook [iterations]
 #include "KeyEchoProcess.h"
 #include "XTestKeyboard.h"
@@ -83,6 +85,31 @@ std::vector<double> plainSpaceDelays(XTestKeyboard &keys, KeyEchoProcess &target
     return delays;
 }
 
+// Of `trials` trigger + Space gestures with the Space sent `gap` after the trigger,
+// how many Spaces reached the target.
+int leakedSpaces(XTestKeyboard &keys, KeyEchoProcess &target, std::chrono::microseconds gap, int trials)
+{
+    target.takeKeys(20);
+    for (int i = 0; i < trials; ++i) {
+        keys.press("Control_R");
+        const auto until = Clock::now() + gap;
+        while (Clock::now() < until) {
+        }
+        keys.press("space");
+        keys.release("space");
+        QTest::qWait(5);
+        keys.release("Control_R");
+        QTest::qWait(5);
+        keys.press("space"); // ends the toggle
+        keys.release("space");
+        QTest::qWait(10);
+    }
+    int leaked = 0;
+    for (const auto &key : target.takeKeys(100))
+        leaked += key.press && key.key == Qt::Key_Space;
+    return leaked;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -133,9 +160,15 @@ int main(int argc, char *argv[])
     target.takeKeys(50);
     const auto withHook = plainSpaceDelays(keys, target, iterations);
 
+    std::vector<std::pair<int, int>> leaks;
+    for (const int gapMicroseconds : {0, 250, 500, 1000, 2000, 5000})
+        leaks.emplace_back(gapMicroseconds, leakedSpaces(keys, target, std::chrono::microseconds(gapMicroseconds), 40));
+
     report("trigger press -> triggerKeyChanged", triggerLatencies);
     report("trigger + Space -> toggle-started handler", toggleLatencies);
     report("plain Space -> target, no hook", withoutHook);
     report("plain Space -> target, hook installed", withHook);
+    for (const auto &[gap, leaked] : leaks)
+        std::printf("Space %4d us after the trigger: %2d of 40 reached the target\n", gap, leaked);
     return 0;
 }
