@@ -62,7 +62,7 @@ protected:
     {
         if (!keys.isOpen())
             return;
-        for (const char *keysym : {"space", "Control_R", "Alt_R"})
+        for (const char *keysym : {"space", "Control_R", "Alt_R", "Menu"})
             keys.release(keysym);
     }
 
@@ -112,6 +112,25 @@ TEST_F(X11KeyboardHookTest, aHeldTriggerStartsAndEndsAHoldAndATapDoesNothing)
     release("Control_R");
     QTest::qWait(250);
     EXPECT_TRUE(events.isEmpty()) << events.join(' ').toStdString();
+}
+
+TEST_F(X11KeyboardHookTest, aModifierTriggerStaysWithTheApplicationsButMenuIsTaken)
+{
+    monitor.installMonitors();
+    press("Control_R");
+    release("Control_R");
+    EXPECT_TRUE(target.waitForKey(true, Qt::Key_Control).has_value()) << "Ctrl shortcuts keep working";
+
+    monitor.setTriggerKey(*TriggerKey::withId(QStringLiteral("menu")));
+    press("Menu");
+    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList{"holdStarted"}, 2000);
+    tapSpace();
+    release("Menu");
+    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList({"holdStarted", "toggleStarted"}), 2000);
+    tapSpace();
+    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList({"holdStarted", "toggleStarted", "toggleEnded"}), 2000);
+    for (const auto &key : target.takeKeys(150))
+        EXPECT_TRUE(key.key != Qt::Key_Menu && key.key != Qt::Key_Space) << "key " << key.key << " reached the target";
 }
 
 TEST_F(X11KeyboardHookTest, triggerPlusSpaceTogglesAndTheTargetNeverSeesThoseSpaces)

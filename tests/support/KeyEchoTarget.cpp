@@ -19,15 +19,14 @@ long long monotonicMicroseconds()
 class EchoLineEdit : public QLineEdit
 {
 protected:
-    void keyPressEvent(QKeyEvent *event) override
+    // Before QLineEdit's own handling, which keeps some keys (Menu) from keyPressEvent.
+    bool event(QEvent *event) override
     {
-        report("press", event);
-        QLineEdit::keyPressEvent(event);
-    }
-    void keyReleaseEvent(QKeyEvent *event) override
-    {
-        report("release", event);
-        QLineEdit::keyReleaseEvent(event);
+        if (event->type() == QEvent::KeyPress)
+            report("press", static_cast<QKeyEvent *>(event));
+        else if (event->type() == QEvent::KeyRelease)
+            report("release", static_cast<QKeyEvent *>(event));
+        return QLineEdit::event(event);
     }
     void focusInEvent(QFocusEvent *event) override
     {
@@ -52,6 +51,8 @@ int main(int argc, char *argv[])
     EchoLineEdit edit;
     edit.setWindowTitle(QStringLiteral("Key echo"));
     edit.resize(320, 40);
+    // A context menu would take the keyboard and hide the keys that follow.
+    edit.setContextMenuPolicy(Qt::NoContextMenu);
     edit.show();
     edit.activateWindow();
     return QApplication::exec();

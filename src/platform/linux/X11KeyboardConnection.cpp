@@ -37,6 +37,7 @@ struct X11KeyboardConnection::Private {
     std::vector<std::uint8_t> triggerKeycodes;
     std::uint8_t spaceKeycode = 0;
     bool spaceGrabbed = false;
+    std::vector<std::uint8_t> grabbedTriggerKeycodes;
     int refusedGrabs = 0;
 
     ~Private()
@@ -125,11 +126,13 @@ struct X11KeyboardConnection::Private {
             XEvent event;
             XNextEvent(display, &event);
             if (event.type == MappingNotify) {
-                // Space may have moved: release the old key before taking the new one.
+                // The keys may have moved: release the old ones before taking the new ones.
                 const bool wasGrabbed = spaceGrabbed;
                 setSpaceGrabbed(false);
+                ungrabTriggerKeys();
                 XRefreshKeyboardMapping(&event.xmapping);
                 resolveKeycodes();
+                grabTriggerKeysUnlessModifiers();
                 setSpaceGrabbed(wasGrabbed);
             } else if (event.xcookie.type == GenericEvent && event.xcookie.extension == xiOpcode
                        && XGetEventData(display, &event.xcookie)) {
@@ -137,6 +140,41 @@ struct X11KeyboardConnection::Private {
                 XFreeEventData(display, &event.xcookie);
             }
         }
+    }
+
+    static void grabEveryCombination(xcb_connection_t *connection, xcb_window_t window, std::uint8_t keycode)
+    {
+        for (int modifiers = 0; modifiers < modifierCombinations; ++modifiers)
+            xcb_grab_key(connection, 0, window, static_cast<std::uint16_t>(modifiers), keycode, XCB_GRAB_MODE_ASYNC,
+                         XCB_GRAB_MODE_ASYNC);
+    }
+
+    // A trigger like Menu would open context menus in the focused application: keys
+    // that are not modifiers are taken for good (raw events still report them). A
+    // modifier such as Right Ctrl stays with the applications for their shortcuts.
+    void grabTriggerKeysUnlessModifiers()
+    {
+        XModifierKeymap *modifiers = XGetModifierMapping(display);
+        if (!modifiers)
+            return;
+        const KeyCode *first = modifiers->modifiermap;
+        const KeyCode *last = first + 8 * modifiers->max_keypermod;
+        for (const std::uint8_t keycode : triggerKeycodes) {
+            if (std::find(first, last, keycode) == last && keycode != spaceKeycode) {
+                grabEveryCombination(grabber, root, keycode);
+                grabbedTriggerKeycodes.push_back(keycode);
+            }
+        }
+        XFreeModifiermap(modifiers);
+        xcb_flush(grabber);
+    }
+
+    void ungrabTriggerKeys()
+    {
+        for (const std::uint8_t keycode : grabbedTriggerKeycodes)
+            xcb_ungrab_key(grabber, keycode, root, XCB_MOD_MASK_ANY);
+        grabbedTriggerKeycodes.clear();
+        xcb_flush(grabber);
     }
 
     void setSpaceGrabbed(bool grabbed)
@@ -147,9 +185,7 @@ struct X11KeyboardConnection::Private {
         spaceGrabbed = grabbed;
         if (grabbed) {
             refusedGrabs = 0;
-            for (int modifiers = 0; modifiers < modifierCombinations; ++modifiers)
-                xcb_grab_key(grabber, 0, root, static_cast<std::uint16_t>(modifiers), spaceKeycode,
-                             XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+            grabEveryCombination(grabber, root, spaceKeycode);
         } else {
             xcb_ungrab_key(grabber, spaceKeycode, root, XCB_MOD_MASK_ANY);
         }
@@ -206,6 +242,7 @@ X11KeyboardConnection::OpenResult X11KeyboardConnection::open(const std::vector<
         xcb_screen_next(&screens);
     d->root = screens.data->root;
 
+    d->grabTriggerKeysUnlessModifiers();
     d->selectRawKeys();
     return OpenResult::ok;
 }
