@@ -48,7 +48,9 @@ class AppModel : public QObject
     Q_PROPERTY(bool autoCopyTranscript READ autoCopyTranscript WRITE setAutoCopyTranscript NOTIFY autoCopyTranscriptChanged)
     Q_PROPERTY(bool showMenuBarIcon READ showMenuBarIcon WRITE setShowMenuBarIcon NOTIFY showMenuBarIconChanged)
     Q_PROPERTY(QString translationLanguageCode READ translationLanguageCode WRITE setTranslationLanguageCode NOTIFY translationLanguageCodeChanged)
-    Q_PROPERTY(QString triggerDisplay READ triggerDisplay CONSTANT)
+    Q_PROPERTY(QString triggerDisplay READ triggerDisplay NOTIFY triggerDisplayChanged)
+    Q_PROPERTY(QString triggerKey READ triggerKey WRITE setTriggerKey NOTIFY triggerDisplayChanged)
+    Q_PROPERTY(QVariantList triggerKeyChoices READ triggerKeyChoices CONSTANT)
     Q_PROPERTY(QString defaultStatusMessage READ defaultStatusMessage NOTIFY statusInputsChanged)
     Q_PROPERTY(bool requiresOnboarding READ requiresOnboarding NOTIFY statusInputsChanged)
     Q_PROPERTY(QString translationLanguageSummary READ translationLanguageSummary NOTIFY translationLanguageCodeChanged)
@@ -92,6 +94,11 @@ public:
     void setShowMenuBarIcon(bool value);
     [[nodiscard]] const QString &translationLanguageCode() const { return m_translationLanguageCode; }
     void setTranslationLanguageCode(const QString &value);
+    // The TriggerKey id; takes effect at once. An unknown id means the default key.
+    [[nodiscard]] QString triggerKey() const;
+    void setTriggerKey(const QString &id);
+    // Every TriggerKey as {id, displayName}, for a settings list.
+    [[nodiscard]] static QVariantList triggerKeyChoices();
 
     // ---- services start (idempotent)
     Q_INVOKABLE void startAppServices();
@@ -183,6 +190,7 @@ Q_SIGNALS:
     void autoCopyTranscriptChanged();
     void showMenuBarIconChanged();
     void translationLanguageCodeChanged();
+    void triggerDisplayChanged();
     // Something the idle text or the onboarding condition depends on changed.
     void statusInputsChanged();
 

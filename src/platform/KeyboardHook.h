@@ -3,6 +3,8 @@
 #include <QString>
 #include <functional>
 
+struct TriggerKey;
+
 // System-wide observation of the trigger key and Space. Events are delivered on
 // the main thread.
 class KeyboardHook
@@ -21,7 +23,8 @@ public:
     virtual ~KeyboardHook() = default;
 
     // Starts delivering events. Throws QuorlaError::hotkeyRegistrationFailed with the
-    // platform's words when the keyboard cannot be observed.
+    // platform's words when the keyboard cannot be observed; also when it can be observed
+    // only in part, and then the hook stays installed (isInstalled() tells).
     virtual void install(Events events) = 0;
     // Stops delivering events and releases every grab; safe to call when not installed.
     virtual void uninstall() = 0;
@@ -31,4 +34,8 @@ public:
     virtual void setSpaceCaptureWanted(bool wanted) = 0;
     // The trigger key's name as shown to the user ("Fn", "Right Ctrl", ...).
     [[nodiscard]] virtual QString triggerDisplayName() const = 0;
+    // Watches another key from now on; a trigger held at that moment counts as released.
+    // When installed and the new key cannot be observed, throws like install() and is
+    // left uninstalled.
+    virtual void setTriggerKey(const TriggerKey &key) = 0;
 };

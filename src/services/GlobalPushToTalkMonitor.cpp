@@ -1,5 +1,6 @@
 #include "GlobalPushToTalkMonitor.h"
 
+#include "models/TriggerKey.h"
 #include "platform/KeyboardHook.h"
 #include "platform/Workspace.h"
 
@@ -49,6 +50,26 @@ void GlobalPushToTalkMonitor::stop()
     m_triggerState.reset();
     m_capturedTargetApplication.reset();
     m_hook->uninstall();
+}
+
+void GlobalPushToTalkMonitor::setTriggerKey(const TriggerKey &key)
+{
+    endGestureInProgress();
+    m_hook->setTriggerKey(key);
+}
+
+void GlobalPushToTalkMonitor::endGestureInProgress()
+{
+    const PushToTalkTriggerPhase phase = m_triggerState.phase;
+    m_holdTimer.stop();
+    m_triggerState.reset();
+    m_capturedTargetApplication.reset();
+    m_suppressSpaceKeyUp = false;
+    updateSpaceCapture();
+    if (phase == PushToTalkTriggerPhase::holdActive && holdEndedHandler)
+        holdEndedHandler();
+    if (phase == PushToTalkTriggerPhase::toggleActive && toggleEndedHandler)
+        toggleEndedHandler();
 }
 
 bool GlobalPushToTalkMonitor::handleSpaceDown(bool autoRepeat, bool triggerFlag)

@@ -12,6 +12,7 @@
 
 class KeyboardHook;
 class Workspace;
+struct TriggerKey;
 
 // Watches the trigger key and Space system-wide through the keyboard hook, feeds the
 // trigger state machine and carries out its actions: remembers the frontmost
@@ -40,6 +41,10 @@ public:
     void installMonitors();
     // Removes the hook, cancels the hold timer and resets the trigger state.
     void stop();
+    // Watches another trigger key at once. A dictation the old key started ends first
+    // (its handler is called), since the old key's release would never be seen.
+    // Throws QuorlaError::hotkeyRegistrationFailed when the new key cannot be observed.
+    void setTriggerKey(const TriggerKey &key);
 
     // Feeds one input and performs the returned actions in order.
     PushToTalkTriggerStateMachine::Actions apply(PushToTalkTriggerInput input);
@@ -57,6 +62,7 @@ private:
     bool handleSpaceDown(bool autoRepeat, bool triggerFlag);
     bool handleSpaceUp();
     void scheduleHoldStart();
+    void endGestureInProgress();
     void updateSpaceCapture();
 
     std::shared_ptr<KeyboardHook> m_hook;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "models/QuorlaError.h"
+#include "models/TriggerKey.h"
 #include "platform/KeyboardHook.h"
 
 #include <optional>
@@ -21,13 +22,24 @@ public:
     bool isInstalled() const override { return m_installed; }
     void setSpaceCaptureWanted(bool wanted) override { spaceCaptureWanted = wanted; }
     QString triggerDisplayName() const override { return triggerName; }
+    void setTriggerKey(const TriggerKey &key) override
+    {
+        triggerName = key.displayName;
+        triggerKeyId = key.id;
+        if (triggerKeyFailure) {
+            m_installed = false;
+            throw *triggerKeyFailure;
+        }
+    }
 
     void trigger(bool down) { m_events.triggerChanged(down); }
     bool spaceDown(bool autoRepeat = false, bool triggerFlag = false) { return m_events.spaceDown(autoRepeat, triggerFlag); }
     bool spaceUp() { return m_events.spaceUp(); }
 
     QString triggerName = QStringLiteral("Fn");
+    QString triggerKeyId;
     std::optional<QuorlaError> installFailure;
+    std::optional<QuorlaError> triggerKeyFailure;
     int installCount = 0;
     bool spaceCaptureWanted = false;
 

@@ -1,6 +1,7 @@
 #include "FakeKeyboardHook.h"
 #include "FakeWorkspace.h"
 
+#include "models/TriggerKey.h"
 #include "services/GlobalPushToTalkMonitor.h"
 
 #include <QTest>
@@ -99,6 +100,45 @@ TEST_F(GlobalPushToTalkMonitorTest, stopResetsEverything)
     EXPECT_TRUE(events.isEmpty());
     EXPECT_EQ(monitor.triggerState(), PushToTalkTriggerStateMachine{});
     EXPECT_EQ(monitor.capturedTargetApplication(), nullptr);
+    EXPECT_FALSE(monitor.isInstalled());
+}
+
+TEST_F(GlobalPushToTalkMonitorTest, changingTheTriggerEndsTheGestureItStarted)
+{
+    const TriggerKey menu = *TriggerKey::withId(QStringLiteral("menu"));
+    const struct {
+        const char *name;
+        std::function<void()> gesture;
+        QStringList expected;
+    } cases[] = {
+        {"idle", [] {}, {}},
+        {"pending hold", [this] { keyboard->trigger(true); }, {}},
+        {"hold", [this] { keyboard->trigger(true); monitor.apply(PushToTalkTriggerInput::holdDelayElapsed()); },
+         {"holdStarted", "holdEnded"}},
+        {"toggle", [this] { keyboard->trigger(true); keyboard->spaceDown(); keyboard->trigger(false); },
+         {"toggleStarted", "toggleEnded"}},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        events.clear();
+        c.gesture();
+        monitor.setTriggerKey(menu);
+        EXPECT_EQ(events, c.expected);
+        EXPECT_EQ(monitor.triggerState(), PushToTalkTriggerStateMachine{});
+        EXPECT_EQ(monitor.capturedTargetApplication(), nullptr);
+        EXPECT_FALSE(keyboard->spaceCaptureWanted);
+        EXPECT_EQ(monitor.shortcut().displayString, QStringLiteral("Menu"));
+        EXPECT_FALSE(keyboard->spaceUp()) << "a Space released after the change reaches the application";
+    }
+    events.clear();
+    QTest::qWait(150);
+    EXPECT_TRUE(events.isEmpty()) << "no timer of an earlier gesture fires";
+}
+
+TEST_F(GlobalPushToTalkMonitorTest, aTriggerTheKeyboardCannotSendIsReported)
+{
+    keyboard->triggerKeyFailure = QuorlaError::hotkeyRegistrationFailed(QStringLiteral("no such key"));
+    EXPECT_THROW(monitor.setTriggerKey(*TriggerKey::withId(QStringLiteral("fn"))), QuorlaError);
     EXPECT_FALSE(monitor.isInstalled());
 }
 

@@ -22,6 +22,7 @@ public:
     bool isInstalled() const override { return false; }
     void setSpaceCaptureWanted(bool) override {}
     QString triggerDisplayName() const override { return QStringLiteral("Right Ctrl"); }
+    void setTriggerKey(const TriggerKey &) override {}
 };
 
 class PlaceholderWorkspace : public Workspace

@@ -1,0 +1,275 @@
+// Xlib and xcb only: no Qt, no gtest in this file.
+#include "X11KeyboardConnection.h"
+
+#include <X11/Xlib.h>
+#include <X11/extensions/XInput2.h>
+#include <X11/extensions/XTest.h>
+#include <xcb/xcb.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <poll.h>
+
+namespace {
+
+constexpr int badAccess = 10;
+constexpr int modifierCombinations = 256; // Shift, Lock, Control, Mod1..Mod5
+
+bool endsWith(const char *name, const char *suffix)
+{
+    const std::string text(name ? name : "");
+    const std::string tail(suffix);
+    return text.size() >= tail.size() && text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
+}
+
+} // namespace
+
+struct X11KeyboardConnection::Private {
+    Display *display = nullptr;
+    // xcb for the grabs: its errors come back as values, so a refused combination needs
+    // no process-wide Xlib error handler.
+    xcb_connection_t *grabber = nullptr;
+    xcb_window_t root = 0;
+    int xiOpcode = 0;
+    bool acceptSynthesizedKeys = false;
+    std::vector<std::string> triggerKeysyms;
+    std::vector<int> xtestDevices;
+    std::vector<std::uint8_t> triggerKeycodes;
+    std::uint8_t spaceKeycode = 0;
+    bool spaceGrabbed = false;
+    std::vector<std::uint8_t> grabbedTriggerKeycodes;
+    int refusedGrabs = 0;
+
+    ~Private()
+    {
+        if (grabber)
+            xcb_disconnect(grabber);
+        if (display)
+            XCloseDisplay(display);
+    }
+
+    void resolveKeycodes()
+    {
+        triggerKeycodes.clear();
+        int minKeycode = 0;
+        int maxKeycode = 0;
+        XDisplayKeycodes(display, &minKeycode, &maxKeycode);
+        int perKeycode = 0;
+        KeySym *map = XGetKeyboardMapping(display, minKeycode, maxKeycode - minKeycode + 1, &perKeycode);
+        if (!map)
+            return;
+        for (const std::string &name : triggerKeysyms) {
+            const KeySym wanted = XStringToKeysym(name.c_str());
+            if (wanted == NoSymbol)
+                continue;
+            for (int keycode = minKeycode; keycode <= maxKeycode; ++keycode) {
+                if (map[(keycode - minKeycode) * perKeycode] == wanted)
+                    triggerKeycodes.push_back(static_cast<std::uint8_t>(keycode));
+            }
+            if (!triggerKeycodes.empty())
+                break;
+        }
+        XFree(map);
+        spaceKeycode = static_cast<std::uint8_t>(XKeysymToKeycode(display, XStringToKeysym("space")));
+    }
+
+    void findXTestDevices()
+    {
+        xtestDevices.clear();
+        int count = 0;
+        XIDeviceInfo *devices = XIQueryDevice(display, XIAllDevices, &count);
+        for (int i = 0; i < count; ++i) {
+            if (devices[i].use == XISlaveKeyboard && endsWith(devices[i].name, "XTEST keyboard"))
+                xtestDevices.push_back(devices[i].deviceid);
+        }
+        XIFreeDeviceInfo(devices);
+    }
+
+    void selectRawKeys()
+    {
+        unsigned char bits[XIMaskLen(XI_LASTEVENT)] = {};
+        XISetMask(bits, XI_RawKeyPress);
+        XISetMask(bits, XI_RawKeyRelease);
+        XIEventMask mask{XIAllMasterDevices, static_cast<int>(sizeof bits), bits};
+        XISelectEvents(display, DefaultRootWindow(display), &mask, 1);
+        // Hierarchy changes are only reported for XIAllDevices.
+        unsigned char hierarchyBits[XIMaskLen(XI_LASTEVENT)] = {};
+        XISetMask(hierarchyBits, XI_HierarchyChanged);
+        XIEventMask hierarchy{XIAllDevices, static_cast<int>(sizeof hierarchyBits), hierarchyBits};
+        XISelectEvents(display, DefaultRootWindow(display), &hierarchy, 1);
+        XSync(display, False);
+    }
+
+    void handleRawEvent(XGenericEventCookie *cookie, const std::function<void(const KeyEvent &)> &onKey)
+    {
+        if (cookie->evtype == XI_HierarchyChanged) {
+            findXTestDevices();
+            return;
+        }
+        if (cookie->evtype != XI_RawKeyPress && cookie->evtype != XI_RawKeyRelease)
+            return;
+        const auto *raw = static_cast<const XIRawEvent *>(cookie->data);
+        if (!acceptSynthesizedKeys
+            && std::find(xtestDevices.begin(), xtestDevices.end(), raw->sourceid) != xtestDevices.end())
+            return;
+        const auto keycode = static_cast<std::uint8_t>(raw->detail);
+        const bool press = cookie->evtype == XI_RawKeyPress;
+        if (std::find(triggerKeycodes.begin(), triggerKeycodes.end(), keycode) != triggerKeycodes.end())
+            onKey({Key::trigger, keycode, press});
+        else if (keycode == spaceKeycode)
+            onKey({Key::space, keycode, press});
+    }
+
+    void readEvents(const std::function<void(const KeyEvent &)> &onKey)
+    {
+        while (XPending(display) > 0) {
+            XEvent event;
+            XNextEvent(display, &event);
+            if (event.type == MappingNotify) {
+                // The keys may have moved: release the old ones before taking the new ones.
+                const bool wasGrabbed = spaceGrabbed;
+                setSpaceGrabbed(false);
+                ungrabTriggerKeys();
+                XRefreshKeyboardMapping(&event.xmapping);
+                resolveKeycodes();
+                grabTriggerKeysUnlessModifiers();
+                setSpaceGrabbed(wasGrabbed);
+            } else if (event.xcookie.type == GenericEvent && event.xcookie.extension == xiOpcode
+                       && XGetEventData(display, &event.xcookie)) {
+                handleRawEvent(&event.xcookie, onKey);
+                XFreeEventData(display, &event.xcookie);
+            }
+        }
+    }
+
+    static void grabEveryCombination(xcb_connection_t *connection, xcb_window_t window, std::uint8_t keycode)
+    {
+        for (int modifiers = 0; modifiers < modifierCombinations; ++modifiers)
+            xcb_grab_key(connection, 0, window, static_cast<std::uint16_t>(modifiers), keycode, XCB_GRAB_MODE_ASYNC,
+                         XCB_GRAB_MODE_ASYNC);
+    }
+
+    // A trigger like Menu would open context menus in the focused application: keys
+    // that are not modifiers are taken for good (raw events still report them). A
+    // modifier such as Right Ctrl stays with the applications for their shortcuts.
+    void grabTriggerKeysUnlessModifiers()
+    {
+        XModifierKeymap *modifiers = XGetModifierMapping(display);
+        if (!modifiers)
+            return;
+        const KeyCode *first = modifiers->modifiermap;
+        const KeyCode *last = first + 8 * modifiers->max_keypermod;
+        for (const std::uint8_t keycode : triggerKeycodes) {
+            if (std::find(first, last, keycode) == last && keycode != spaceKeycode) {
+                grabEveryCombination(grabber, root, keycode);
+                grabbedTriggerKeycodes.push_back(keycode);
+            }
+        }
+        XFreeModifiermap(modifiers);
+        xcb_flush(grabber);
+    }
+
+    void ungrabTriggerKeys()
+    {
+        for (const std::uint8_t keycode : grabbedTriggerKeycodes)
+            xcb_ungrab_key(grabber, keycode, root, XCB_MOD_MASK_ANY);
+        grabbedTriggerKeycodes.clear();
+        xcb_flush(grabber);
+    }
+
+    void setSpaceGrabbed(bool grabbed)
+    {
+        // Keycode 0 is AnyKey: a keymap without Space must not grab the whole keyboard.
+        if (grabbed == spaceGrabbed || !grabber || spaceKeycode == 0)
+            return;
+        spaceGrabbed = grabbed;
+        if (grabbed) {
+            refusedGrabs = 0;
+            grabEveryCombination(grabber, root, spaceKeycode);
+        } else {
+            xcb_ungrab_key(grabber, spaceKeycode, root, XCB_MOD_MASK_ANY);
+        }
+        xcb_flush(grabber);
+    }
+
+    // The grab connection receives the swallowed Spaces and the errors of refused grabs.
+    void drainGrabber()
+    {
+        while (xcb_generic_event_t *event = xcb_poll_for_event(grabber)) {
+            if (event->response_type == 0
+                && reinterpret_cast<xcb_generic_error_t *>(event)->error_code == badAccess)
+                ++refusedGrabs;
+            std::free(event);
+        }
+    }
+};
+
+X11KeyboardConnection::X11KeyboardConnection() : d(std::make_unique<Private>()) {}
+
+X11KeyboardConnection::~X11KeyboardConnection() = default;
+
+X11KeyboardConnection::OpenResult X11KeyboardConnection::open(const std::vector<std::string> &triggerKeysyms,
+                                                          bool acceptSynthesizedKeys)
+{
+    d = std::make_unique<Private>();
+    d->triggerKeysyms = triggerKeysyms;
+    d->acceptSynthesizedKeys = acceptSynthesizedKeys;
+    d->display = XOpenDisplay(nullptr);
+    if (!d->display)
+        return OpenResult::noDisplay;
+
+    int event = 0;
+    int error = 0;
+    int major = 2;
+    int minor = 2;
+    if (!XQueryExtension(d->display, "XInputExtension", &d->xiOpcode, &event, &error)
+        || XIQueryVersion(d->display, &major, &minor) != Success || major * 100 + minor < 202)
+        return OpenResult::noXInput2;
+    if (!XTestQueryExtension(d->display, &event, &error, &major, &minor))
+        return OpenResult::noXTest;
+
+    d->resolveKeycodes();
+    if (d->triggerKeycodes.empty())
+        return OpenResult::noTriggerKey;
+    d->findXTestDevices();
+
+    int screen = 0;
+    d->grabber = xcb_connect(DisplayString(d->display), &screen);
+    if (xcb_connection_has_error(d->grabber))
+        return OpenResult::noDisplay;
+    xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(d->grabber));
+    for (int i = 0; i < screen && screens.rem > 0; ++i)
+        xcb_screen_next(&screens);
+    d->root = screens.data->root;
+
+    d->grabTriggerKeysUnlessModifiers();
+    d->selectRawKeys();
+    return OpenResult::ok;
+}
+
+void X11KeyboardConnection::waitForKeys(int wakeFd, const std::function<void(const KeyEvent &)> &onKey)
+{
+    d->readEvents(onKey);
+    d->drainGrabber();
+    // A broken grab connection would report itself readable forever.
+    const int grabberFd = xcb_connection_has_error(d->grabber) ? -1 : xcb_get_file_descriptor(d->grabber);
+    pollfd fds[] = {
+        {ConnectionNumber(d->display), POLLIN, 0},
+        {grabberFd, POLLIN, 0},
+        {wakeFd, POLLIN, 0},
+    };
+    if (poll(fds, 3, -1) <= 0)
+        return;
+    d->readEvents(onKey);
+    d->drainGrabber();
+}
+
+void X11KeyboardConnection::setSpaceGrabbed(bool grabbed)
+{
+    d->setSpaceGrabbed(grabbed);
+}
+
+int X11KeyboardConnection::refusedSpaceGrabs() const
+{
+    return d->refusedGrabs;
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+// The X server side of the trigger hook, behind a plain interface (Xlib's macros break
+// Qt and gtest). Two connections: one watches XInput2 raw key events on the root
+// window, the other grabs Space, because a connection that holds a key grab receives
+// no raw events. Used by one thread at a time.
+class X11KeyboardConnection
+{
+public:
+    enum class OpenResult { ok, noDisplay, noXInput2, noXTest, noTriggerKey };
+    enum class Key : std::uint8_t { trigger, space };
+    struct KeyEvent {
+        Key key;
+        std::uint8_t keycode;
+        bool press;
+    };
+
+    X11KeyboardConnection();
+    // Closing both connections drops every grab they hold.
+    ~X11KeyboardConnection();
+    X11KeyboardConnection(const X11KeyboardConnection &) = delete;
+    X11KeyboardConnection &operator=(const X11KeyboardConnection &) = delete;
+
+    // Connects to $DISPLAY and starts watching the first of triggerKeysyms (keysym names,
+    // "Control_R") that some key of the current keymap produces. Keys from the XTEST
+    // devices, which is how Quorla types, are left out unless acceptSynthesizedKeys.
+    OpenResult open(const std::vector<std::string> &triggerKeysyms, bool acceptSynthesizedKeys);
+    // Waits until keys arrive or wakeFd becomes readable; reports each trigger and Space
+    // key in order. Call setSpaceGrabbed from onKey to act before the next key is read.
+    void waitForKeys(int wakeFd, const std::function<void(const KeyEvent &)> &onKey);
+    // Grabs Space under every modifier combination, one by one, so a combination another
+    // client holds costs only that combination; or releases them all.
+    void setSpaceGrabbed(bool grabbed);
+    // How many combinations other clients held at the last grab, as far as known yet.
+    [[nodiscard]] int refusedSpaceGrabs() const;
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
+};

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "models/TriggerKey.h"
+#include "platform/KeyboardHook.h"
+#include "services/SpaceCaptureTracker.h"
+
+#include <QObject>
+#include <atomic>
+#include <memory>
+#include <thread>
+
+class X11KeyboardConnection;
+
+// The trigger key and Space on an X11 desktop. A thread of its own watches XInput2 raw
+// key events and grabs Space exactly while a press would be consumed, deciding in key
+// order with a SpaceCaptureTracker; the main thread only receives the events. So a
+// busy or hung main thread never holds Space or delays a key: at worst the handlers
+// run late. A Space pressed within about a millisecond of the trigger can still reach
+// the application, since the grab is taken when the trigger's press is seen.
+class X11KeyboardHook : public KeyboardHook
+{
+public:
+    struct Options {
+        // Test hook: also watch keys from the XTEST devices, which is how tests inject
+        // keys. Quorla types through XTEST too, so the product leaves this off.
+        bool acceptSynthesizedKeys = false;
+    };
+
+    explicit X11KeyboardHook(TriggerKey trigger);
+    X11KeyboardHook(TriggerKey trigger, Options options);
+    ~X11KeyboardHook() override;
+
+    void install(Events events) override;
+    void uninstall() override;
+    [[nodiscard]] bool isInstalled() const override { return m_thread.joinable(); }
+    // Nothing to do: the X thread derives the same condition from the same keys, earlier.
+    void setSpaceCaptureWanted(bool) override {}
+    [[nodiscard]] QString triggerDisplayName() const override { return m_trigger.displayName; }
+    void setTriggerKey(const TriggerKey &key) override;
+
+private:
+    struct KeyReport;
+
+    void watchKeys();
+    void handleKeyOnXThread(std::uint8_t keycode, bool isTrigger, bool press);
+    void deliver(const KeyReport &report);
+
+    TriggerKey m_trigger;
+    Options m_options;
+    Events m_events;
+    std::unique_ptr<X11KeyboardConnection> m_connection;
+    // Lives on the main thread; the X thread posts the key reports to it.
+    std::unique_ptr<QObject> m_receiver;
+    std::thread m_thread;
+    int m_wakeFd = -1;
+    std::atomic<bool> m_stopping{false};
+    SpaceCaptureTracker m_tracker; // X thread only
+};
