@@ -28,6 +28,8 @@ ColumnLayout {
             placeholderText: "sk-proj-..."
             text: row.appModel.apiKeyDraft
             Accessible.name: "OpenAI API key"
+            // Qt 6.4 reports no name for a password field; the description still names it.
+            Accessible.description: "OpenAI API key"
             onTextEdited: row.appModel.apiKeyDraft = text
             onAccepted: row.appModel.saveAPIKey()
         }
