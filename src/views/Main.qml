@@ -14,6 +14,23 @@ ApplicationWindow {
     minimumWidth: 780
     minimumHeight: 620
     color: AppTheme.pageBackground
+    // The controls draw with the theme's colours, so they match the pages in both schemes.
+    palette.window: AppTheme.pageBackground
+    palette.windowText: AppTheme.primaryText
+    palette.base: AppTheme.surface
+    palette.alternateBase: AppTheme.secondarySurface
+    palette.text: AppTheme.primaryText
+    palette.button: AppTheme.secondarySurface
+    palette.buttonText: AppTheme.primaryText
+    palette.placeholderText: AppTheme.secondaryText
+    palette.highlight: AppTheme.accent
+    palette.highlightedText: AppTheme.surface
+    palette.mid: AppTheme.border
+    palette.toolTipBase: AppTheme.surface
+    palette.toolTipText: AppTheme.primaryText
+    palette.disabled.buttonText: AppTheme.secondaryText
+    palette.disabled.text: AppTheme.secondaryText
+    palette.disabled.windowText: AppTheme.secondaryText
 
     MainWindowPresenter { id: frame; objectName: "mainWindowPresenter"; model: window.appModel }
 

@@ -11,6 +11,7 @@ Rectangle {
 
     Layout.fillWidth: true
     Layout.preferredWidth: 1
+    Layout.fillHeight: true
     implicitHeight: column.implicitHeight + 28
     radius: 10
     color: AppTheme.secondarySurface
@@ -19,7 +20,9 @@ Rectangle {
 
     ColumnLayout {
         id: column
-        anchors.fill: parent
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.top: parent.top
         anchors.margins: 14
         spacing: 4
         Text { text: card.title; color: AppTheme.secondaryText }
