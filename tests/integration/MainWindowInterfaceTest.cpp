@@ -159,6 +159,21 @@ TEST_F(MainWindowInterface, grantingAPermissionTurnsItsRowReadyWhileTheSheetIsOp
     EXPECT_EQ(fixture.workspace->openedPanes, QStringList{QStringLiteral("Privacy_ListenEvent")});
 }
 
+TEST_F(MainWindowInterface, onboardingStaysHiddenWhenSetupIsComplete)
+{
+    AppModel &model = fixture.makeModel();
+    model.setApiKeyDraft(QStringLiteral("sk-proj-test"));
+    model.saveAPIKey();
+    if (model.requiresOnboarding())
+        GTEST_SKIP() << "saving the key is not available in this build";
+    ASSERT_TRUE(open(model));
+    QTest::qWait(300);
+    QObject *sheet = find(QStringLiteral("onboardingSheet"));
+    ASSERT_NE(sheet, nullptr);
+    EXPECT_FALSE(sheet->property("visible").toBool());
+    EXPECT_EQ(find(QStringLiteral("sidebarSetupRow"))->property("text").toString(), QStringLiteral("Setup complete"));
+}
+
 TEST_F(MainWindowInterface, dictionaryAddNeedsTheReplacementAndARefusedAddKeepsTheFields)
 {
     AppModel &model = fixture.makeModel();
