@@ -157,6 +157,14 @@ TEST_F(MainWindowInterface, grantingAPermissionTurnsItsRowReadyWhileTheSheetIsOp
     // The row's button reaches the desktop's settings place.
     click(findIn(find(QStringLiteral("permissionRow1")), QStringLiteral("actionButton")));
     EXPECT_EQ(fixture.workspace->openedPanes, QStringList{QStringLiteral("Privacy_ListenEvent")});
+
+    // Closed with its own button, the sheet comes back from the pinned sidebar row.
+    click(find(QStringLiteral("closeOnboardingButton")));
+    QTest::qWait(300);
+    EXPECT_FALSE(sheet->property("visible").toBool());
+    click(find(QStringLiteral("sidebarSetupRow")));
+    QTest::qWait(300);
+    EXPECT_TRUE(sheet->property("visible").toBool());
 }
 
 TEST_F(MainWindowInterface, onboardingStaysHiddenWhenSetupIsComplete)
