@@ -102,6 +102,15 @@ bool renderScheme(const QDir &directory, const QString &scheme)
         frame->setProperty("selectedSection", QString::fromLatin1(section));
         ok = save(window, directory, scheme + QLatin1Char('-') + QLatin1String(section)) && ok;
     }
+    // The Settings page is taller than the window: its lower half too.
+    if (QObject *page = named(window, QStringLiteral("settingsPage")).value(0)) {
+        auto *flickable = page->property("contentItem").value<QObject *>();
+        if (flickable) {
+            const qreal bottom = flickable->property("contentHeight").toReal() - flickable->property("height").toReal();
+            flickable->setProperty("contentY", std::max<qreal>(0, bottom));
+            ok = save(window, directory, scheme + QStringLiteral("-settings-lower")) && ok;
+        }
+    }
     return ok;
 }
 
