@@ -2,13 +2,13 @@
 #include "app/AppModel.h"
 #include "app/AppServicesFactory.h"
 #include "app/TranscribeCommand.h"
+#include "app/MainWindowController.h"
+#include "app/SingleInstance.h"
+#include "app/TrayIcon.h"
 #include "stores/PreferencesStore.h"
 
 #include <QApplication>
-#include <QLabel>
 #include <QNetworkAccessManager>
-#include <QVBoxLayout>
-#include <QWidget>
 
 int main(int argc, char *argv[])
 {
@@ -22,28 +22,23 @@ int main(int argc, char *argv[])
     // Closing the window never quits: Quorla keeps listening for the trigger.
     QApplication::setQuitOnLastWindowClosed(false);
 
+    SingleInstance instance(QStringLiteral(QUORLA_APP_ID), QDBusConnection::sessionBus());
+    if (instance.claim() == SingleInstance::Role::secondary)
+        return instance.activatePrimary() ? 0 : 1;
+
     auto preferences = std::make_shared<PreferencesStore>(PreferencesStore::defaultFilePath());
     const PlatformBackends backends = makePlatformBackends(*preferences);
     QNetworkAccessManager network;
     network.setTransferTimeout(60000);
-
     AppModel model(makeAppServices(backends, preferences, &network));
+
+    MainWindowController window(model);
+    TrayIcon tray(model);
+    QObject::connect(&instance, &SingleInstance::activationRequested, &window, &MainWindowController::show);
+    QObject::connect(&tray, &TrayIcon::openRequested, &window, &MainWindowController::show);
+    QObject::connect(&tray, &TrayIcon::quitRequested, &app, &QApplication::quit);
+
     model.startAppServices();
-
-    QWidget window;
-    window.setWindowTitle(QStringLiteral(QUORLA_APP_NAME));
-    auto *layout = new QVBoxLayout(&window);
-    auto *status = new QLabel(&window);
-    status->setWordWrap(true);
-    layout->addWidget(status);
-    const auto showStatus = [&] {
-        status->setText(model.errorMessage().value_or(model.statusMessage()));
-    };
-    QObject::connect(&model, &AppModel::statusMessageChanged, &window, showStatus);
-    QObject::connect(&model, &AppModel::errorMessageChanged, &window, showStatus);
-    showStatus();
-    window.resize(480, 160);
     window.show();
-
     return QApplication::exec();
 }

@@ -1,0 +1,93 @@
+// Start-up time to the window shown and to the tray icon ready, and resident memory
+// with the window open and 10 s after it was closed. Runs the real shell (window,
+// tray, model over the platform backends) on the current desktop; prints one line
+// per figure. Times count from the process's start (kernel start time) and from main().
+#include "app/AppModel.h"
+#include "app/AppServicesFactory.h"
+#include "app/MainWindowController.h"
+#include "app/TrayIcon.h"
+#include "stores/PreferencesStore.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QNetworkAccessManager>
+#include <QQuickWindow>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+
+// Milliseconds since the kernel started this process (10 ms resolution).
+double millisecondsSinceProcessStart()
+{
+    QFile stat(QStringLiteral("/proc/self/stat"));
+    QFile uptime(QStringLiteral("/proc/uptime"));
+    if (!stat.open(QIODevice::ReadOnly) || !uptime.open(QIODevice::ReadOnly))
+        return -1;
+    const QByteArray line = stat.readAll();
+    // Field 22 (starttime) counts after the parenthesised command name.
+    const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
+    const double startTicks = fields.value(19).toDouble();
+    const double now = uptime.readAll().split(' ').value(0).toDouble();
+    return (now - startTicks / double(sysconf(_SC_CLK_TCK))) * 1000.0;
+}
+
+double residentMegabytes()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray &line : status.readAll().split('\n'))
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024.0;
+    return -1;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const double beforeMain = millisecondsSinceProcessStart();
+    QElapsedTimer sinceMain;
+    sinceMain.start();
+    QApplication app(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    QTemporaryDir config;
+    auto preferences = std::make_shared<PreferencesStore>(config.filePath(QStringLiteral("preferences.json")));
+    preferences->setBool(QStringLiteral("showMenuBarIcon"), true);
+    const PlatformBackends backends = makePlatformBackends(*preferences);
+    QNetworkAccessManager network;
+    AppModel model(makeAppServices(backends, preferences, &network));
+
+    MainWindowController window(model);
+    TrayIcon tray(model);
+    std::printf("tray available: %s\n", QSystemTrayIcon::isSystemTrayAvailable() ? "yes" : "no");
+    std::printf("tray icon ready: %.1f ms after main, %.0f ms after process start\n", double(sinceMain.nsecsElapsed()) / 1e6,
+                beforeMain + double(sinceMain.nsecsElapsed()) / 1e6);
+    model.startAppServices();
+    window.show();
+
+    bool firstFrame = true;
+    QObject::connect(window.window(), &QQuickWindow::frameSwapped, &app, [&] {
+        if (!firstFrame)
+            return;
+        firstFrame = false;
+        const double shown = double(sinceMain.nsecsElapsed()) / 1e6;
+        std::printf("window shown (first frame): %.1f ms after main, %.0f ms after process start\n", shown,
+                    beforeMain + shown);
+        QTimer::singleShot(2000, &app, [&] {
+            std::printf("resident with the window open: %.1f MB\n", residentMegabytes());
+            window.close();
+            QTimer::singleShot(10000, &app, [&] {
+                std::printf("resident 10 s after closing: %.1f MB (window %s)\n", residentMegabytes(),
+                            window.isOpen() ? "still built" : "released");
+                QApplication::quit();
+            });
+        });
+    });
+    return QApplication::exec();
+}

@@ -1,0 +1,138 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Quorla.Views
+
+// Every preference, the API key, the service address and the permissions. Each
+// control writes its preference at once; only the key has a Save button.
+DetailPage {
+    id: page
+    required property QtObject appModel
+    title: "Settings"
+    subtitle: "Dictation, translation, your OpenAI key and the permissions Quorla uses."
+
+    SettingsPresenter { id: settings; objectName: "settingsPresenter"; model: page.appModel }
+    OnboardingPresenter { id: setup; model: page.appModel }
+
+    SectionCard {
+        title: "Dictation"
+        GridLayout {
+            Layout.fillWidth: true
+            columns: 2
+            columnSpacing: 16
+            rowSpacing: 10
+            Label { text: "Trigger key" }
+            ComboBox {
+                objectName: "triggerPicker"
+                Layout.fillWidth: true
+                model: settings.triggerChoices
+                currentIndex: settings.triggerIndex
+                enabled: settings.triggerChoices.length > 1
+                Accessible.name: "Trigger key"
+            }
+            Label { text: "Transcription" }
+            ComboBox {
+                objectName: "transcriptionModePicker"
+                Layout.fillWidth: true
+                model: settings.transcriptionModeChoices
+                currentIndex: settings.transcriptionModeIndex
+                Accessible.name: "Transcription mode"
+                onActivated: index => settings.transcriptionModeIndex = index
+            }
+        }
+        Switch {
+            objectName: "polishSwitch"
+            text: "Polish each transcript (fix punctuation and filler words)"
+            checked: page.appModel.shouldPolishTranscript
+            Accessible.name: "Polish transcripts"
+            onToggled: page.appModel.shouldPolishTranscript = checked
+        }
+        Label { text: "Polish instructions"; enabled: page.appModel.shouldPolishTranscript }
+        TextArea {
+            objectName: "polishPromptField"
+            Layout.fillWidth: true
+            Layout.preferredHeight: 80
+            enabled: page.appModel.shouldPolishTranscript
+            wrapMode: TextEdit.Wrap
+            placeholderText: "Optional: how the polish pass should treat your text"
+            text: page.appModel.polishPrompt
+            Accessible.name: "Polish instructions"
+            onTextChanged: if (activeFocus) page.appModel.polishPrompt = text
+        }
+        Switch {
+            objectName: "autoCopySwitch"
+            text: "Copy each transcript to the clipboard"
+            checked: page.appModel.autoCopyTranscript
+            Accessible.name: text
+            onToggled: page.appModel.autoCopyTranscript = checked
+        }
+        Switch {
+            objectName: "trayIconSwitch"
+            text: "Show Quorla in the tray"
+            checked: page.appModel.showMenuBarIcon
+            Accessible.name: text
+            onToggled: page.appModel.showMenuBarIcon = checked
+        }
+    }
+
+    SectionCard {
+        title: "Translation"
+        ComboBox {
+            objectName: "translationPicker"
+            Layout.fillWidth: true
+            model: settings.translationChoices
+            currentIndex: settings.translationIndex
+            Accessible.name: "Translate to"
+            onActivated: index => settings.translationIndex = index
+        }
+        Text {
+            objectName: "translationSummary"
+            Layout.fillWidth: true
+            text: page.appModel.translationLanguageSummary
+            color: AppTheme.secondaryText
+            wrapMode: Text.Wrap
+        }
+    }
+
+    SectionCard {
+        title: "OpenAI key"
+        CompactCredentialsRow {
+            appModel: page.appModel
+            presenter: setup
+            onHelpRequested: keyHelp.open()
+        }
+        Button {
+            objectName: "removeKeyButton"
+            text: "Remove Key"
+            enabled: page.appModel.hasStoredAPIKey
+            Accessible.name: text
+            onClicked: page.appModel.clearAPIKey()
+        }
+    }
+
+    SectionCard {
+        title: "Service address"
+        detail: "Leave empty to use OpenAI. Set it to use an OpenAI-compatible server."
+        TextField {
+            objectName: "serviceAddressField"
+            Layout.fillWidth: true
+            placeholderText: "https://api.openai.com"
+            text: settings.serviceAddress
+            Accessible.name: "Service address"
+            onTextEdited: settings.serviceAddress = text
+        }
+        InlineNotice {
+            objectName: "serviceAddressMessage"
+            Layout.fillWidth: true
+            visible: text.length > 0
+            text: settings.serviceAddressMessage
+        }
+    }
+
+    SectionCard {
+        title: "Permissions"
+        PermissionRowsColumn { presenter: setup }
+    }
+
+    OpenAIKeyHelpSheet { id: keyHelp; saveKeyStepText: setup.saveKeyStepText }
+}

@@ -1,0 +1,113 @@
+#include "SettingsPresenter.h"
+
+#include "app/AppModel.h"
+#include "models/TranscriptionMode.h"
+#include "services/TranslationLanguageCatalog.h"
+#include "stores/PreferencesStore.h"
+
+#include <QUrl>
+
+namespace {
+const QString apiBaseURLKey = QStringLiteral("apiBaseURL");
+}
+
+SettingsPresenter::SettingsPresenter(QObject *parent)
+    : ModelPresenter(parent)
+{
+    m_translationCodes << QString();
+    m_translationNames << QStringLiteral("Original language");
+    for (const auto &language : TranslationLanguageCatalog::sortedForDisplay(TranslationLanguageCatalog::all())) {
+        m_translationCodes << language.code;
+        m_translationNames << language.displayName;
+    }
+}
+
+void SettingsPresenter::observe(AppModel &model)
+{
+    connect(&model, &AppModel::translationLanguageCodeChanged, this, &SettingsPresenter::translationChanged);
+    connect(&model, &AppModel::transcriptionModeChanged, this, &SettingsPresenter::transcriptionModeChanged);
+    // Bindings read before the model arrived are stale now.
+    Q_EMIT translationChanged();
+    Q_EMIT transcriptionModeChanged();
+    Q_EMIT serviceAddressChanged();
+}
+
+QStringList SettingsPresenter::translationChoices() const
+{
+    return m_translationNames;
+}
+
+int SettingsPresenter::translationIndex() const
+{
+    if (!model())
+        return 0;
+    return std::max<int>(0, m_translationCodes.indexOf(model()->translationLanguageCode()));
+}
+
+void SettingsPresenter::setTranslationIndex(int index)
+{
+    if (model() && index >= 0 && index < m_translationCodes.size())
+        model()->setTranslationLanguageCode(m_translationCodes[index]);
+}
+
+QStringList SettingsPresenter::transcriptionModeChoices() const
+{
+    return {QStringLiteral("Fast (%1)").arg(transcriptionModelName(TranscriptionMode::fast)),
+            QStringLiteral("More accurate (%1)").arg(transcriptionModelName(TranscriptionMode::moreAccurate))};
+}
+
+int SettingsPresenter::transcriptionModeIndex() const
+{
+    return model() && model()->transcriptionMode() == TranscriptionMode::moreAccurate ? 1 : 0;
+}
+
+void SettingsPresenter::setTranscriptionModeIndex(int index)
+{
+    if (model() && index >= 0 && index < int(allTranscriptionModes.size()))
+        model()->setTranscriptionMode(allTranscriptionModes[index]);
+}
+
+QStringList SettingsPresenter::triggerChoices() const
+{
+    return model() ? QStringList{model()->triggerDisplay()} : QStringList();
+}
+
+int SettingsPresenter::triggerIndex() const
+{
+    return 0;
+}
+
+QString SettingsPresenter::serviceAddress() const
+{
+    if (!model())
+        return QString();
+    return model()->services().preferences->stringValue(apiBaseURLKey).value_or(QString());
+}
+
+void SettingsPresenter::setServiceAddress(const QString &address)
+{
+    if (!model() || address == serviceAddress())
+        return;
+    auto &preferences = *model()->services().preferences;
+    if (address.trimmed().isEmpty())
+        preferences.remove(apiBaseURLKey);
+    else
+        preferences.setString(apiBaseURLKey, address);
+    Q_EMIT serviceAddressChanged();
+}
+
+QString SettingsPresenter::serviceAddressMessage() const
+{
+    return serviceAddressMessage(serviceAddress());
+}
+
+QString SettingsPresenter::serviceAddressMessage(const QString &address)
+{
+    if (address.trimmed().isEmpty())
+        return QString();
+    const QUrl url(address.trimmed(), QUrl::StrictMode);
+    const QString scheme = url.scheme();
+    if (!url.isValid() || url.host().isEmpty() || (scheme != QLatin1String("https") && scheme != QLatin1String("http")))
+        return QStringLiteral("Enter an address that starts with https:// or http://, such as https://api.openai.com.");
+    return QString();
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "views/common/ModelPresenter.h"
+
+#include <QString>
+#include <QStringList>
+#include <QVariantList>
+
+// The Settings page's pickers and the service address. Every change is written
+// through the model (or the preferences store for the address) at once.
+class SettingsPresenter : public ModelPresenter
+{
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(QStringList translationChoices READ translationChoices CONSTANT)
+    Q_PROPERTY(int translationIndex READ translationIndex WRITE setTranslationIndex NOTIFY translationChanged)
+    Q_PROPERTY(QStringList transcriptionModeChoices READ transcriptionModeChoices CONSTANT)
+    Q_PROPERTY(int transcriptionModeIndex READ transcriptionModeIndex WRITE setTranscriptionModeIndex NOTIFY transcriptionModeChanged)
+    Q_PROPERTY(QStringList triggerChoices READ triggerChoices NOTIFY modelChanged)
+    Q_PROPERTY(int triggerIndex READ triggerIndex NOTIFY modelChanged)
+    Q_PROPERTY(QString serviceAddress READ serviceAddress WRITE setServiceAddress NOTIFY serviceAddressChanged)
+    Q_PROPERTY(QString serviceAddressMessage READ serviceAddressMessage NOTIFY serviceAddressChanged)
+
+public:
+    explicit SettingsPresenter(QObject *parent = nullptr);
+
+    // "Original language", then the catalog's languages by name.
+    [[nodiscard]] QStringList translationChoices() const;
+    [[nodiscard]] int translationIndex() const;
+    void setTranslationIndex(int index);
+    [[nodiscard]] QStringList transcriptionModeChoices() const;
+    [[nodiscard]] int transcriptionModeIndex() const;
+    void setTranscriptionModeIndex(int index);
+    [[nodiscard]] QStringList triggerChoices() const;
+    [[nodiscard]] int triggerIndex() const;
+    // The "apiBaseURL" preference; empty means the OpenAI default.
+    [[nodiscard]] QString serviceAddress() const;
+    void setServiceAddress(const QString &address);
+    // Why the address cannot be used, or empty.
+    [[nodiscard]] QString serviceAddressMessage() const;
+    static QString serviceAddressMessage(const QString &address);
+
+Q_SIGNALS:
+    void translationChanged();
+    void transcriptionModeChanged();
+    void serviceAddressChanged();
+
+protected:
+    void observe(AppModel &model) override;
+
+private:
+    QStringList m_translationCodes; // parallel to translationChoices; "" first
+    QStringList m_translationNames;
+};

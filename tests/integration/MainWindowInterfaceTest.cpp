@@ -1,0 +1,300 @@
+#include "ModelFixture.h"
+
+#include "app/MainWindowController.h"
+
+#include <QAccessible>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QSet>
+#include <QSignalSpy>
+#include <QTest>
+#include <gtest/gtest.h>
+
+namespace {
+
+// Every object of the scene: QObject children, visual children and open popups.
+void collect(QObject *object, QSet<QObject *> &seen, QList<QObject *> &out)
+{
+    if (!object || seen.contains(object))
+        return;
+    seen.insert(object);
+    out.append(object);
+    for (QObject *child : object->children())
+        collect(child, seen, out);
+    if (auto *item = qobject_cast<QQuickItem *>(object))
+        for (QQuickItem *child : item->childItems())
+            collect(child, seen, out);
+}
+
+// A combo box's own text field is named through the combo box.
+bool isInsideComboBox(QQuickItem *item)
+{
+    for (QQuickItem *parent = item->parentItem(); parent; parent = parent->parentItem())
+        if (parent->inherits("QQuickComboBox"))
+            return true;
+    return false;
+}
+
+// The real QML window over a model with fakes at the seams.
+class MainWindowInterface : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (qEnvironmentVariableIsEmpty("DISPLAY"))
+            GTEST_SKIP() << "needs the headless desktop";
+    }
+
+    QQuickWindow *open(AppModel &model)
+    {
+        m_controller = std::make_unique<MainWindowController>(model);
+        m_controller->show();
+        QQuickWindow *window = m_controller->window();
+        EXPECT_NE(window, nullptr);
+        if (window) {
+            EXPECT_TRUE(QTest::qWaitForWindowExposed(window));
+        }
+        return window;
+    }
+
+    QList<QObject *> scene() const
+    {
+        QSet<QObject *> seen;
+        QList<QObject *> out;
+        collect(m_controller->window(), seen, out);
+        if (m_controller->window())
+            collect(m_controller->window()->contentItem()->parentItem(), seen, out);
+        return out;
+    }
+
+    QObject *find(const QString &name) const
+    {
+        for (QObject *object : scene())
+            if (object->objectName() == name)
+                return object;
+        return nullptr;
+    }
+
+    QObject *findIn(QObject *root, const QString &name) const
+    {
+        QSet<QObject *> seen;
+        QList<QObject *> out;
+        collect(root, seen, out);
+        for (QObject *object : out)
+            if (object != root && object->objectName() == name)
+                return object;
+        return nullptr;
+    }
+
+    void click(QObject *object)
+    {
+        auto *item = qobject_cast<QQuickItem *>(object);
+        ASSERT_NE(item, nullptr);
+        const QPointF center = item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
+        QTest::mouseClick(m_controller->window(), Qt::LeftButton, {}, center.toPoint());
+        QTest::qWait(20);
+    }
+
+    void type(QObject *field, const QString &text)
+    {
+        QMetaObject::invokeMethod(field, "forceActiveFocus");
+        for (const QChar c : text)
+            QTest::keyClick(m_controller->window(), c.toLatin1());
+        QTest::qWait(20);
+    }
+
+    void selectSection(const char *key)
+    {
+        QObject *frame = find(QStringLiteral("mainWindowPresenter"));
+        ASSERT_NE(frame, nullptr);
+        frame->setProperty("selectedSection", QString::fromLatin1(key));
+        QTest::qWait(50);
+    }
+
+    void dismissOnboarding()
+    {
+        if (QObject *sheet = find(QStringLiteral("onboardingSheet")); sheet && sheet->property("visible").toBool()) {
+            QMetaObject::invokeMethod(sheet, "close");
+            QTest::qWait(300);
+        }
+    }
+
+    ModelFixture fixture;
+    std::unique_ptr<MainWindowController> m_controller;
+};
+
+TEST_F(MainWindowInterface, grantingAPermissionTurnsItsRowReadyWhileTheSheetIsOpen)
+{
+    fixture.audio->permission = PermissionState::denied;
+    fixture.accessibility->trusted = false;
+    AppModel &model = fixture.makeModel();
+    ASSERT_TRUE(open(model));
+    QTest::qWait(300);
+
+    QObject *sheet = find(QStringLiteral("onboardingSheet"));
+    ASSERT_NE(sheet, nullptr);
+    EXPECT_TRUE(sheet->property("visible").toBool());
+    QObject *microphone = find(QStringLiteral("permissionRow0"));
+    ASSERT_NE(microphone, nullptr);
+    EXPECT_EQ(microphone->property("statusText").toString(), QStringLiteral("Needs attention"));
+    EXPECT_TRUE(findIn(microphone, QStringLiteral("actionButton"))->property("highlighted").toBool());
+    QObject *accessibility = find(QStringLiteral("permissionRow2"));
+    ASSERT_NE(accessibility, nullptr);
+    EXPECT_EQ(accessibility->property("statusText").toString(), QStringLiteral("Insert off"));
+
+    fixture.audio->permission = PermissionState::authorized;
+    fixture.accessibility->trusted = true;
+    model.refreshPermissions(false);
+    QTest::qWait(50);
+
+    microphone = find(QStringLiteral("permissionRow0"));
+    ASSERT_NE(microphone, nullptr);
+    EXPECT_EQ(findIn(microphone, QStringLiteral("statusPill"))->property("text").toString(), QStringLiteral("Ready"));
+    EXPECT_FALSE(findIn(microphone, QStringLiteral("actionButton"))->property("highlighted").toBool());
+    EXPECT_EQ(find(QStringLiteral("permissionRow2"))->property("statusText").toString(), QStringLiteral("Ready"));
+    EXPECT_TRUE(sheet->property("visible").toBool());
+
+    // The row's button reaches the desktop's settings place.
+    click(findIn(find(QStringLiteral("permissionRow1")), QStringLiteral("actionButton")));
+    EXPECT_EQ(fixture.workspace->openedPanes, QStringList{QStringLiteral("Privacy_ListenEvent")});
+
+    // Closed with its own button, the sheet comes back from the pinned sidebar row.
+    click(find(QStringLiteral("closeOnboardingButton")));
+    QTest::qWait(300);
+    EXPECT_FALSE(sheet->property("visible").toBool());
+    click(find(QStringLiteral("sidebarSetupRow")));
+    QTest::qWait(300);
+    EXPECT_TRUE(sheet->property("visible").toBool());
+}
+
+TEST_F(MainWindowInterface, onboardingStaysHiddenWhenSetupIsComplete)
+{
+    AppModel &model = fixture.makeModel();
+    model.setApiKeyDraft(QStringLiteral("sk-proj-test"));
+    model.saveAPIKey();
+    if (model.requiresOnboarding())
+        GTEST_SKIP() << "saving the key is not available in this build";
+    ASSERT_TRUE(open(model));
+    QTest::qWait(300);
+    QObject *sheet = find(QStringLiteral("onboardingSheet"));
+    ASSERT_NE(sheet, nullptr);
+    EXPECT_FALSE(sheet->property("visible").toBool());
+    EXPECT_EQ(find(QStringLiteral("sidebarSetupRow"))->property("text").toString(), QStringLiteral("Setup complete"));
+}
+
+TEST_F(MainWindowInterface, dictionaryAddNeedsTheReplacementAndARefusedAddKeepsTheFields)
+{
+    AppModel &model = fixture.makeModel();
+    ASSERT_TRUE(open(model));
+    dismissOnboarding();
+    selectSection("dictionary");
+
+    QObject *term = find(QStringLiteral("termField"));
+    QObject *replacement = find(QStringLiteral("replacementField"));
+    QObject *add = find(QStringLiteral("addTermButton"));
+    ASSERT_TRUE(term && replacement && add);
+    EXPECT_FALSE(add->property("enabled").toBool());
+    EXPECT_FALSE(replacement->property("visible").toBool());
+    EXPECT_EQ(find(QStringLiteral("dictionarySummaryPill"))->property("text").toString(), QStringLiteral("0 saved"));
+
+    type(term, QStringLiteral("kwor la"));
+    EXPECT_TRUE(add->property("enabled").toBool());
+    click(find(QStringLiteral("useReplacementSwitch")));
+    EXPECT_TRUE(replacement->property("visible").toBool());
+    EXPECT_FALSE(add->property("enabled").toBool()) << "switch on, no replacement";
+    type(replacement, QStringLiteral("Quorla"));
+    EXPECT_TRUE(add->property("enabled").toBool());
+
+    click(add);
+    if (term->property("text").toString().isEmpty()) {
+        // Taken: the list shows it; the same term again is refused.
+        EXPECT_EQ(find(QStringLiteral("dictionarySummaryPill"))->property("text").toString(),
+                  QStringLiteral("1 saved"));
+        type(term, QStringLiteral("kwor la"));
+        type(replacement, QStringLiteral("Quorla"));
+        click(add);
+    }
+    EXPECT_EQ(term->property("text").toString(), QStringLiteral("kwor la"));
+    EXPECT_EQ(replacement->property("text").toString(), QStringLiteral("Quorla"));
+}
+
+TEST_F(MainWindowInterface, settingsSwitchesWriteThePreferencesAtOnce)
+{
+    AppModel &model = fixture.makeModel();
+    ASSERT_TRUE(open(model));
+    dismissOnboarding();
+    selectSection("settings");
+
+    ASSERT_FALSE(model.showMenuBarIcon());
+    click(find(QStringLiteral("trayIconSwitch")));
+    EXPECT_TRUE(model.showMenuBarIcon());
+    ASSERT_TRUE(model.autoCopyTranscript());
+    click(find(QStringLiteral("autoCopySwitch")));
+    EXPECT_FALSE(model.autoCopyTranscript());
+
+    QObject *summary = find(QStringLiteral("translationSummary"));
+    ASSERT_NE(summary, nullptr);
+    model.setTranslationLanguageCode(QStringLiteral("fr"));
+    QTest::qWait(20);
+    EXPECT_TRUE(summary->property("text").toString().contains(QLatin1String("French")));
+    EXPECT_EQ(find(QStringLiteral("translationPicker"))->property("currentText").toString(), QStringLiteral("French"));
+}
+
+TEST_F(MainWindowInterface, everyVisibleControlHasAnAccessibleName)
+{
+    AppModel &model = fixture.makeModel();
+    ASSERT_TRUE(open(model));
+    QTest::qWait(300);
+    const QSet<QAccessible::Role> controls{QAccessible::Button, QAccessible::CheckBox, QAccessible::EditableText,
+                                           QAccessible::ComboBox, QAccessible::PageTab, QAccessible::RadioButton};
+    for (const char *section : {"home", "dictionary", "settings"}) {
+        selectSection(section);
+        int checked = 0;
+        for (QObject *object : scene()) {
+            auto *item = qobject_cast<QQuickItem *>(object);
+            if (!item || !item->isVisible() || !item->window() || isInsideComboBox(item))
+                continue;
+            QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(item);
+            if (!accessible || !controls.contains(accessible->role()) || accessible->state().invisible)
+                continue;
+            ++checked;
+            // Qt 6.4 reports no name for a password field: it must carry a description.
+            const auto text = accessible->state().passwordEdit ? QAccessible::Description : QAccessible::Name;
+            EXPECT_FALSE(accessible->text(text).isEmpty())
+                << section << ": " << item->metaObject()->className() << " " << item->objectName().toStdString();
+        }
+        EXPECT_GT(checked, 3) << section;
+    }
+}
+
+TEST_F(MainWindowInterface, closingReleasesTheSceneAndShowBuildsItAgain)
+{
+    AppModel &model = fixture.makeModel();
+    ASSERT_TRUE(open(model));
+    QSignalSpy released(m_controller.get(), &MainWindowController::windowReleased);
+    m_controller->close();
+    ASSERT_TRUE(released.wait(2000));
+    EXPECT_FALSE(m_controller->isOpen());
+    EXPECT_EQ(m_controller->window(), nullptr);
+
+    m_controller->show();
+    ASSERT_NE(m_controller->window(), nullptr);
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(m_controller->window()));
+    EXPECT_EQ(m_controller->window()->title(), QStringLiteral("Quorla"));
+}
+
+TEST_F(MainWindowInterface, homeShowsUsageAndEmptyHistory)
+{
+    AppModel &model = fixture.makeModel();
+    ASSERT_TRUE(open(model));
+    EXPECT_EQ(findIn(find(QStringLiteral("timeSavedMetric")), QStringLiteral("metricValue"))->property("text"),
+              QStringLiteral("0 sec"));
+    EXPECT_TRUE(find(QStringLiteral("noUsageText"))->property("visible").toBool());
+    EXPECT_TRUE(find(QStringLiteral("emptyHistoryText"))->property("visible").toBool());
+    EXPECT_EQ(find(QStringLiteral("historySummaryPill"))->property("text").toString(), QStringLiteral("0 saved"));
+    EXPECT_EQ(find(QStringLiteral("pushToTalkHelp"))->property("text").toString(),
+              QStringLiteral("Hold Fn to record, or press Fn + Space to start and stop."));
+    EXPECT_FALSE(find(QStringLiteral("clearHistoryButton"))->property("enabled").toBool());
+}
+
+} // namespace

@@ -1,0 +1,59 @@
+// The tray item on the headless desktop's XEmbed tray. Runs in its own executable:
+// the menu is a widget, so it needs a QApplication.
+#include "ModelFixture.h"
+
+#include "app/TrayIcon.h"
+
+#include <QApplication>
+#include <QSignalSpy>
+#include <QTest>
+#include <gtest/gtest.h>
+
+namespace {
+
+QStringList actionTexts(QMenu &menu)
+{
+    QStringList texts;
+    for (QAction *action : menu.actions())
+        texts << (action->isSeparator() && action->text().isEmpty() ? QStringLiteral("---") : action->text());
+    return texts;
+}
+
+TEST(TrayIcon, followsThePreferenceAndOffersRecentOpenAndQuit)
+{
+    if (!QSystemTrayIcon::isSystemTrayAvailable())
+        GTEST_SKIP() << "needs the headless desktop's tray";
+    ModelFixture fixture;
+    AppModel &model = fixture.makeModel();
+    TrayIcon tray(model);
+    EXPECT_FALSE(tray.isShown()) << "off by default";
+    EXPECT_EQ(tray.symbol(), QStringLiteral("waveform.mid"));
+
+    QSignalSpy shown(&tray, &TrayIcon::shown);
+    model.setShowMenuBarIcon(true);
+    EXPECT_TRUE(tray.isShown());
+    EXPECT_EQ(shown.count(), 1);
+    model.setShowMenuBarIcon(false);
+    EXPECT_FALSE(tray.isShown());
+
+    EXPECT_EQ(actionTexts(tray.menu()), (QStringList{QStringLiteral("Recent"), QStringLiteral("No recent dictations"),
+                                                     QStringLiteral("---"), QStringLiteral("Open Quorla"),
+                                                     QStringLiteral("Quit")}));
+    EXPECT_FALSE(tray.menu().actions().at(1)->isEnabled());
+
+    QSignalSpy open(&tray, &TrayIcon::openRequested);
+    QSignalSpy quit(&tray, &TrayIcon::quitRequested);
+    tray.menu().actions().at(3)->trigger();
+    tray.menu().actions().at(4)->trigger();
+    EXPECT_EQ(open.count(), 1);
+    EXPECT_EQ(quit.count(), 1);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QApplication app(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

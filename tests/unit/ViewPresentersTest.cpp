@@ -1,0 +1,139 @@
+#include "ModelFixture.h"
+
+#include "models/AppSection.h"
+#include "stores/PreferencesStore.h"
+#include "views/MainWindowPresenter.h"
+#include "views/icons/SymbolIcon.h"
+#include "views/settings/SettingsPresenter.h"
+#include "views/theme/AppTheme.h"
+
+#include <QFile>
+#include <QPalette>
+#include <QSignalSpy>
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(SettingsPresenter, translationPickerStartsWithTheOriginalLanguageAndWritesTheModel)
+{
+    ModelFixture fixture;
+    AppModel &model = fixture.makeModel();
+    SettingsPresenter settings;
+    settings.setModelObject(&model);
+    const QStringList choices = settings.translationChoices();
+    ASSERT_GT(choices.size(), 10);
+    EXPECT_EQ(choices.first(), QStringLiteral("Original language"));
+    EXPECT_EQ(settings.translationIndex(), 0);
+
+    const int german = int(choices.indexOf(QStringLiteral("German")));
+    ASSERT_GT(german, 0);
+    settings.setTranslationIndex(german);
+    EXPECT_EQ(model.translationLanguageCode(), QStringLiteral("de"));
+    EXPECT_EQ(settings.translationIndex(), german);
+    settings.setTranslationIndex(0);
+    EXPECT_TRUE(model.translationLanguageCode().isEmpty());
+    settings.setTranslationIndex(int(choices.size()));
+    EXPECT_TRUE(model.translationLanguageCode().isEmpty());
+}
+
+TEST(SettingsPresenter, transcriptionModeAndServiceAddressPersist)
+{
+    ModelFixture fixture;
+    AppModel &model = fixture.makeModel();
+    SettingsPresenter settings;
+    settings.setModelObject(&model);
+    settings.setTranscriptionModeIndex(1);
+    EXPECT_EQ(model.transcriptionMode(), TranscriptionMode::moreAccurate);
+
+    settings.setServiceAddress(QStringLiteral("http://127.0.0.1:8080"));
+    PreferencesStore reread(fixture.preferencesPath());
+    EXPECT_EQ(reread.stringValue(QStringLiteral("apiBaseURL")), QStringLiteral("http://127.0.0.1:8080"));
+    settings.setServiceAddress(QStringLiteral("  "));
+    EXPECT_FALSE(PreferencesStore(fixture.preferencesPath()).contains(QStringLiteral("apiBaseURL")));
+}
+
+TEST(SettingsPresenter, serviceAddressMessage)
+{
+    EXPECT_TRUE(SettingsPresenter::serviceAddressMessage(QString()).isEmpty());
+    EXPECT_TRUE(SettingsPresenter::serviceAddressMessage(QStringLiteral("https://api.openai.com")).isEmpty());
+    EXPECT_TRUE(SettingsPresenter::serviceAddressMessage(QStringLiteral("http://127.0.0.1:9000/v1")).isEmpty());
+    for (const char *bad : {"api.openai.com", "ftp://example.com", "https://", "http:// spaced.example"})
+        EXPECT_FALSE(SettingsPresenter::serviceAddressMessage(QString::fromUtf8(bad)).isEmpty()) << bad;
+}
+
+TEST(MainWindowPresenter, sectionsInSidebarOrder)
+{
+    MainWindowPresenter frame;
+    const auto sections = frame.sections();
+    ASSERT_EQ(sections.size(), 3);
+    const QStringList titles{QStringLiteral("Quorla"), QStringLiteral("Dictionary"), QStringLiteral("Settings")};
+    const QStringList symbols{QStringLiteral("waveform.mid"), QStringLiteral("book.closed"), QStringLiteral("gearshape")};
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(sections[i].toMap().value(QStringLiteral("title")).toString(), titles[i]);
+        EXPECT_EQ(sections[i].toMap().value(QStringLiteral("symbol")).toString(), symbols[i]);
+    }
+    frame.setSelectedSection(QStringLiteral("settings"));
+    EXPECT_EQ(frame.selectedIndex(), 2);
+    frame.setSelectedSection(QStringLiteral("nowhere"));
+    EXPECT_EQ(frame.selectedSection(), QStringLiteral("settings"));
+}
+
+TEST(MainWindowPresenter, onboardingIsPresentedOnceAndNeverHiddenByTheCheck)
+{
+    ModelFixture fixture;
+    AppModel &model = fixture.makeModel();
+    ASSERT_TRUE(model.requiresOnboarding()) << "no key saved yet";
+    MainWindowPresenter frame;
+    frame.setModelObject(&model);
+    QSignalSpy presented(&frame, &MainWindowPresenter::onboardingPresentedChanged);
+    frame.presentOnboardingIfNeeded();
+    frame.presentOnboardingIfNeeded();
+    EXPECT_TRUE(frame.onboardingPresented());
+    EXPECT_EQ(presented.count(), 1);
+    frame.dismissOnboarding();
+    EXPECT_FALSE(frame.onboardingPresented());
+}
+
+TEST(MainWindowPresenter, completeSetupNeverPresentsOnboarding)
+{
+    ModelFixture fixture;
+    AppModel &model = fixture.makeModel();
+    model.setApiKeyDraft(QStringLiteral("sk-proj-test"));
+    model.saveAPIKey();
+    if (model.requiresOnboarding())
+        GTEST_SKIP() << "saving the key is not available in this build";
+    MainWindowPresenter frame;
+    frame.setModelObject(&model);
+    frame.contentAppeared();
+    frame.presentOnboardingIfNeeded();
+    EXPECT_FALSE(frame.onboardingPresented());
+    EXPECT_EQ(frame.setupRowText(), QStringLiteral("Setup complete"));
+}
+
+TEST(AppTheme, darkFollowsTheWindowColour)
+{
+    QPalette light;
+    light.setColor(QPalette::Window, QColor(0xef, 0xef, 0xef));
+    QPalette dark;
+    dark.setColor(QPalette::Window, QColor(0x2a, 0x2a, 0x2e));
+    EXPECT_FALSE(AppTheme::isDarkPalette(light));
+    EXPECT_TRUE(AppTheme::isDarkPalette(dark));
+}
+
+TEST(SymbolIcon, everySymbolOfTheInterfaceHasANameAndABundledPicture)
+{
+    for (const char *symbol : {"waveform.mid", "waveform.badge.microphone", "book.closed", "gearshape",
+                               "arrow.turn.down.right", "questionmark.circle", "key.fill", "xmark", "creditcard",
+                               "book", "exclamationmark.triangle.fill", "doc.on.doc"}) {
+        const QString name = QString::fromLatin1(symbol);
+        EXPECT_TRUE(SymbolIcon::freedesktopName(name).endsWith(QLatin1String("-symbolic"))) << symbol;
+        EXPECT_TRUE(QFile::exists(SymbolIcon::bundledPath(name))) << symbol;
+        EXPECT_FALSE(SymbolIcon::tintedPixmap(name, 16, Qt::red).isNull()) << symbol;
+    }
+    EXPECT_TRUE(SymbolIcon::freedesktopName(QStringLiteral("no.such.symbol")).isEmpty());
+    // The recording picture differs from the idle one.
+    EXPECT_NE(SymbolIcon::bundledPath(QStringLiteral("waveform.mid")),
+              SymbolIcon::bundledPath(QStringLiteral("waveform.badge.microphone")));
+}
+
+} // namespace
