@@ -110,7 +110,7 @@ void MainWindowPresenter::dismissOnboarding()
 void MainWindowPresenter::checkForUpdates()
 {
     if (model())
-        model()->checkForAppUpdate();
+        model()->checkForUpdates();
 }
 
 void MainWindowPresenter::quit()
