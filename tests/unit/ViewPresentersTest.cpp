@@ -1,6 +1,7 @@
 #include "ModelFixture.h"
 
 #include "models/AppSection.h"
+#include "models/TriggerKey.h"
 #include "stores/PreferencesStore.h"
 #include "views/MainWindowPresenter.h"
 #include "views/icons/SymbolIcon.h"
@@ -50,6 +51,26 @@ TEST(SettingsPresenter, transcriptionModeAndServiceAddressPersist)
     EXPECT_EQ(reread.stringValue(QStringLiteral("apiBaseURL")), QStringLiteral("http://127.0.0.1:8080"));
     settings.setServiceAddress(QStringLiteral("  "));
     EXPECT_FALSE(PreferencesStore(fixture.preferencesPath()).contains(QStringLiteral("apiBaseURL")));
+}
+
+TEST(SettingsPresenter, triggerPickerListsEveryKeyAndChangesTheTriggerAtOnce)
+{
+    ModelFixture fixture;
+    AppModel &model = fixture.makeModel();
+    SettingsPresenter settings;
+    settings.setModelObject(&model);
+    const QStringList choices = settings.triggerChoices();
+    ASSERT_EQ(choices.size(), TriggerKey::all().size());
+    EXPECT_EQ(choices.at(settings.triggerIndex()), TriggerKey::defaultKey().displayName);
+
+    const int pause = int(choices.indexOf(QStringLiteral("Pause")));
+    ASSERT_GE(pause, 0);
+    settings.setTriggerIndex(pause);
+    EXPECT_EQ(settings.triggerIndex(), pause);
+    EXPECT_EQ(PreferencesStore(fixture.preferencesPath()).stringValue(TriggerKey::preferenceKey),
+              TriggerKey::all().at(pause).id);
+    settings.setTriggerIndex(int(choices.size()));
+    EXPECT_EQ(settings.triggerIndex(), pause);
 }
 
 TEST(SettingsPresenter, serviceAddressMessage)

@@ -27,8 +27,8 @@ DetailPage {
                 Layout.fillWidth: true
                 model: settings.triggerChoices
                 currentIndex: settings.triggerIndex
-                enabled: settings.triggerChoices.length > 1
                 Accessible.name: "Trigger key"
+                onActivated: index => settings.triggerIndex = index
             }
             Label { text: "Transcription" }
             ComboBox {

@@ -2,6 +2,7 @@
 
 #include "app/AppModel.h"
 #include "models/TranscriptionMode.h"
+#include "models/TriggerKey.h"
 #include "services/TranslationLanguageCatalog.h"
 #include "stores/PreferencesStore.h"
 
@@ -26,6 +27,7 @@ void SettingsPresenter::observe(AppModel &model)
 {
     connect(&model, &AppModel::translationLanguageCodeChanged, this, &SettingsPresenter::translationChanged);
     connect(&model, &AppModel::transcriptionModeChanged, this, &SettingsPresenter::transcriptionModeChanged);
+    connect(&model, &AppModel::triggerDisplayChanged, this, &SettingsPresenter::triggerChanged);
     // Bindings read before the model arrived are stale now.
     Q_EMIT translationChanged();
     Q_EMIT transcriptionModeChanged();
@@ -69,12 +71,30 @@ void SettingsPresenter::setTranscriptionModeIndex(int index)
 
 QStringList SettingsPresenter::triggerChoices() const
 {
-    return model() ? QStringList{model()->triggerDisplay()} : QStringList();
+    QStringList names;
+    for (const TriggerKey &key : TriggerKey::all())
+        names.append(key.displayName);
+    return names;
 }
 
 int SettingsPresenter::triggerIndex() const
 {
+    if (!model())
+        return 0;
+    const QString current = model()->triggerKey();
+    const auto &keys = TriggerKey::all();
+    for (qsizetype i = 0; i < keys.size(); ++i) {
+        if (keys[i].id == current)
+            return int(i);
+    }
     return 0;
+}
+
+void SettingsPresenter::setTriggerIndex(int index)
+{
+    const auto &keys = TriggerKey::all();
+    if (model() && index >= 0 && index < keys.size())
+        model()->setTriggerKey(keys[index].id);
 }
 
 QString SettingsPresenter::serviceAddress() const

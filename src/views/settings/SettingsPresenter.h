@@ -16,8 +16,8 @@ class SettingsPresenter : public ModelPresenter
     Q_PROPERTY(int translationIndex READ translationIndex WRITE setTranslationIndex NOTIFY translationChanged)
     Q_PROPERTY(QStringList transcriptionModeChoices READ transcriptionModeChoices CONSTANT)
     Q_PROPERTY(int transcriptionModeIndex READ transcriptionModeIndex WRITE setTranscriptionModeIndex NOTIFY transcriptionModeChanged)
-    Q_PROPERTY(QStringList triggerChoices READ triggerChoices NOTIFY modelChanged)
-    Q_PROPERTY(int triggerIndex READ triggerIndex NOTIFY modelChanged)
+    Q_PROPERTY(QStringList triggerChoices READ triggerChoices CONSTANT)
+    Q_PROPERTY(int triggerIndex READ triggerIndex WRITE setTriggerIndex NOTIFY triggerChanged)
     Q_PROPERTY(QString serviceAddress READ serviceAddress WRITE setServiceAddress NOTIFY serviceAddressChanged)
     Q_PROPERTY(QString serviceAddressMessage READ serviceAddressMessage NOTIFY serviceAddressChanged)
 
@@ -33,6 +33,7 @@ public:
     void setTranscriptionModeIndex(int index);
     [[nodiscard]] QStringList triggerChoices() const;
     [[nodiscard]] int triggerIndex() const;
+    void setTriggerIndex(int index);
     // The "apiBaseURL" preference; empty means the OpenAI default.
     [[nodiscard]] QString serviceAddress() const;
     void setServiceAddress(const QString &address);
@@ -43,6 +44,7 @@ public:
 Q_SIGNALS:
     void translationChanged();
     void transcriptionModeChanged();
+    void triggerChanged();
     void serviceAddressChanged();
 
 protected:
