@@ -1,7 +1,6 @@
 #include "platform/PlatformBackends.h"
 
 #include "platform/linux/AtSpiAccessibility.h"
-#include "platform/linux/PlaceholderBackends.h"
 #include "platform/linux/XkbInputSourceProvider.h"
 #include "platform/linux/SecretServiceCredentialStore.h"
 #include "platform/linux/X11KeySynthesizer.h"
