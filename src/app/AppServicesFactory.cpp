@@ -18,7 +18,8 @@ AppServices makeAppServices(const PlatformBackends &backends, std::shared_ptr<Pr
     AppServices services;
     services.words = &PlatformWords::current();
     services.audioRecorder = std::make_shared<AudioRecorder>(backends.audioCapture);
-    services.openAIClient = std::make_shared<OpenAIClient>(network, ServiceAddress::configuredAPIBaseURL(*preferences));
+    services.openAIClient = std::make_shared<OpenAIClient>(
+        network, OpenAIClient::BaseURLSource([preferences] { return ServiceAddress::configuredAPIBaseURL(*preferences); }));
     services.keychainStore = std::make_shared<KeychainStore>(backends.credentialStore,
                                                              QStringLiteral(QUORLA_APP_ID), *services.words);
     services.pushToTalkMonitor = std::make_shared<GlobalPushToTalkMonitor>(backends.keyboardHook, backends.workspace);

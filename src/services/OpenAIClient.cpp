@@ -68,19 +68,27 @@ QByteArray bearer(const QString &apiKey)
 
 } // namespace
 
-OpenAIClient::OpenAIClient(QNetworkAccessManager *network, QUrl baseURL, std::chrono::milliseconds transferTimeout)
+OpenAIClient::OpenAIClient(QNetworkAccessManager *network, BaseURLSource baseURL,
+                           std::chrono::milliseconds transferTimeout)
     : m_network(network)
     , m_baseURL(std::move(baseURL))
     , m_transferTimeout(transferTimeout)
 {
 }
 
+OpenAIClient::OpenAIClient(QNetworkAccessManager *network, const QUrl &baseURL,
+                           std::chrono::milliseconds transferTimeout)
+    : OpenAIClient(network, BaseURLSource([baseURL] { return baseURL; }), transferTimeout)
+{
+}
+
 QNetworkRequest OpenAIClient::apiRequest(const QString &path, const QString &apiKey) const
 {
     // The key never leaves this machine unencrypted.
-    if (const auto refusal = ServiceAddress::refusalForAPIKey(m_baseURL))
+    const QUrl baseURL = m_baseURL();
+    if (const auto refusal = ServiceAddress::refusalForAPIKey(baseURL))
         throw QuorlaError::apiFailure(*refusal);
-    QNetworkRequest request(ServiceAddress::endpointURL(m_baseURL, path));
+    QNetworkRequest request(ServiceAddress::endpointURL(baseURL, path));
     request.setTransferTimeout(int(m_transferTimeout.count()));
     // A redirect must not carry the key to another address.
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);

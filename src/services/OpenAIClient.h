@@ -6,6 +6,7 @@
 #include <QJsonObject>
 #include <QUrl>
 #include <chrono>
+#include <functional>
 
 class QNetworkAccessManager;
 class QNetworkRequest;
@@ -16,10 +17,14 @@ struct HttpReply;
 class OpenAIClient : public SpeechService
 {
 public:
-    OpenAIClient(QNetworkAccessManager *network, QUrl baseURL,
+    // The base address is asked for at every request, so a changed setting takes
+    // effect with the next dictation.
+    using BaseURLSource = std::function<QUrl()>;
+    OpenAIClient(QNetworkAccessManager *network, BaseURLSource baseURL,
+                 std::chrono::milliseconds transferTimeout = std::chrono::seconds(60));
+    OpenAIClient(QNetworkAccessManager *network, const QUrl &baseURL,
                  std::chrono::milliseconds transferTimeout = std::chrono::seconds(60));
 
-    [[nodiscard]] const QUrl &baseURL() const { return m_baseURL; }
     [[nodiscard]] const QString &polishModel() const { return m_polishModel; }
     [[nodiscard]] const QString &translationModel() const { return m_translationModel; }
 
@@ -47,7 +52,7 @@ private:
     QCoro::Task<QString> completeChat(QString model, QString instructions, QString transcript, QString apiKey);
 
     QNetworkAccessManager *m_network;
-    QUrl m_baseURL;
+    BaseURLSource m_baseURL;
     std::chrono::milliseconds m_transferTimeout;
     QString m_polishModel = QStringLiteral("gpt-5.4-nano");
     QString m_translationModel = QStringLiteral("gpt-5.4-nano");

@@ -29,6 +29,11 @@ bool isLoopbackHost(const QString &host)
 
 } // namespace
 
+QString apiBaseURLPreferenceKey()
+{
+    return QStringLiteral("apiBaseURL");
+}
+
 QUrl defaultAPIBaseURL()
 {
     return QUrl(QStringLiteral("https://api.openai.com"));
@@ -54,12 +59,18 @@ QUrl normalizedLatestReleaseURL(const std::optional<QString> &preferenceValue)
     return usableAddress(preferenceValue).value_or(defaultLatestReleaseURL());
 }
 
+std::optional<QUrl> environmentAPIBaseURL()
+{
+    if (!qEnvironmentVariableIsSet("QUORLA_API_BASE_URL"))
+        return std::nullopt;
+    return usableAddress(qEnvironmentVariable("QUORLA_API_BASE_URL"));
+}
+
 QUrl configuredAPIBaseURL(const PreferencesStore &preferences)
 {
-    const std::optional<QString> environment = qEnvironmentVariableIsSet("QUORLA_API_BASE_URL")
-        ? std::optional(qEnvironmentVariable("QUORLA_API_BASE_URL"))
-        : std::nullopt;
-    return normalizedAPIBaseURL(environment, preferences.stringValue(QStringLiteral("apiBaseURL")));
+    if (const auto environment = environmentAPIBaseURL())
+        return *environment;
+    return normalizedAPIBaseURL(std::nullopt, preferences.stringValue(apiBaseURLPreferenceKey()));
 }
 
 QUrl configuredLatestReleaseURL(const PreferencesStore &preferences)
@@ -76,6 +87,17 @@ QUrl endpointURL(const QUrl &baseURL, const QString &path)
     url.setPath(prefix + path);
     url.setFragment(QString());
     return url;
+}
+
+std::optional<QString> problemWith(const QString &typedAddress)
+{
+    if (typedAddress.trimmed().isEmpty())
+        return std::nullopt;
+    const auto url = usableAddress(typedAddress);
+    if (!url)
+        return QStringLiteral("Enter an address that starts with https:// or http://, such as %1.")
+            .arg(defaultAPIBaseURL().toDisplayString());
+    return refusalForAPIKey(*url);
 }
 
 std::optional<QString> refusalForAPIKey(const QUrl &baseURL)

@@ -71,4 +71,31 @@ TEST(ServiceAddress, keyTravelsOnlyEncryptedOrOnThisMachine)
         EXPECT_EQ(refusalForAPIKey(QUrl(c.base)).has_value(), c.refused) << c.base.toStdString();
 }
 
+TEST(ServiceAddress, problemWithATypedAddress)
+{
+    const QString notAnAddress =
+        QStringLiteral("Enter an address that starts with https:// or http://, such as https://api.openai.com.");
+    const struct {
+        QString typed;
+        QString problem; // "" none; "*" the refusal to send the key
+    } cases[] = {
+        {QString(), QString()},
+        {QStringLiteral("  "), QString()},
+        {QStringLiteral("https://api.openai.com"), QString()},
+        {QStringLiteral(" http://127.0.0.1:9000/v1 "), QString()},
+        {QStringLiteral("api.openai.com"), notAnAddress},
+        {QStringLiteral("ftp://example.com"), notAnAddress},
+        {QStringLiteral("https://"), notAnAddress},
+        {QStringLiteral("http:// spaced.example"), notAnAddress},
+        {QStringLiteral("http://192.168.1.20:8000"), QStringLiteral("*")},
+    };
+    for (const auto &c : cases) {
+        const auto problem = problemWith(c.typed);
+        if (c.problem == u"*")
+            EXPECT_EQ(problem, refusalForAPIKey(QUrl(c.typed))) << c.typed.toStdString();
+        else
+            EXPECT_EQ(problem.value_or(QString()), c.problem) << c.typed.toStdString();
+    }
+}
+
 } // namespace

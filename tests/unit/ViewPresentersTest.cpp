@@ -1,6 +1,12 @@
+#include "FakeKeySynthesizer.h"
+#include "FakeOpenAIServer.h"
 #include "ModelFixture.h"
+#include "TaskResult.h"
 
+#include "app/AppServicesFactory.h"
 #include "models/AppSection.h"
+#include "platform/PlatformBackends.h"
+#include "services/SpeechService.h"
 #include "models/TriggerKey.h"
 #include "stores/PreferencesStore.h"
 #include "views/MainWindowPresenter.h"
@@ -73,13 +79,36 @@ TEST(SettingsPresenter, triggerPickerListsEveryKeyAndChangesTheTriggerAtOnce)
     EXPECT_EQ(settings.triggerIndex(), pause);
 }
 
-TEST(SettingsPresenter, serviceAddressMessage)
+// The address typed in Settings serves the next request, without a restart.
+TEST(SettingsPresenter, aNewServiceAddressServesTheNextRequest)
 {
-    EXPECT_TRUE(SettingsPresenter::serviceAddressMessage(QString()).isEmpty());
-    EXPECT_TRUE(SettingsPresenter::serviceAddressMessage(QStringLiteral("https://api.openai.com")).isEmpty());
-    EXPECT_TRUE(SettingsPresenter::serviceAddressMessage(QStringLiteral("http://127.0.0.1:9000/v1")).isEmpty());
-    for (const char *bad : {"api.openai.com", "ftp://example.com", "https://", "http:// spaced.example"})
-        EXPECT_FALSE(SettingsPresenter::serviceAddressMessage(QString::fromUtf8(bad)).isEmpty()) << bad;
+    if (qEnvironmentVariableIsSet("QUORLA_API_BASE_URL"))
+        GTEST_SKIP() << "QUORLA_API_BASE_URL overrides the setting";
+    ModelFixture fixture;
+    FakeOpenAIServer first, second;
+    for (FakeOpenAIServer *server : {&first, &second})
+        server->setReply("/v1/chat/completions", FakeOpenAIServer::json(200, FakeOpenAIServer::chatBody(QStringLiteral("Hi."))));
+    PlatformBackends backends{fixture.keyboard, fixture.workspace, fixture.accessibility, fixture.audio,
+                              fixture.inputSource, fixture.credentials, std::make_shared<FakeKeySynthesizer>()};
+    AppModel model(makeAppServices(backends, std::make_shared<PreferencesStore>(fixture.preferencesPath()),
+                                   &fixture.network));
+    SettingsPresenter settings;
+    settings.setModelObject(&model);
+
+    const auto polish = [&] {
+        return waitForResult(model.services().openAIClient->polishTranscript(QStringLiteral("hi"), QStringLiteral("sk-test"), {}, {}));
+    };
+    settings.setServiceAddress(first.baseURL().toString());
+    EXPECT_EQ(polish().value, QStringLiteral("Hi."));
+    settings.setServiceAddress(second.baseURL().toString() + QStringLiteral("/"));
+    EXPECT_EQ(polish().value, QStringLiteral("Hi."));
+    EXPECT_EQ(first.requests().size(), 1);
+    EXPECT_EQ(second.requests().size(), 1);
+    EXPECT_TRUE(settings.serviceAddressMessage().isEmpty());
+
+    settings.setServiceAddress(QStringLiteral("api.example.com"));
+    EXPECT_EQ(settings.serviceAddressMessage(),
+              QStringLiteral("Enter an address that starts with https:// or http://, such as https://api.openai.com."));
 }
 
 TEST(MainWindowPresenter, sectionsInSidebarOrder)

@@ -3,14 +3,10 @@
 #include "app/AppModel.h"
 #include "models/TranscriptionMode.h"
 #include "models/TriggerKey.h"
+#include "services/ServiceAddress.h"
 #include "services/TranslationLanguageCatalog.h"
 #include "stores/PreferencesStore.h"
 
-#include <QUrl>
-
-namespace {
-const QString apiBaseURLKey = QStringLiteral("apiBaseURL");
-}
 
 SettingsPresenter::SettingsPresenter(QObject *parent)
     : ModelPresenter(parent)
@@ -101,7 +97,7 @@ QString SettingsPresenter::serviceAddress() const
 {
     if (!model())
         return QString();
-    return model()->services().preferences->stringValue(apiBaseURLKey).value_or(QString());
+    return model()->services().preferences->stringValue(ServiceAddress::apiBaseURLPreferenceKey()).value_or(QString());
 }
 
 void SettingsPresenter::setServiceAddress(const QString &address)
@@ -110,24 +106,18 @@ void SettingsPresenter::setServiceAddress(const QString &address)
         return;
     auto &preferences = *model()->services().preferences;
     if (address.trimmed().isEmpty())
-        preferences.remove(apiBaseURLKey);
+        preferences.remove(ServiceAddress::apiBaseURLPreferenceKey());
     else
-        preferences.setString(apiBaseURLKey, address);
+        preferences.setString(ServiceAddress::apiBaseURLPreferenceKey(), address);
     Q_EMIT serviceAddressChanged();
 }
 
 QString SettingsPresenter::serviceAddressMessage() const
 {
-    return serviceAddressMessage(serviceAddress());
-}
-
-QString SettingsPresenter::serviceAddressMessage(const QString &address)
-{
-    if (address.trimmed().isEmpty())
-        return QString();
-    const QUrl url(address.trimmed(), QUrl::StrictMode);
-    const QString scheme = url.scheme();
-    if (!url.isValid() || url.host().isEmpty() || (scheme != QLatin1String("https") && scheme != QLatin1String("http")))
-        return QStringLiteral("Enter an address that starts with https:// or http://, such as https://api.openai.com.");
+    if (const auto problem = ServiceAddress::problemWith(serviceAddress()))
+        return *problem;
+    if (const auto environment = ServiceAddress::environmentAPIBaseURL())
+        return QStringLiteral("QUORLA_API_BASE_URL is set, so Quorla uses %1 instead of this address.")
+            .arg(environment->toDisplayString());
     return QString();
 }

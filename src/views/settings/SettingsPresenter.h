@@ -37,9 +37,8 @@ public:
     // The "apiBaseURL" preference; empty means the OpenAI default.
     [[nodiscard]] QString serviceAddress() const;
     void setServiceAddress(const QString &address);
-    // Why the address cannot be used, or empty.
+    // Why the address cannot be used, or that the environment overrides it; or empty.
     [[nodiscard]] QString serviceAddressMessage() const;
-    static QString serviceAddressMessage(const QString &address);
 
 Q_SIGNALS:
     void translationChanged();
