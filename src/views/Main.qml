@@ -15,22 +15,42 @@ ApplicationWindow {
     minimumHeight: 620
     color: AppTheme.pageBackground
     // The controls draw with the theme's colours, so they match the pages in both schemes.
-    palette.window: AppTheme.pageBackground
-    palette.windowText: AppTheme.primaryText
-    palette.base: AppTheme.surface
-    palette.alternateBase: AppTheme.secondarySurface
-    palette.text: AppTheme.primaryText
-    palette.button: AppTheme.secondarySurface
-    palette.buttonText: AppTheme.primaryText
-    palette.placeholderText: AppTheme.secondaryText
-    palette.highlight: AppTheme.accent
-    palette.highlightedText: AppTheme.surface
-    palette.mid: AppTheme.border
-    palette.toolTipBase: AppTheme.surface
-    palette.toolTipText: AppTheme.primaryText
-    palette.disabled.buttonText: AppTheme.secondaryText
-    palette.disabled.text: AppTheme.secondaryText
-    palette.disabled.windowText: AppTheme.secondaryText
+    // Each group is set on its own: a plain palette.x would overwrite the disabled group too.
+    palette.active.window: AppTheme.pageBackground
+    palette.active.windowText: AppTheme.primaryText
+    palette.active.base: AppTheme.surface
+    palette.active.alternateBase: AppTheme.secondarySurface
+    palette.active.text: AppTheme.primaryText
+    palette.active.button: AppTheme.secondarySurface
+    palette.active.buttonText: AppTheme.primaryText
+    palette.active.placeholderText: AppTheme.secondaryText
+    palette.active.highlight: AppTheme.accent
+    palette.active.highlightedText: AppTheme.surface
+    palette.active.mid: AppTheme.border
+    palette.active.toolTipBase: AppTheme.surface
+    palette.active.toolTipText: AppTheme.primaryText
+    palette.inactive.window: AppTheme.pageBackground
+    palette.inactive.windowText: AppTheme.primaryText
+    palette.inactive.base: AppTheme.surface
+    palette.inactive.alternateBase: AppTheme.secondarySurface
+    palette.inactive.text: AppTheme.primaryText
+    palette.inactive.button: AppTheme.secondarySurface
+    palette.inactive.buttonText: AppTheme.primaryText
+    palette.inactive.placeholderText: AppTheme.secondaryText
+    palette.inactive.highlight: AppTheme.accent
+    palette.inactive.highlightedText: AppTheme.surface
+    palette.inactive.mid: AppTheme.border
+    palette.inactive.toolTipBase: AppTheme.surface
+    palette.inactive.toolTipText: AppTheme.primaryText
+    palette.disabled.window: AppTheme.pageBackground
+    palette.disabled.base: AppTheme.surface
+    palette.disabled.button: AppTheme.secondarySurface
+    palette.disabled.highlight: AppTheme.accentMutedBorder
+    palette.disabled.mid: AppTheme.border
+    palette.disabled.windowText: AppTheme.disabledText
+    palette.disabled.text: AppTheme.disabledText
+    palette.disabled.buttonText: AppTheme.disabledText
+    palette.disabled.placeholderText: AppTheme.disabledText
 
     MainWindowPresenter { id: frame; objectName: "mainWindowPresenter"; model: window.appModel }
 

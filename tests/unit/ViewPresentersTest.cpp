@@ -170,6 +170,13 @@ TEST(AppTheme, darkFollowsTheWindowColour)
     EXPECT_TRUE(AppTheme::isDarkPalette(dark));
 }
 
+TEST(AppTheme, symbolSourceCarriesTheColourOutsideTheFragment)
+{
+    EXPECT_EQ(AppTheme::symbolSource(QStringLiteral("xmark"), QColor(0x1b, 0x1d, 0x22)),
+              QUrl(QStringLiteral("image://symbol/xmark?color=1b1d22")));
+    EXPECT_TRUE(AppTheme::symbolSource(QString(), Qt::red).isEmpty());
+}
+
 TEST(SymbolIcon, everySymbolOfTheInterfaceHasANameAndABundledPicture)
 {
     for (const char *symbol : {"waveform.mid", "waveform.badge.microphone", "book.closed", "gearshape",

@@ -11,6 +11,6 @@ Image {
     height: size
     sourceSize: Qt.size(size, size)
     fillMode: Image.PreserveAspectFit
-    source: symbol.length > 0 ? "image://symbol/%1?color=%2".arg(symbol).arg(tint.toString().slice(1)) : ""
+    source: AppTheme.symbolSource(symbol, tint)
     Accessible.ignored: true
 }

@@ -35,7 +35,7 @@ RowLayout {
     }
     Button {
         text: "Copy"
-        icon.source: "image://symbol/doc.on.doc?color=%1".arg(AppTheme.primaryText.toString().slice(1))
+        icon.source: AppTheme.symbolSource("doc.on.doc", AppTheme.primaryText)
         Accessible.name: "Copy"
         Accessible.description: row.text
         onClicked: row.copyRequested()

@@ -19,6 +19,8 @@ Popup {
     padding: 24
     closePolicy: Popup.CloseOnEscape
 
+    Overlay.modal: Rectangle { color: AppTheme.scrim }
+
     background: Rectangle {
         color: AppTheme.pageBackground
         radius: 14
@@ -63,7 +65,7 @@ Popup {
             ToolButton {
                 objectName: "closeKeyHelpButton"
                 Layout.alignment: Qt.AlignTop
-                icon.source: "image://symbol/xmark?color=%1".arg(AppTheme.secondaryText.toString().slice(1))
+                icon.source: AppTheme.symbolSource("xmark", AppTheme.secondaryText)
                 Accessible.name: "Close"
                 ToolTip.visible: hovered
                 ToolTip.text: "Close"
@@ -96,13 +98,13 @@ Popup {
             Button { text: "Open API keys"; Accessible.name: text; onClicked: Qt.openUrlExternally(sheet.apiKeysURL) }
             Button {
                 text: "Billing"
-                icon.source: "image://symbol/creditcard?color=%1".arg(AppTheme.primaryText.toString().slice(1))
+                icon.source: AppTheme.symbolSource("creditcard", AppTheme.primaryText)
                 Accessible.name: text
                 onClicked: Qt.openUrlExternally(sheet.billingURL)
             }
             Button {
                 text: "OpenAI guide"
-                icon.source: "image://symbol/book?color=%1".arg(AppTheme.primaryText.toString().slice(1))
+                icon.source: AppTheme.symbolSource("book", AppTheme.primaryText)
                 Accessible.name: text
                 onClicked: Qt.openUrlExternally(sheet.quickstartURL)
             }

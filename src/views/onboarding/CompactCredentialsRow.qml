@@ -47,7 +47,7 @@ ColumnLayout {
             objectName: "keyHelpButton"
             text: "How to get an API key"
             flat: true
-            icon.source: "image://symbol/questionmark.circle?color=%1".arg(AppTheme.accent.toString().slice(1))
+            icon.source: AppTheme.symbolSource("questionmark.circle", AppTheme.accent)
             Accessible.name: text
             onClicked: row.helpRequested()
         }

@@ -19,6 +19,8 @@ Popup {
     closePolicy: Popup.CloseOnEscape
     onClosed: dismissed()
 
+    Overlay.modal: Rectangle { color: AppTheme.scrim }
+
     background: Rectangle {
         color: AppTheme.pageBackground
         radius: 14
@@ -61,7 +63,7 @@ Popup {
                 ToolButton {
                     objectName: "closeOnboardingButton"
                     Layout.alignment: Qt.AlignTop
-                    icon.source: "image://symbol/xmark?color=%1".arg(AppTheme.secondaryText.toString().slice(1))
+                    icon.source: AppTheme.symbolSource("xmark", AppTheme.secondaryText)
                     Accessible.name: "Close"
                     ToolTip.visible: hovered
                     ToolTip.text: "Close"

@@ -58,6 +58,12 @@ DetailPage {
             text: page.appModel.polishPrompt
             Accessible.name: "Polish instructions"
             onTextChanged: if (activeFocus) page.appModel.polishPrompt = text
+            background: Rectangle {
+                color: AppTheme.surface
+                radius: 4
+                border.width: 1
+                border.color: parent.activeFocus ? AppTheme.accent : AppTheme.border
+            }
         }
         Switch {
             objectName: "autoCopySwitch"

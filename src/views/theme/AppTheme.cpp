@@ -52,7 +52,9 @@ QColor AppTheme::heroTitle() const { return pick(0x16181d, 0xf3f4f6); }
 QColor AppTheme::metricValue() const { return pick(0x1f2a5c, 0xdfe4ff); }
 QColor AppTheme::primaryText() const { return pick(0x1b1d22, 0xeceef2); }
 QColor AppTheme::secondaryText() const { return pick(0x5d626d, 0xa2a7b1); }
+QColor AppTheme::disabledText() const { return pick(0xa3a7b0, 0x63676f); }
 QColor AppTheme::warningSymbol() const { return pick(0xe07800, 0xff9f2e); }
+QColor AppTheme::scrim() const { return withAlpha(QColor(Qt::black), m_isDark ? 0.55 : 0.32); }
 
 QColor AppTheme::toneText(const QString &tone) const
 {
@@ -75,4 +77,12 @@ QColor AppTheme::toneBorder(const QString &tone) const
     if (tone == QLatin1String("active"))
         return accentMutedBorder();
     return withAlpha(toneText(tone), 0.18);
+}
+
+QUrl AppTheme::symbolSource(const QString &symbol, const QColor &tint)
+{
+    if (symbol.isEmpty())
+        return QUrl();
+    // The colour goes without its "#", which would start the address's fragment.
+    return QUrl(QStringLiteral("image://symbol/%1?color=%2").arg(symbol, tint.name(QColor::HexRgb).mid(1)));
 }

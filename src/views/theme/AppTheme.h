@@ -3,6 +3,7 @@
 #include <QColor>
 #include <QObject>
 #include <QPalette>
+#include <QUrl>
 #include <QtQml/qqmlregistration.h>
 
 // The named colours of every page, light or dark after the desktop's palette.
@@ -23,7 +24,9 @@ class AppTheme : public QObject
     Q_PROPERTY(QColor metricValue READ metricValue NOTIFY changed)
     Q_PROPERTY(QColor primaryText READ primaryText NOTIFY changed)
     Q_PROPERTY(QColor secondaryText READ secondaryText NOTIFY changed)
+    Q_PROPERTY(QColor disabledText READ disabledText NOTIFY changed)
     Q_PROPERTY(QColor warningSymbol READ warningSymbol NOTIFY changed)
+    Q_PROPERTY(QColor scrim READ scrim NOTIFY changed)
 
 public:
     explicit AppTheme(QObject *parent = nullptr);
@@ -44,12 +47,17 @@ public:
     [[nodiscard]] QColor metricValue() const;
     [[nodiscard]] QColor primaryText() const;
     [[nodiscard]] QColor secondaryText() const;
+    [[nodiscard]] QColor disabledText() const;
     [[nodiscard]] QColor warningSymbol() const;
+    // What dims the window behind a sheet.
+    [[nodiscard]] QColor scrim() const;
 
     // A StatusPill's colours for its tone ("success", "warning", "active").
     Q_INVOKABLE QColor toneText(const QString &tone) const;
     Q_INVOKABLE QColor toneBackground(const QString &tone) const;
     Q_INVOKABLE QColor toneBorder(const QString &tone) const;
+    // The image address of a symbol drawn in a colour, for an Image or a button's icon.
+    Q_INVOKABLE static QUrl symbolSource(const QString &symbol, const QColor &tint);
 
 Q_SIGNALS:
     void changed();
