@@ -1,30 +1,16 @@
 #include "ModelFixture.h"
+#include "QuickScene.h"
 
 #include "app/MainWindowController.h"
 
 #include <QAccessible>
 #include <QQuickItem>
 #include <QQuickWindow>
-#include <QSet>
 #include <QSignalSpy>
 #include <QTest>
 #include <gtest/gtest.h>
 
 namespace {
-
-// Every object of the scene: QObject children, visual children and open popups.
-void collect(QObject *object, QSet<QObject *> &seen, QList<QObject *> &out)
-{
-    if (!object || seen.contains(object))
-        return;
-    seen.insert(object);
-    out.append(object);
-    for (QObject *child : object->children())
-        collect(child, seen, out);
-    if (auto *item = qobject_cast<QQuickItem *>(object))
-        for (QQuickItem *child : item->childItems())
-            collect(child, seen, out);
-}
 
 // A combo box's own text field is named through the combo box.
 bool isInsideComboBox(QQuickItem *item)
@@ -57,34 +43,9 @@ protected:
         return window;
     }
 
-    QList<QObject *> scene() const
-    {
-        QSet<QObject *> seen;
-        QList<QObject *> out;
-        collect(m_controller->window(), seen, out);
-        if (m_controller->window())
-            collect(m_controller->window()->contentItem()->parentItem(), seen, out);
-        return out;
-    }
-
-    QObject *find(const QString &name) const
-    {
-        for (QObject *object : scene())
-            if (object->objectName() == name)
-                return object;
-        return nullptr;
-    }
-
-    QObject *findIn(QObject *root, const QString &name) const
-    {
-        QSet<QObject *> seen;
-        QList<QObject *> out;
-        collect(root, seen, out);
-        for (QObject *object : out)
-            if (object != root && object->objectName() == name)
-                return object;
-        return nullptr;
-    }
+    QList<QObject *> scene() const { return QuickScene::everyObject(m_controller->window()); }
+    QObject *find(const QString &name) const { return QuickScene::find(m_controller->window(), name); }
+    static QObject *findIn(QObject *root, const QString &name) { return QuickScene::find(root, name); }
 
     void click(QObject *object)
     {

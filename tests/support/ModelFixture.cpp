@@ -9,7 +9,10 @@
 #include "stores/PreferencesStore.h"
 #include "support/PlatformWords.h"
 
-ModelFixture::ModelFixture() = default;
+ModelFixture::ModelFixture()
+    : words(&PlatformWords::macOS())
+{
+}
 ModelFixture::~ModelFixture() = default;
 
 QString ModelFixture::preferencesPath() const
@@ -26,7 +29,7 @@ AppModel &ModelFixture::makeModel()
 {
     m_model.reset();
     services = {};
-    services.words = &PlatformWords::macOS();
+    services.words = words;
     services.audioRecorder = std::make_shared<AudioRecorder>(audio, recordingsDirectory());
     services.openAIClient = speech;
     services.keychainStore =

@@ -17,6 +17,8 @@
 #include <QTimeZone>
 #include <memory>
 
+struct PlatformWords;
+
 // The model over fakes at every seam, with its preferences and recordings in a
 // private temporary directory. Tests arrange the fakes, then call makeModel().
 class ModelFixture
@@ -44,6 +46,8 @@ public:
     AppServices services;
     QDateTime now = QDateTime(QDate(2026, 1, 1), QTime(12, 0), Qt::UTC);
     QUrl latestReleaseURL = QUrl(QStringLiteral("http://127.0.0.1:9/api/app/latest"));
+    // The texts the model shows: the macOS table by default, whose texts tests assert.
+    const PlatformWords *words;
 
 private:
     std::unique_ptr<AppModel> m_model;

@@ -1,45 +1,22 @@
-// Renders every page and sheet of the main window, light and dark, to PNG files for
-// review. The window runs over a model with fakes at the seams, like the interface tests.
+// Renders every page and sheet of the main window, and the tray menu, light and dark,
+// to PNG files for review. The window runs over a model with fakes at the seams, like
+// the interface tests, with the texts and the trigger a Linux user sees.
 #include "ModelFixture.h"
+#include "QuickScene.h"
 
 #include "app/MainWindowController.h"
+#include "app/TrayIcon.h"
+#include "support/PlatformWords.h"
 
+#include <QApplication>
+#include <QCoro/QCoroTask>
 #include <QDir>
-#include <QGuiApplication>
 #include <QPalette>
-#include <QQuickItem>
 #include <QQuickWindow>
-#include <QSet>
 #include <QTest>
 #include <cstdio>
 
 namespace {
-
-void collect(QObject *object, QSet<QObject *> &seen, QList<QObject *> &out)
-{
-    if (!object || seen.contains(object))
-        return;
-    seen.insert(object);
-    out.append(object);
-    for (QObject *child : object->children())
-        collect(child, seen, out);
-    if (auto *item = qobject_cast<QQuickItem *>(object))
-        for (QQuickItem *child : item->childItems())
-            collect(child, seen, out);
-}
-
-QList<QObject *> named(QQuickWindow *window, const QString &name)
-{
-    QSet<QObject *> seen;
-    QList<QObject *> all;
-    collect(window, seen, all);
-    collect(window->contentItem()->parentItem(), seen, all);
-    QList<QObject *> found;
-    for (QObject *object : all)
-        if (object->objectName() == name)
-            found.append(object);
-    return found;
-}
 
 QPalette darkPalette()
 {
@@ -60,20 +37,49 @@ QPalette darkPalette()
     return palette;
 }
 
-bool save(QQuickWindow *window, const QDir &directory, const QString &name)
+class Renderer
 {
-    QTest::qWait(250);
-    const QString path = directory.filePath(name + QStringLiteral(".png"));
-    const bool saved = window->grabWindow().save(path);
-    std::printf("%s %s\n", saved ? "wrote" : "FAILED", qPrintable(path));
-    return saved;
-}
+public:
+    Renderer(const QDir &directory, QString scheme)
+        : m_directory(directory)
+        , m_scheme(std::move(scheme))
+    {
+    }
 
-bool renderScheme(const QDir &directory, const QString &scheme)
+    bool save(const QImage &image, const QString &name)
+    {
+        const QString path = m_directory.filePath(m_scheme + QLatin1Char('-') + name + QStringLiteral(".png"));
+        const bool saved = image.save(path);
+        std::printf("%s %s\n", saved ? "wrote" : "FAILED", qPrintable(path));
+        m_ok = m_ok && saved;
+        return saved;
+    }
+    void save(QQuickWindow *window, const QString &name)
+    {
+        QTest::qWait(250);
+        save(window->grabWindow(), name);
+    }
+    [[nodiscard]] bool ok() const { return m_ok; }
+
+private:
+    QDir m_directory;
+    QString m_scheme;
+    bool m_ok = true;
+};
+
+void prepare(ModelFixture &fixture)
 {
-    ModelFixture fixture;
+    fixture.words = &PlatformWords::linuxDesktop();
+    fixture.keyboard->triggerName = QStringLiteral("Right Ctrl");
     fixture.audio->permission = PermissionState::notDetermined;
     fixture.accessibility->trusted = false;
+}
+
+// A first launch: the setup sheet, its key help, and every page.
+void renderFirstLaunch(Renderer &out)
+{
+    ModelFixture fixture;
+    prepare(fixture);
     AppModel &model = fixture.makeModel();
     model.setShouldPolishTranscript(true);
     model.setPolishPrompt(QStringLiteral("Keep my British spelling."));
@@ -84,48 +90,88 @@ bool renderScheme(const QDir &directory, const QString &scheme)
     MainWindowController controller(model);
     controller.show();
     QQuickWindow *window = controller.window();
-    if (!window || !QTest::qWaitForWindowExposed(window))
-        return false;
-    QObject *frame = named(window, QStringLiteral("mainWindowPresenter")).value(0);
-    if (!frame)
-        return false;
+    QObject *frame = window ? QuickScene::find(window, QStringLiteral("mainWindowPresenter")) : nullptr;
+    if (!frame || !QTest::qWaitForWindowExposed(window)) {
+        out.save(QImage(), QStringLiteral("window"));
+        return;
+    }
 
-    bool ok = save(window, directory, scheme + QStringLiteral("-onboarding"));
-    // The key help sheet over the onboarding sheet (the Settings page has the same one).
-    if (QObject *help = named(window, QStringLiteral("keyHelpSheet")).value(0)) {
+    out.save(window, QStringLiteral("onboarding"));
+    if (QObject *help = QuickScene::find(window, QStringLiteral("keyHelpSheet"))) {
         QMetaObject::invokeMethod(help, "open");
-        ok = save(window, directory, scheme + QStringLiteral("-keyhelp")) && ok;
+        out.save(window, QStringLiteral("keyhelp"));
         QMetaObject::invokeMethod(help, "close");
     }
     QMetaObject::invokeMethod(frame, "dismissOnboarding");
     for (const char *section : {"home", "dictionary", "settings"}) {
         frame->setProperty("selectedSection", QString::fromLatin1(section));
-        ok = save(window, directory, scheme + QLatin1Char('-') + QLatin1String(section)) && ok;
+        out.save(window, QString::fromLatin1(section));
     }
     // The Settings page is taller than the window: its lower half too.
-    if (QObject *page = named(window, QStringLiteral("settingsPage")).value(0)) {
-        auto *flickable = page->property("contentItem").value<QObject *>();
-        if (flickable) {
-            const qreal bottom = flickable->property("contentHeight").toReal() - flickable->property("height").toReal();
-            flickable->setProperty("contentY", std::max<qreal>(0, bottom));
-            ok = save(window, directory, scheme + QStringLiteral("-settings-lower")) && ok;
-        }
+    QObject *page = QuickScene::find(window, QStringLiteral("settingsPage"));
+    if (auto *flickable = page ? page->property("contentItem").value<QObject *>() : nullptr) {
+        const qreal bottom = flickable->property("contentHeight").toReal() - flickable->property("height").toReal();
+        flickable->setProperty("contentY", std::max<qreal>(0, bottom));
+        out.save(window, QStringLiteral("settings-lower"));
     }
-    return ok;
+}
+
+// Set up and in use: a stored key, granted permissions, a few dictations behind it.
+void renderInUse(Renderer &out)
+{
+    ModelFixture fixture;
+    prepare(fixture);
+    fixture.audio->permission = PermissionState::authorized;
+    fixture.accessibility->trusted = true;
+    AppModel &model = fixture.makeModel();
+    model.setApiKeyDraft(QStringLiteral("sk-proj-screenshot"));
+    model.saveAPIKey();
+    model.setShowMenuBarIcon(true);
+    fixture.workspace->frontmost = std::make_shared<FakeApplication>(42, QStringLiteral("Text Editor"));
+    const struct {
+        int hour, minute;
+        const char *text;
+    } dictations[] = {
+        {9, 5, "Let's move the design review to Thursday at ten."},
+        {9, 41, "Thanks for the quick turnaround on the invoice, it all looks right to me."},
+        {10, 12, "Pick up oat milk and coffee beans."},
+    };
+    for (const auto &dictation : dictations) {
+        fixture.now = QDateTime(fixture.now.date(), QTime(dictation.hour, dictation.minute), Qt::UTC);
+        fixture.speech->transcript = QString::fromUtf8(dictation.text);
+        QCoro::waitFor(model.globalPressToTalkBegan());
+        QCoro::waitFor(model.globalPressToTalkEnded());
+    }
+
+    MainWindowController controller(model);
+    controller.show();
+    QQuickWindow *window = controller.window();
+    if (!window || !QTest::qWaitForWindowExposed(window)) {
+        out.save(QImage(), QStringLiteral("window"));
+        return;
+    }
+    out.save(window, QStringLiteral("home-in-use"));
+
+    TrayIcon tray(model);
+    out.save(tray.menu().grab().toImage(), QStringLiteral("tray-menu"));
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    QGuiApplication app(argc, argv);
+    QApplication app(argc, argv);
     const QDir directory(argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral("screenshots"));
     QDir().mkpath(directory.path());
 
-    const QPalette light = QGuiApplication::palette();
-    bool ok = renderScheme(directory, QStringLiteral("light"));
-    QGuiApplication::setPalette(darkPalette());
-    ok = renderScheme(directory, QStringLiteral("dark")) && ok;
-    QGuiApplication::setPalette(light);
+    const QPalette light = QApplication::palette();
+    bool ok = true;
+    for (const QString &scheme : {QStringLiteral("light"), QStringLiteral("dark")}) {
+        QApplication::setPalette(scheme == u"dark" ? darkPalette() : light);
+        Renderer out(directory, scheme);
+        renderFirstLaunch(out);
+        renderInUse(out);
+        ok = ok && out.ok();
+    }
     return ok ? 0 : 1;
 }
