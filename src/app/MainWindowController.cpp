@@ -1,9 +1,10 @@
 #include "MainWindowController.h"
 
+#include "AppInfo.h"
 #include "app/AppModel.h"
-#include "views/icons/SymbolIcon.h"
 #include "views/icons/SymbolImageProvider.h"
 
+#include <QIcon>
 #include <QLoggingCategory>
 #include <QQmlApplicationEngine>
 #include <QQuickStyle>
@@ -69,7 +70,7 @@ void MainWindowController::build()
         m_engine.reset();
         return;
     }
-    m_window->setIcon(SymbolIcon::icon(QStringLiteral("waveform.mid")));
+    m_window->setIcon(QIcon::fromTheme(QStringLiteral(QUORLA_APP_ID), QIcon(QStringLiteral(":/Quorla/app-icon.svg"))));
     // A closed window is hidden; it is released after the close has run its course,
     // never inside it.
     connect(m_window.data(), &QWindow::visibleChanged, this, [this](bool visible) {
