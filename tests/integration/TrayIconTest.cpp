@@ -5,6 +5,8 @@
 #include "app/TrayIcon.h"
 
 #include <QApplication>
+#include <QClipboard>
+#include <QCoro/QCoroTask>
 #include <QSignalSpy>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -47,6 +49,29 @@ TEST(TrayIcon, followsThePreferenceAndOffersRecentOpenAndQuit)
     tray.menu().actions().at(4)->trigger();
     EXPECT_EQ(open.count(), 1);
     EXPECT_EQ(quit.count(), 1);
+}
+
+// While a dictation records, the icon shows it; afterwards the menu offers the text.
+TEST(TrayIcon, showsTheRecordingAndCopiesARecentDictation)
+{
+    ModelFixture fixture;
+    AppModel &model = fixture.makeModel();
+    model.setApiKeyDraft(QStringLiteral("sk-test"));
+    TrayIcon tray(model);
+
+    QCoro::waitFor(model.startManualRecording());
+    EXPECT_EQ(tray.symbol(), QStringLiteral("waveform.badge.microphone"));
+    fixture.speech->transcript = QStringLiteral("Call me back  after\nlunch, please, it is urgent");
+    QCoro::waitFor(model.stopRecordingAndTranscribe());
+    EXPECT_EQ(tray.symbol(), QStringLiteral("waveform.mid"));
+
+    QApplication::clipboard()->clear();
+    QAction *entry = tray.menu().actions().at(1);
+    EXPECT_TRUE(entry->text().startsWith(QStringLiteral("Call me back after lunch, ple\u2026\t")))
+        << entry->text().toStdString();
+    entry->trigger();
+    EXPECT_EQ(QApplication::clipboard()->text(), fixture.speech->transcript);
+    EXPECT_EQ(model.statusMessage(), QStringLiteral("Transcript copied to the clipboard."));
 }
 
 } // namespace
