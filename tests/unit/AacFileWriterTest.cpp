@@ -32,7 +32,7 @@ void writeInPieces(AacFileWriter &writer, const std::vector<std::int16_t> &sampl
 TEST(AacFileWriter, writesAacLcMono16kHzAt32kbitInAnM4aWithTheIndexUpFront)
 {
     QTemporaryDir directory;
-    const QString path = directory.filePath(QStringLiteral("tone.m4a"));
+    const QString path = directory.filePath("tone.m4a");
     const auto samples = tone(3.0, 0.5);
     AacFileWriter writer(path);
     writeInPieces(writer, samples);
@@ -41,11 +41,11 @@ TEST(AacFileWriter, writesAacLcMono16kHzAt32kbitInAnM4aWithTheIndexUpFront)
 
     const auto probe = AudioFileProbe::of(path);
     ASSERT_TRUE(probe);
-    EXPECT_EQ(probe->codecName, QStringLiteral("aac"));
-    EXPECT_EQ(probe->profile, QStringLiteral("LC"));
+    EXPECT_EQ(probe->codecName, "aac");
+    EXPECT_EQ(probe->profile, "LC");
     EXPECT_EQ(probe->sampleRate, 16000);
     EXPECT_EQ(probe->channels, 1);
-    EXPECT_EQ(probe->majorBrand, QStringLiteral("M4A "));
+    EXPECT_EQ(probe->majorBrand, "M4A ");
     EXPECT_NEAR(probe->bitRate, 32000, 6000);
     EXPECT_NEAR(probe->duration, 3.0, 0.07); // one AAC frame is 64 ms
     EXPECT_TRUE(probe->moovBeforeMdat);
@@ -69,7 +69,7 @@ TEST(AacFileWriter, aShortOrEmptyRecordingStillFinishes)
 TEST(AacFileWriter, anUncreatableFileIsAFileErrorAndLeavesNothing)
 {
     QTemporaryDir directory;
-    const QString path = directory.filePath(QStringLiteral("missing/folder/x.m4a"));
+    const QString path = directory.filePath("missing/folder/x.m4a");
     try {
         AacFileWriter writer(path);
         FAIL() << "expected a PlatformError";
@@ -83,8 +83,8 @@ TEST(AacFileWriter, anUncreatableFileIsAFileErrorAndLeavesNothing)
 TEST(AacFileWriter, anUnfinishedFileIsRemoved)
 {
     QTemporaryDir directory;
-    const QString aborted = directory.filePath(QStringLiteral("aborted.m4a"));
-    const QString dropped = directory.filePath(QStringLiteral("dropped.m4a"));
+    const QString aborted = directory.filePath("aborted.m4a");
+    const QString dropped = directory.filePath("dropped.m4a");
     {
         AacFileWriter writer(aborted);
         writeInPieces(writer, tone(0.5, 0.3));
@@ -100,7 +100,7 @@ TEST(AacFileWriter, anUnfinishedFileIsRemoved)
 TEST(AacFileWriter, aFullDiskIsAFileErrorAndLeavesNothing)
 {
     QTemporaryDir directory;
-    const QString path = directory.filePath(QStringLiteral("full.m4a"));
+    const QString path = directory.filePath("full.m4a");
     bool failed = false;
     {
         const FileSizeLimit limit(16 * 1024);
@@ -123,13 +123,8 @@ TEST(PeakLevel, isTheLoudestSampleInDecibelsFullScaleNeverBelowMinus160)
         std::vector<std::int16_t> samples;
         float decibels;
     } cases[] = {
-        {{}, -160.0f},
-        {{0, 0, 0}, -160.0f},
-        {{0, -32768, 5}, 0.0f},
-        {{100, 16384, -200}, -6.0206f},
-        {{-16384, 0}, -6.0206f},
-        {{1}, -90.309f},
-        {{-1, 0}, -90.309f},
+        {{}, -160.0f}, {{0, 0, 0}, -160.0f}, {{0, -32768, 5}, 0.0f}, {{100, 16384, -200}, -6.0206f},
+        {{-16384, 0}, -6.0206f}, {{1}, -90.309f}, {{-1, 0}, -90.309f},
     };
     for (const auto &c : cases)
         EXPECT_NEAR(peakPowerDecibels(c.samples), c.decibels, 0.001) << c.samples.size();

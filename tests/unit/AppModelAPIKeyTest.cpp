@@ -1,13 +1,9 @@
-#include "ModelFixture.h"
+#include "ModelTest.h"
 
 #include "AppInfo.h"
 #include "models/QuorlaError.h"
-#include "stores/PreferencesStore.h"
 
-#include <QDir>
-#include <QFile>
 #include <QSignalSpy>
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -16,92 +12,90 @@ using Outcome = CredentialStore::Outcome;
 
 const QString itemKey = QStringLiteral(QUORLA_APP_ID "/openai-api-key");
 const QString marker = QStringLiteral("hasStoredAPIKey");
+const QString missingKey = QStringLiteral("Add your OpenAI API key first.");
 
-class AppModelAPIKeyTest : public ::testing::Test
+class AppModelAPIKeyTest : public ModelTest
 {
 protected:
-    void writePreferences(const QByteArray &json)
-    {
-        QDir().mkpath(QFileInfo(fixture.preferencesPath()).absolutePath());
-        QFile file(fixture.preferencesPath());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(json);
-    }
-    std::optional<bool> storedMarker() const { return PreferencesStore(fixture.preferencesPath()).boolValue(marker); }
-    bool storedMarkerExists() const { return PreferencesStore(fixture.preferencesPath()).contains(marker); }
-    QString missingKeyMessage(AppModel &model)
+    std::optional<bool> storedMarker() const { return stored().boolValue(marker); }
+    QString keyError(AppModel &model)
     {
         try {
             (void)model.validatedAPIKey();
         } catch (const QuorlaError &error) {
-            EXPECT_EQ(error.kind(), QuorlaError::Kind::missingAPIKey);
             return model.localizedMessage(error);
         }
         return QStringLiteral("a key");
     }
-
-    ModelFixture fixture;
 };
 
-TEST_F(AppModelAPIKeyTest, savingStoresTheTrimmedDraftAndForgetsTheDraft)
+TEST_F(AppModelAPIKeyTest, savingStoresTheTrimmedDraftAndAnUnsavedDraftWins)
 {
     AppModel &model = fixture.makeModel();
-    model.presentError(QStringLiteral("an old error"));
+    model.presentError("an old error");
     QSignalSpy savedState(&model, &AppModel::hasStoredAPIKeyChanged);
-    model.setApiKeyDraft(QStringLiteral("  sk-typed-key\n"));
+    model.setApiKeyDraft("  sk-typed-key\n");
     model.saveAPIKey();
 
-    EXPECT_EQ(fixture.credentials->items.value(itemKey), QByteArray("sk-typed-key"));
+    EXPECT_EQ(fixture.credentials->items.value(itemKey), "sk-typed-key");
     EXPECT_EQ(model.apiKeyDraft(), QString());
     EXPECT_TRUE(model.hasStoredAPIKey());
     EXPECT_EQ(storedMarker(), true);
-    EXPECT_EQ(model.statusMessage(), QStringLiteral("API key saved to Keychain."));
+    EXPECT_EQ(model.statusMessage(), "API key saved to Keychain.");
     EXPECT_EQ(model.errorMessage(), std::nullopt);
-    EXPECT_EQ(model.validatedAPIKey(), QStringLiteral("sk-typed-key"));
+    EXPECT_EQ(model.validatedAPIKey(), "sk-typed-key");
 
-    model.setApiKeyDraft(QStringLiteral("sk-replacement"));
+    model.setApiKeyDraft("sk-replacement");
     model.saveAPIKey();
-    EXPECT_EQ(fixture.credentials->items.value(itemKey), QByteArray("sk-replacement"));
+    EXPECT_EQ(fixture.credentials->items.value(itemKey), "sk-replacement");
     EXPECT_EQ(savedState.count(), 1); // saving again changes nothing observable
+
+    model.setApiKeyDraft("\tsk-typed \n");
+    EXPECT_EQ(model.validatedAPIKey(), "sk-typed");
+    EXPECT_EQ(fixture.credentials->items.value(itemKey), "sk-replacement");
+    EXPECT_EQ(model.apiKeyDraft(), "\tsk-typed \n");
 }
 
-TEST_F(AppModelAPIKeyTest, aDraftOfOnlyWhitespaceRemovesTheSavedKey)
+// A blank draft saved and Clear both remove the key; only Clear keeps what is typed.
+TEST_F(AppModelAPIKeyTest, removingTheKeyForgetsItsCachedCopy)
 {
-    fixture.credentials->items[itemKey] = "sk-saved";
-    AppModel &model = fixture.makeModel();
-    ASSERT_TRUE(model.hasStoredAPIKey());
-    model.setApiKeyDraft(QStringLiteral(" \t\n "));
-    model.saveAPIKey();
+    for (const bool blankDraft : {true, false}) {
+        SCOPED_TRACE(blankDraft ? "blank draft" : "clear");
+        fixture.credentials->items[itemKey] = "sk-old";
+        AppModel &model = fixture.makeModel();
+        ASSERT_EQ(model.validatedAPIKey(), "sk-old");
+        model.presentError("an old error");
+        model.setApiKeyDraft(blankDraft ? " \t\n " : "half typed");
+        if (blankDraft)
+            model.saveAPIKey();
+        else
+            model.clearAPIKey();
 
-    EXPECT_FALSE(fixture.credentials->items.contains(itemKey));
-    EXPECT_EQ(model.apiKeyDraft(), QString());
-    EXPECT_FALSE(model.hasStoredAPIKey());
-    EXPECT_EQ(storedMarker(), false);
-    EXPECT_EQ(model.statusMessage(), QStringLiteral("Saved API key removed."));
-    EXPECT_EQ(missingKeyMessage(model), QStringLiteral("Add your OpenAI API key first."));
+        EXPECT_FALSE(fixture.credentials->items.contains(itemKey));
+        EXPECT_FALSE(model.hasStoredAPIKey());
+        EXPECT_EQ(storedMarker(), false);
+        EXPECT_EQ(model.errorMessage(), std::nullopt);
+        EXPECT_EQ(model.statusMessage(), "Saved API key removed.");
+        EXPECT_EQ(model.apiKeyDraft(), blankDraft ? "" : "half typed");
+        model.setApiKeyDraft(QString());
+        EXPECT_EQ(keyError(model), missingKey);
+    }
 }
 
-TEST_F(AppModelAPIKeyTest, anUnsavedDraftWinsOverTheSavedKeyAndIsNotSaved)
-{
-    AppModel &model = fixture.makeModel();
-    model.setApiKeyDraft(QStringLiteral("sk-saved"));
-    model.saveAPIKey();
-    model.setApiKeyDraft(QStringLiteral("\tsk-typed \n"));
-    EXPECT_EQ(model.validatedAPIKey(), QStringLiteral("sk-typed"));
-    EXPECT_EQ(fixture.credentials->items.value(itemKey), QByteArray("sk-saved"));
-    EXPECT_EQ(model.apiKeyDraft(), QStringLiteral("\tsk-typed \n"));
-}
-
-TEST_F(AppModelAPIKeyTest, theSavedKeyIsReadOnceTrimmedAndThenKept)
+TEST_F(AppModelAPIKeyTest, theSavedKeyIsReadTrimmedOnceAndAReadFailureChangesNothing)
 {
     fixture.credentials->items[itemKey] = " sk-from-keyring\n";
     writePreferences(R"({"hasStoredAPIKey": false})");
     AppModel &model = fixture.makeModel();
-    EXPECT_EQ(model.validatedAPIKey(), QStringLiteral("sk-from-keyring"));
-    fixture.credentials->failure = CredentialStore::Result{Outcome::failure, 5};
-    EXPECT_EQ(model.validatedAPIKey(), QStringLiteral("sk-from-keyring"));
+    fixture.credentials->failures[Call::copy] = {Outcome::failure, 9};
+    EXPECT_EQ(keyError(model), "Couldn't read the API key from Keychain (status 9).");
     EXPECT_TRUE(model.hasStoredAPIKey());
     EXPECT_EQ(storedMarker(), true);
+
+    fixture.credentials->failures.clear();
+    EXPECT_EQ(model.validatedAPIKey(), "sk-from-keyring");
+    fixture.credentials->failure = CredentialStore::Result{Outcome::failure, 5};
+    EXPECT_EQ(model.validatedAPIKey(), "sk-from-keyring");
 }
 
 TEST_F(AppModelAPIKeyTest, anItemDeletedBehindQuorlasBackClearsTheSavedState)
@@ -115,34 +109,17 @@ TEST_F(AppModelAPIKeyTest, anItemDeletedBehindQuorlasBackClearsTheSavedState)
         else
             fixture.credentials->items[itemKey] = left; // an empty item counts as none
 
-        EXPECT_EQ(missingKeyMessage(model), QStringLiteral("Add your OpenAI API key first."));
+        EXPECT_EQ(keyError(model), missingKey);
         EXPECT_FALSE(model.hasStoredAPIKey());
         EXPECT_EQ(storedMarker(), false);
     }
-}
-
-TEST_F(AppModelAPIKeyTest, aReadFailurePropagatesAndChangesNothing)
-{
-    fixture.credentials->items[itemKey] = "sk-unreadable";
-    AppModel &model = fixture.makeModel();
-    fixture.credentials->failures[Call::copy] = {Outcome::failure, 9};
-    try {
-        (void)model.validatedAPIKey();
-        ADD_FAILURE() << "no failure";
-    } catch (const QuorlaError &error) {
-        EXPECT_EQ(model.localizedMessage(error), QStringLiteral("Couldn't read the API key from Keychain (status 9)."));
-    }
-    EXPECT_TRUE(model.hasStoredAPIKey());
-    EXPECT_EQ(storedMarker(), true);
 }
 
 TEST_F(AppModelAPIKeyTest, theMarkerAtLaunchCombinesTheDefaultsAndTheKeyring)
 {
     const struct {
         const char *preferences;
-        bool itemExists;
-        bool checkFails;
-        bool expected;
+        bool itemExists, checkFails, expected;
         std::optional<bool> persisted;
     } cases[] = {
         {"{}", false, false, false, false},
@@ -156,7 +133,6 @@ TEST_F(AppModelAPIKeyTest, theMarkerAtLaunchCombinesTheDefaultsAndTheKeyring)
         SCOPED_TRACE(c.preferences);
         fixture.credentials->items.clear();
         fixture.credentials->failures.clear();
-        QFile::remove(fixture.preferencesPath());
         writePreferences(c.preferences);
         if (c.itemExists)
             fixture.credentials->items[itemKey] = "sk-present";
@@ -175,45 +151,27 @@ TEST_F(AppModelAPIKeyTest, aFailedSaveOrRemovalKeepsEverythingAsItWas)
     fixture.credentials->items[itemKey] = "sk-old";
     AppModel &model = fixture.makeModel();
     fixture.credentials->failure = CredentialStore::Result{Outcome::failure, -25};
-
-    model.setApiKeyDraft(QStringLiteral("sk-new"));
-    model.saveAPIKey();
-    EXPECT_EQ(model.errorMessage(), QStringLiteral("Couldn't update the API key in Keychain (status -25)."));
-    EXPECT_EQ(model.statusMessage(), QStringLiteral("Couldn't save the API key."));
-    EXPECT_EQ(model.apiKeyDraft(), QStringLiteral("sk-new"));
-    EXPECT_TRUE(model.hasStoredAPIKey());
-
-    model.setApiKeyDraft(QStringLiteral(" "));
-    model.saveAPIKey();
-    EXPECT_EQ(model.errorMessage(), QStringLiteral("Couldn't remove the saved API key (status -25)."));
-    EXPECT_EQ(model.statusMessage(), QStringLiteral("Couldn't save the API key."));
-    EXPECT_EQ(model.apiKeyDraft(), QStringLiteral(" "));
-
-    model.clearAPIKey();
-    EXPECT_EQ(model.errorMessage(), QStringLiteral("Couldn't remove the saved API key (status -25)."));
-    EXPECT_EQ(model.statusMessage(), QStringLiteral("Couldn't remove the saved API key."));
-    EXPECT_TRUE(model.hasStoredAPIKey());
-    EXPECT_EQ(storedMarker(), true);
-    EXPECT_EQ(fixture.credentials->items.value(itemKey), QByteArray("sk-old"));
-}
-
-TEST_F(AppModelAPIKeyTest, clearingRemovesTheKeyButLeavesTheDraft)
-{
-    fixture.credentials->items[itemKey] = "sk-old";
-    AppModel &model = fixture.makeModel();
-    (void)model.validatedAPIKey();
-    model.presentError(QStringLiteral("an old error"));
-    model.setApiKeyDraft(QStringLiteral("half typed"));
-    model.clearAPIKey();
-
-    EXPECT_FALSE(fixture.credentials->items.contains(itemKey));
-    EXPECT_FALSE(model.hasStoredAPIKey());
-    EXPECT_EQ(storedMarker(), false);
-    EXPECT_EQ(model.errorMessage(), std::nullopt);
-    EXPECT_EQ(model.statusMessage(), QStringLiteral("Saved API key removed."));
-    EXPECT_EQ(model.apiKeyDraft(), QStringLiteral("half typed"));
-    model.setApiKeyDraft(QString());
-    EXPECT_EQ(missingKeyMessage(model), QStringLiteral("Add your OpenAI API key first.")); // the cached copy went too
+    const QString removeFailed = QStringLiteral("Couldn't remove the saved API key (status -25).");
+    const struct {
+        const char *draft;
+        bool clear;
+        QString error, status;
+    } cases[] = {
+        {"sk-new", false, "Couldn't update the API key in Keychain (status -25).", "Couldn't save the API key."},
+        {" ", false, removeFailed, "Couldn't save the API key."},
+        {" ", true, removeFailed, "Couldn't remove the saved API key."},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.status.toStdString());
+        model.setApiKeyDraft(c.draft);
+        c.clear ? model.clearAPIKey() : model.saveAPIKey();
+        EXPECT_EQ(model.errorMessage(), c.error);
+        EXPECT_EQ(model.statusMessage(), c.status);
+        EXPECT_EQ(model.apiKeyDraft(), c.draft);
+        EXPECT_TRUE(model.hasStoredAPIKey());
+        EXPECT_EQ(storedMarker(), true);
+        EXPECT_EQ(fixture.credentials->items.value(itemKey), "sk-old");
+    }
 }
 
 } // namespace

@@ -2,12 +2,12 @@
 
 #include "services/GlobalPushToTalkMonitor.h"
 
+#include "QtPrinters.h"
+
 #include <QClipboard>
 #include <QDir>
 #include <QGuiApplication>
 #include <coroutine>
-#include "QtPrinters.h"
-
 #include <gtest/gtest.h>
 
 namespace {
@@ -36,6 +36,17 @@ struct Gate {
 
 enum class Target { named, unnamed, none, noAccessibility };
 
+// What the status line says when a dictation from each source cannot start or finish.
+const struct {
+    DictationSource source;
+    const char *startFailed;
+    const char *finishFailed;
+} failureStatuses[] = {
+    {DictationSource::fnHold, "Couldn't start dictation from Fn.", "Couldn't finish dictation from Fn."},
+    {DictationSource::fnToggle, "Couldn't start dictation from Fn + Space.", "Couldn't finish dictation from Fn + Space."},
+    {DictationSource::manual, "Couldn't start recording.", "Couldn't finish transcription."},
+};
+
 // Every case runs with the trigger called "Fn" and with another name: the expected
 // texts are written with "Fn" and read with the trigger's name.
 class AppModelDictationTest : public ::testing::TestWithParam<const char *>
@@ -45,40 +56,33 @@ protected:
     {
         fixture.keyboard->triggerName = QString::fromUtf8(GetParam());
         fixture.workspace->frontmost = editor;
-        fixture.inputSource->source = InputSourceInfo{QStringLiteral("de"), {}, QStringLiteral("German"), {QStringLiteral("de")}};
+        fixture.inputSource->source = InputSourceInfo{"de", {}, "German", {"de"}};
         makeModel();
     }
     void makeModel()
     {
         model = &fixture.makeModel();
-        model->setApiKeyDraft(QStringLiteral("sk-test"));
+        model->setApiKeyDraft("sk-test");
         QObject::connect(model, &AppModel::statusMessageChanged, [this] { statuses.append(model->statusMessage()); });
     }
-    QString t(QString text) const { return text.replace(QStringLiteral("Fn"), QString::fromUtf8(GetParam())); }
-    QStringList t(const QStringList &texts) const
+    QString t(QString text) const { return text.replace("Fn", QString::fromUtf8(GetParam())); }
+    QStringList t(QStringList texts) const
     {
-        QStringList result;
-        for (const QString &text : texts)
-            result.append(t(text));
-        return result;
+        for (QString &text : texts)
+            text = t(text);
+        return texts;
     }
     void begin(DictationSource source)
     {
-        if (source == DictationSource::fnHold)
-            QCoro::waitFor(model->globalPressToTalkBegan());
-        else if (source == DictationSource::fnToggle)
-            QCoro::waitFor(model->globalToggleRecordingBegan());
-        else
-            QCoro::waitFor(model->startManualRecording());
+        QCoro::waitFor(source == DictationSource::fnHold     ? model->globalPressToTalkBegan()
+                       : source == DictationSource::fnToggle ? model->globalToggleRecordingBegan()
+                                                             : model->startManualRecording());
     }
     void end(DictationSource source)
     {
-        if (source == DictationSource::fnHold)
-            QCoro::waitFor(model->globalPressToTalkEnded());
-        else if (source == DictationSource::fnToggle)
-            QCoro::waitFor(model->globalToggleRecordingEnded());
-        else
-            QCoro::waitFor(model->stopRecordingAndTranscribe());
+        QCoro::waitFor(source == DictationSource::fnHold     ? model->globalPressToTalkEnded()
+                       : source == DictationSource::fnToggle ? model->globalToggleRecordingEnded()
+                                                             : model->stopRecordingAndTranscribe());
     }
     void dictate(DictationSource source)
     {
@@ -97,7 +101,7 @@ protected:
 
     ModelFixture fixture;
     AppModel *model = nullptr;
-    std::shared_ptr<FakeApplication> editor = std::make_shared<FakeApplication>(42, QStringLiteral("TextEdit"));
+    std::shared_ptr<FakeApplication> editor = std::make_shared<FakeApplication>(42, "TextEdit");
     QStringList statuses;
 };
 
@@ -109,8 +113,7 @@ TEST_P(AppModelDictationTest, eachSourceWalksThroughItsStatusLines)
     struct Case {
         DictationSource source;
         Target target;
-        bool language;
-        bool autoCopy;
+        bool language, autoCopy;
         QStringList expected;
     };
     const QList<Case> cases{
@@ -138,8 +141,7 @@ TEST_P(AppModelDictationTest, eachSourceWalksThroughItsStatusLines)
          {"Recording in German... focus a text field before starting if you want Quorla to insert text.",
           "Recording in German... press Space or Fn to transcribe.", "Transcribing dictation in German...",
           "Transcript ready and copied to the clipboard."}},
-        {DictationSource::manual, Target::named, true, true,
-         {"Requesting microphone access in German...",
+        {DictationSource::manual, Target::named, true, true, {"Requesting microphone access in German...",
           "Recording in German... press Stop & Transcribe when you're done.", "Transcribing audio in German...",
           "Transcript ready and copied to the clipboard."}},
         {DictationSource::manual, Target::named, false, false,
@@ -157,31 +159,31 @@ TEST_P(AppModelDictationTest, eachSourceWalksThroughItsStatusLines)
         makeModel();
         model->setAutoCopyTranscript(c.autoCopy);
         statuses.clear();
-        QGuiApplication::clipboard()->setText(QStringLiteral("before"));
+        QGuiApplication::clipboard()->setText("before");
 
         dictate(c.source);
         EXPECT_EQ(statuses, t(c.expected));
         EXPECT_EQ(model->errorMessage(), std::nullopt);
-        EXPECT_EQ(model->recentTranscripts().value(0).text, QStringLiteral("hello world"));
+        EXPECT_EQ(model->recentTranscripts().value(0).text, "hello world");
         EXPECT_EQ(QGuiApplication::clipboard()->text(), c.autoCopy ? "hello world" : "before");
         EXPECT_EQ(fixture.speech->transcribeCalls.last().languageCode,
-                  c.language ? std::optional(QStringLiteral("de")) : std::nullopt);
+                  c.language ? std::optional<QString>("de") : std::nullopt);
         EXPECT_EQ(recordingsLeft(), 0);
         EXPECT_FALSE(model->isBusy() || model->isRecording());
-        fixture.inputSource->source = InputSourceInfo{QStringLiteral("de"), {}, QStringLiteral("German"), {QStringLiteral("de")}};
+        fixture.inputSource->source = InputSourceInfo{"de", {}, "German", {"de"}};
     }
 }
 
 TEST_P(AppModelDictationTest, polishAndTranslationRunInOrderAndTheirResultIsInserted)
 {
-    fixture.inputSource->source->languages = {QStringLiteral("en")};
+    fixture.inputSource->source->languages = {"en"};
     makeModel();
     model->setShouldPolishTranscript(true);
-    model->setPolishPrompt(QStringLiteral("Formal tone"));
-    model->setTranslationLanguageCode(QStringLiteral("de"));
-    fixture.speech->transcript = QStringLiteral("  hello wrld \n");
-    fixture.speech->polished = QStringLiteral("Hello world. ");
-    fixture.speech->translated = QStringLiteral(" Hallo Welt.");
+    model->setPolishPrompt("Formal tone");
+    model->setTranslationLanguageCode("de");
+    fixture.speech->transcript = "  hello wrld \n";
+    fixture.speech->polished = "Hello world. ";
+    fixture.speech->translated = " Hallo Welt.";
     statuses.clear();
 
     dictate(DictationSource::fnHold);
@@ -191,15 +193,15 @@ TEST_P(AppModelDictationTest, polishAndTranslationRunInOrderAndTheirResultIsInse
                                       "Translating transcript to German...", "Typing into TextEdit...",
                                       "Transcript inserted into TextEdit and copied to the clipboard."}));
     const auto &call = fixture.speech->transcribeCalls.value(0);
-    EXPECT_EQ(call.apiKey, QStringLiteral("sk-test"));
+    EXPECT_EQ(call.apiKey, "sk-test");
     EXPECT_EQ(call.prompt, std::nullopt); // an empty dictionary sends no prompt
     EXPECT_EQ(fixture.speech->polishCalls, QStringList{"hello wrld"});
-    EXPECT_EQ(fixture.speech->lastPolishPrompt, QStringLiteral("Formal tone"));
+    EXPECT_EQ(fixture.speech->lastPolishPrompt, "Formal tone");
     EXPECT_EQ(fixture.speech->translateCalls, QStringList{"Hello world."});
-    EXPECT_EQ(fixture.inserter->calls.value(0).text, QStringLiteral("Hallo Welt."));
-    EXPECT_EQ(model->recentTranscripts().value(0).text, QStringLiteral("Hallo Welt."));
+    EXPECT_EQ(fixture.inserter->calls.value(0).text, "Hallo Welt.");
+    EXPECT_EQ(model->recentTranscripts().value(0).text, "Hallo Welt.");
 
-    fixture.inputSource->source->languages = {QStringLiteral("de")}; // already the target language
+    fixture.inputSource->source->languages = {"de"}; // already the target language
     dictate(DictationSource::fnHold);
     EXPECT_EQ(fixture.speech->translateCalls.size(), 1);
 }
@@ -209,31 +211,27 @@ TEST_P(AppModelDictationTest, startFailuresLeaveTheModelIdle)
     struct Case {
         const char *error;
         std::function<void(ModelFixture &)> arrange;
-        QString apiKey = QStringLiteral("sk-test");
+        const char *apiKey = "sk-test";
     };
     const QList<Case> cases{
-        {"Add your OpenAI API key first.", [](ModelFixture &) {}, QStringLiteral(" \n")},
+        {"Add your OpenAI API key first.", [](ModelFixture &) {}, " \n"},
         {"The app couldn't start recording from the microphone.",
          [](ModelFixture &f) { f.audio->startFailure = QuorlaError(QuorlaError::Kind::recordingFailed); }},
         {"Microphone access is required for recording. Enable it in System Settings > Privacy & Security > "
          "Microphone.",
          [](ModelFixture &f) { f.audio->permission = PermissionState::denied; }},
     };
-    const QList<std::pair<DictationSource, QString>> sources{
-        {DictationSource::fnHold, "Couldn't start dictation from Fn."},
-        {DictationSource::fnToggle, "Couldn't start dictation from Fn + Space."},
-        {DictationSource::manual, "Couldn't start recording."}};
     for (const Case &c : cases) {
-        for (const auto &[source, status] : sources) {
-            SCOPED_TRACE(status.toStdString() + c.error);
+        for (const auto &source : failureStatuses) {
+            SCOPED_TRACE(std::string(source.startFailed) + c.error);
             fixture.audio->startFailure.reset();
             fixture.audio->permission = PermissionState::authorized;
             c.arrange(fixture);
             makeModel();
             model->setApiKeyDraft(c.apiKey);
-            begin(source);
-            EXPECT_EQ(model->errorMessage(), QString::fromUtf8(c.error));
-            EXPECT_EQ(model->statusMessage(), t(status));
+            begin(source.source);
+            EXPECT_EQ(model->errorMessage(), c.error);
+            EXPECT_EQ(model->statusMessage(), t(source.startFailed));
             EXPECT_FALSE(model->isRecording() || model->isBusy());
             EXPECT_TRUE(fixture.speech->transcribeCalls.isEmpty());
         }
@@ -243,31 +241,27 @@ TEST_P(AppModelDictationTest, startFailuresLeaveTheModelIdle)
 TEST_P(AppModelDictationTest, finishFailuresAreShownAndTheRecordingIsDeleted)
 {
     fixture.speech->transcribeReply = []() -> QCoro::Task<QString> {
-        throw QuorlaError::apiFailure(QStringLiteral("Incorrect API key provided."));
+        throw QuorlaError::apiFailure("Incorrect API key provided.");
         co_return QString();
     };
-    const QList<std::pair<DictationSource, QString>> sources{
-        {DictationSource::fnHold, "Couldn't finish dictation from Fn."},
-        {DictationSource::fnToggle, "Couldn't finish dictation from Fn + Space."},
-        {DictationSource::manual, "Couldn't finish transcription."}};
-    for (const auto &[source, status] : sources) {
-        dictate(source);
-        EXPECT_EQ(model->errorMessage(), QStringLiteral("Incorrect API key provided."));
-        EXPECT_EQ(model->statusMessage(), t(status));
+    for (const auto &source : failureStatuses) {
+        dictate(source.source);
+        EXPECT_EQ(model->errorMessage(), "Incorrect API key provided.");
+        EXPECT_EQ(model->statusMessage(), t(source.finishFailed));
         EXPECT_EQ(recordingsLeft(), 0);
         EXPECT_FALSE(model->isBusy());
         EXPECT_TRUE(model->recentTranscripts().isEmpty());
     }
 
     fixture.speech->transcribeReply = {};
-    fixture.speech->transcript = QStringLiteral(" \n ");
+    fixture.speech->transcript = " \n ";
     dictate(DictationSource::fnHold);
-    EXPECT_EQ(model->errorMessage(), QStringLiteral("OpenAI returned an empty transcription."));
+    EXPECT_EQ(model->errorMessage(), "OpenAI returned an empty transcription.");
     EXPECT_EQ(recordingsLeft(), 0);
 
     QCoro::waitFor(model->stopRecordingAndTranscribe()); // nothing was recording
-    EXPECT_EQ(model->errorMessage(), QStringLiteral("There isn't an active recording to stop."));
-    EXPECT_EQ(model->statusMessage(), QStringLiteral("Couldn't finish transcription."));
+    EXPECT_EQ(model->errorMessage(), "There isn't an active recording to stop.");
+    EXPECT_EQ(model->statusMessage(), "Couldn't finish transcription.");
 }
 
 TEST_P(AppModelDictationTest, shortOrQuietRecordingsAreNotSent)
@@ -284,7 +278,7 @@ TEST_P(AppModelDictationTest, shortOrQuietRecordingsAreNotSent)
         dictate(DictationSource::fnHold);
         EXPECT_EQ(fixture.speech->transcribeCalls.size(), sent ? 1 : 0);
         if (!sent) {
-            EXPECT_EQ(model->statusMessage(), QStringLiteral("No speech detected. Try dictating again."));
+            EXPECT_EQ(model->statusMessage(), "No speech detected. Try dictating again.");
         }
         EXPECT_EQ(recordingsLeft(), 0);
         EXPECT_FALSE(model->isBusy());
@@ -313,7 +307,7 @@ TEST_P(AppModelDictationTest, spaceDuringAHoldTurnsItIntoAToggle)
 TEST_P(AppModelDictationTest, theTargetCapturedAtTheKeyPressWinsOverTheFrontmostApplication)
 {
     fixture.services.pushToTalkMonitor->apply(PushToTalkTriggerInput::fnDown());
-    fixture.workspace->frontmost = std::make_shared<FakeApplication>(9, QStringLiteral("Terminal"));
+    fixture.workspace->frontmost = std::make_shared<FakeApplication>(9, "Terminal");
     begin(DictationSource::fnHold);
     EXPECT_EQ(model->statusMessage(), t("Recording for TextEdit in German. Release Fn to transcribe."));
 }
@@ -325,8 +319,7 @@ TEST_P(AppModelDictationTest, thePermissionPromptDecidesWhetherTheTriggerIsStill
         PermissionState answer;
         std::function<QCoro::Task<>(AppModel &)> duringPrompt;
         QString status;
-        bool records;
-        bool releaseEnds = true;
+        bool records, releaseEnds = true;
     };
     const auto release = [](AppModel &m) { return m.globalPressToTalkEnded(); };
     const auto space = [](AppModel &m) { return m.globalToggleRecordingBegan(); };
@@ -343,8 +336,7 @@ TEST_P(AppModelDictationTest, thePermissionPromptDecidesWhetherTheTriggerIsStill
          "Recording for TextEdit in German. Release Fn to transcribe.", true},
         {DictationSource::fnHold, PermissionState::authorized, space,
          "Recording for TextEdit in German. Press Space or Fn to transcribe.", true, false},
-        {DictationSource::fnHold, PermissionState::denied, nothing, "Couldn't start dictation from Fn.",
-         false},
+        {DictationSource::fnHold, PermissionState::denied, nothing, "Couldn't start dictation from Fn.", false},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.status.toStdString());
@@ -405,18 +397,18 @@ TEST_P(AppModelDictationTest, anInputSourceChangeRightAroundAHoldStartCancelsIt)
 
 TEST_P(AppModelDictationTest, aFailedInsertionKeepsTheTranscript)
 {
-    fixture.inserter->failure = QuorlaError::textInsertionFailed(QStringLiteral("TextEdit refused the text."));
+    fixture.inserter->failure = QuorlaError::textInsertionFailed("TextEdit refused the text.");
     for (const bool autoCopy : {true, false}) {
         model->setAutoCopyTranscript(autoCopy);
-        QGuiApplication::clipboard()->setText(QStringLiteral("before"));
+        QGuiApplication::clipboard()->setText("before");
         dictate(DictationSource::fnHold);
         EXPECT_EQ(model->statusMessage(),
                   autoCopy ? "Typing into TextEdit failed, but the transcript was copied to the clipboard."
                            : "Typing into TextEdit failed. The transcript is still available in the app.");
-        EXPECT_EQ(model->errorMessage(), QStringLiteral("TextEdit refused the text."));
+        EXPECT_EQ(model->errorMessage(), "TextEdit refused the text.");
         EXPECT_EQ(QGuiApplication::clipboard()->text(), autoCopy ? "hello world" : "before");
         EXPECT_EQ(fixture.inserter->calls.last().restoreClipboard, !autoCopy);
-        EXPECT_EQ(model->recentTranscripts().value(0).text, QStringLiteral("hello world"));
+        EXPECT_EQ(model->recentTranscripts().value(0).text, "hello world");
         EXPECT_EQ(recordingsLeft(), 0);
     }
 }
@@ -436,7 +428,7 @@ TEST_P(AppModelDictationTest, triggersWhileBusyAreIgnored)
     Gate reply;
     fixture.speech->transcribeReply = [&reply]() -> QCoro::Task<QString> {
         co_await reply.opened();
-        co_return QStringLiteral("hello world");
+        co_return "hello world";
     };
     begin(DictationSource::fnHold);
     QCoro::Task<> finishing = model->globalPressToTalkEnded();
@@ -452,7 +444,7 @@ TEST_P(AppModelDictationTest, triggersWhileBusyAreIgnored)
 
     reply.open();
     QCoro::waitFor(finishing);
-    EXPECT_EQ(model->statusMessage(), QStringLiteral("Transcript inserted into TextEdit and copied to the clipboard."));
+    EXPECT_EQ(model->statusMessage(), "Transcript inserted into TextEdit and copied to the clipboard.");
     EXPECT_FALSE(model->isBusy());
 
     // The toggle asked for while busy is still wanted: the next hold starts as a toggle.

@@ -1,126 +1,58 @@
-#include "ModelFixture.h"
+#include "ModelTest.h"
 
-#include "stores/PreferencesStore.h"
-
-#include <QDir>
-#include <QFile>
 #include <QSignalSpy>
-#include <gtest/gtest.h>
 
 namespace {
 
-class AppModelPreferencesTest : public ::testing::Test
+using AppModelPreferencesTest = ModelTest;
+
+TEST_F(AppModelPreferencesTest, storedValuesAreReadBackAndMalformedOnesFallBackToTheDefaults)
 {
-protected:
-    void writePreferences(const QByteArray &json)
-    {
-        QDir().mkpath(QFileInfo(fixture.preferencesPath()).absolutePath());
-        QFile file(fixture.preferencesPath());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(json);
+    const struct {
+        const char *name;
+        QByteArray preferences;
+        bool polish;
+        QString prompt;
+        TranscriptionMode mode;
+        QString translation;
+        bool autoCopy, menuBarIcon;
+        TypingStatistics statistics;
+    } cases[] = {
+        {"first launch", "", false, "", TranscriptionMode::fast, "", true, false, {}},
+        {"stored", R"({"shouldPolishTranscript": true, "polishPrompt": "Be brief", "transcriptionMode": "moreAccurate",
+            "translationLanguageCode": " DE ", "autoCopyTranscript": false, "showMenuBarIcon": true,
+            "typedCharacterCount": 120, "typedWordCount": 20})",
+         true, "Be brief", TranscriptionMode::moreAccurate, "de", false, true, {120, 20}},
+        {"malformed", R"({"shouldPolishTranscript": "true", "transcriptionMode": "MoreAccurate",
+            "translationLanguageCode": "xx", "autoCopyTranscript": 0, "showMenuBarIcon": null, "typedWordCount": "7"})",
+         false, "", TranscriptionMode::fast, "", true, false, {}},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        QFile::remove(fixture.preferencesPath());
+        if (!c.preferences.isEmpty())
+            writePreferences(c.preferences);
+        AppModel &model = fixture.makeModel();
+        EXPECT_EQ(model.shouldPolishTranscript(), c.polish);
+        EXPECT_EQ(model.polishPrompt(), c.prompt);
+        EXPECT_EQ(model.transcriptionMode(), c.mode);
+        EXPECT_EQ(model.translationLanguageCode(), c.translation);
+        EXPECT_EQ(model.autoCopyTranscript(), c.autoCopy);
+        EXPECT_EQ(model.showMenuBarIcon(), c.menuBarIcon);
+        EXPECT_EQ(model.typingStatistics(), c.statistics);
+        EXPECT_FALSE(model.isBusy() || model.isRecording());
+        EXPECT_EQ(model.errorMessage(), std::nullopt);
     }
-    PreferencesStore stored() const { return PreferencesStore(fixture.preferencesPath()); }
-
-    ModelFixture fixture;
-};
-
-TEST_F(AppModelPreferencesTest, firstLaunchUsesTheDefaults)
-{
-    AppModel &model = fixture.makeModel();
-    EXPECT_FALSE(model.shouldPolishTranscript());
-    EXPECT_EQ(model.polishPrompt(), QString());
-    EXPECT_EQ(model.transcriptionMode(), TranscriptionMode::fast);
-    EXPECT_EQ(model.translationLanguageCode(), QString());
-    EXPECT_TRUE(model.autoCopyTranscript());
-    EXPECT_FALSE(model.showMenuBarIcon());
-    EXPECT_EQ(model.typingStatistics(), TypingStatistics{});
-    EXPECT_FALSE(model.isBusy());
-    EXPECT_FALSE(model.isRecording());
-    EXPECT_EQ(model.errorMessage(), std::nullopt);
-}
-
-TEST_F(AppModelPreferencesTest, storedValuesAreReadBack)
-{
-    writePreferences(R"({"shouldPolishTranscript": true, "polishPrompt": "Be brief", "transcriptionMode": "moreAccurate",
-        "translationLanguageCode": " DE ", "autoCopyTranscript": false, "showMenuBarIcon": true,
-        "typedCharacterCount": 120, "typedWordCount": 20})");
-    AppModel &model = fixture.makeModel();
-    EXPECT_TRUE(model.shouldPolishTranscript());
-    EXPECT_EQ(model.polishPrompt(), QStringLiteral("Be brief"));
-    EXPECT_EQ(model.transcriptionMode(), TranscriptionMode::moreAccurate);
-    EXPECT_EQ(model.translationLanguageCode(), QStringLiteral("de"));
-    EXPECT_FALSE(model.autoCopyTranscript());
-    EXPECT_TRUE(model.showMenuBarIcon());
-    EXPECT_EQ(model.typingStatistics(), (TypingStatistics{120, 20}));
-}
-
-TEST_F(AppModelPreferencesTest, malformedValuesFallBackToTheirDefaults)
-{
-    writePreferences(R"({"shouldPolishTranscript": "true", "transcriptionMode": "MoreAccurate",
-        "translationLanguageCode": "xx", "autoCopyTranscript": 0, "showMenuBarIcon": null, "typedWordCount": "7"})");
-    AppModel &model = fixture.makeModel();
-    EXPECT_FALSE(model.shouldPolishTranscript());
-    EXPECT_EQ(model.transcriptionMode(), TranscriptionMode::fast);
-    EXPECT_EQ(model.translationLanguageCode(), QString());
-    EXPECT_TRUE(model.autoCopyTranscript());
-    EXPECT_FALSE(model.showMenuBarIcon());
-    EXPECT_EQ(model.typingStatistics(), TypingStatistics{});
 }
 
 TEST_F(AppModelPreferencesTest, aCorruptFileYieldsDefaultsAndIsKeptAside)
 {
     writePreferences("{\"autoCopyTranscript\": fal");
-    AppModel &model = fixture.makeModel();
-    EXPECT_TRUE(model.autoCopyTranscript());
-    EXPECT_TRUE(QFile::exists(fixture.preferencesPath() + QStringLiteral(".corrupt")));
+    EXPECT_TRUE(fixture.makeModel().autoCopyTranscript());
+    EXPECT_TRUE(QFile::exists(fixture.preferencesPath() + ".corrupt"));
 }
 
-TEST_F(AppModelPreferencesTest, everyChangeIsPersistedAtOnce)
-{
-    AppModel &model = fixture.makeModel();
-    model.setShouldPolishTranscript(true);
-    model.setPolishPrompt(QStringLiteral("  Keep it short  "));
-    model.setTranscriptionMode(TranscriptionMode::moreAccurate);
-    model.setAutoCopyTranscript(false);
-    model.setShowMenuBarIcon(true);
-    const PreferencesStore store = stored();
-    EXPECT_EQ(store.boolValue(QStringLiteral("shouldPolishTranscript")), true);
-    EXPECT_EQ(store.stringValue(QStringLiteral("polishPrompt")), QStringLiteral("  Keep it short  "));
-    EXPECT_EQ(store.stringValue(QStringLiteral("transcriptionMode")), QStringLiteral("moreAccurate"));
-    EXPECT_EQ(store.boolValue(QStringLiteral("autoCopyTranscript")), false);
-    EXPECT_EQ(store.boolValue(QStringLiteral("showMenuBarIcon")), true);
-}
-
-TEST_F(AppModelPreferencesTest, aBlankPolishPromptRemovesItsKey)
-{
-    AppModel &model = fixture.makeModel();
-    model.setPolishPrompt(QStringLiteral("Formal"));
-    model.setPolishPrompt(QStringLiteral("   \n"));
-    EXPECT_FALSE(stored().contains(QStringLiteral("polishPrompt")));
-    EXPECT_EQ(model.polishPrompt(), QStringLiteral("   \n"));
-    EXPECT_EQ(fixture.makeModel().polishPrompt(), QString());
-}
-
-TEST_F(AppModelPreferencesTest, translationCodesAreStoredOnlyInCanonicalForm)
-{
-    AppModel &model = fixture.makeModel();
-    QSignalSpy changes(&model, &AppModel::translationLanguageCodeChanged);
-
-    model.setTranslationLanguageCode(QStringLiteral(" FR "));
-    EXPECT_EQ(model.translationLanguageCode(), QStringLiteral("fr"));
-    EXPECT_EQ(stored().stringValue(QStringLiteral("translationLanguageCode")), QStringLiteral("fr"));
-
-    model.setTranslationLanguageCode(QStringLiteral("klingon"));
-    EXPECT_EQ(model.translationLanguageCode(), QString());
-    EXPECT_FALSE(stored().contains(QStringLiteral("translationLanguageCode")));
-
-    model.setTranslationLanguageCode(QStringLiteral("deu"));
-    EXPECT_FALSE(stored().contains(QStringLiteral("translationLanguageCode")));
-    EXPECT_EQ(model.translationLanguageCode(), QString());
-    EXPECT_GE(changes.count(), 4);
-}
-
-TEST_F(AppModelPreferencesTest, equalValuesDoNotNotify)
+TEST_F(AppModelPreferencesTest, everyChangeIsPersistedAtOnceAndEqualValuesDoNotNotify)
 {
     AppModel &model = fixture.makeModel();
     QSignalSpy polish(&model, &AppModel::shouldPolishTranscriptChanged);
@@ -129,27 +61,50 @@ TEST_F(AppModelPreferencesTest, equalValuesDoNotNotify)
     model.setTranscriptionMode(TranscriptionMode::fast);
     EXPECT_EQ(polish.count(), 0);
     EXPECT_EQ(mode.count(), 0);
+
     model.setShouldPolishTranscript(true);
+    model.setPolishPrompt("  Keep it short  ");
+    model.setTranscriptionMode(TranscriptionMode::moreAccurate);
+    model.setAutoCopyTranscript(false);
+    model.setShowMenuBarIcon(true);
     EXPECT_EQ(polish.count(), 1);
+    const PreferencesStore store = stored();
+    EXPECT_EQ(store.boolValue("shouldPolishTranscript"), true);
+    EXPECT_EQ(store.stringValue("polishPrompt"), "  Keep it short  ");
+    EXPECT_EQ(store.stringValue("transcriptionMode"), "moreAccurate");
+    EXPECT_EQ(store.boolValue("autoCopyTranscript"), false);
+    EXPECT_EQ(store.boolValue("showMenuBarIcon"), true);
+
+    model.setPolishPrompt("   \n"); // blank: the key goes
+    EXPECT_FALSE(stored().contains("polishPrompt"));
+    EXPECT_EQ(model.polishPrompt(), "   \n");
+    EXPECT_EQ(fixture.makeModel().polishPrompt(), QString());
 }
 
-TEST_F(AppModelPreferencesTest, startAppServicesInstallsTheMonitorsOnce)
+TEST_F(AppModelPreferencesTest, translationCodesAreStoredOnlyInCanonicalForm)
 {
     AppModel &model = fixture.makeModel();
-    model.startAppServices();
-    model.startAppServices();
-    EXPECT_EQ(fixture.keyboard->installCount, 1);
-    EXPECT_EQ(model.triggerRegistrationError(), std::nullopt);
+    QSignalSpy changes(&model, &AppModel::translationLanguageCodeChanged);
+    model.setTranslationLanguageCode(" FR ");
+    EXPECT_EQ(model.translationLanguageCode(), "fr");
+    EXPECT_EQ(stored().stringValue("translationLanguageCode"), "fr");
+    for (const char *invalid : {"klingon", "deu"}) {
+        model.setTranslationLanguageCode(invalid);
+        EXPECT_EQ(model.translationLanguageCode(), QString());
+        EXPECT_FALSE(stored().contains("translationLanguageCode"));
+    }
+    EXPECT_GE(changes.count(), 4);
 }
 
-TEST_F(AppModelPreferencesTest, aFailedInstallIsShownAndRetriedOnTheNextStart)
+TEST_F(AppModelPreferencesTest, aFailedInstallIsShownAndRetriedOnlyUntilItWorks)
 {
-    fixture.keyboard->installFailure = QuorlaError::hotkeyRegistrationFailed(QStringLiteral("No keyboard here."));
+    fixture.keyboard->installFailure = QuorlaError::hotkeyRegistrationFailed("No keyboard here.");
     AppModel &model = fixture.makeModel();
     model.startAppServices();
-    EXPECT_EQ(model.triggerRegistrationError(), QStringLiteral("No keyboard here."));
+    EXPECT_EQ(model.triggerRegistrationError(), "No keyboard here.");
 
     fixture.keyboard->installFailure.reset();
+    model.startAppServices();
     model.startAppServices();
     EXPECT_EQ(fixture.keyboard->installCount, 2);
     EXPECT_EQ(model.triggerRegistrationError(), std::nullopt);

@@ -28,16 +28,12 @@ TEST(AppUpdateClientVersions, partsAreLeadingNumbersOfDotSeparatedPieces)
         QString version;
         QList<int> parts;
     } cases[] = {
-        {QStringLiteral("2.10.3-beta"), {2, 10, 3}},
-        {QStringLiteral("beta2.1"), {0, 1}},
-        {QString(), {}},
-        {QStringLiteral("1..2."), {1, 2}},
-        {QStringLiteral(".7"), {7}},
-        {QStringLiteral("99999999999.1"), {0, 1}},                     // overflow
-        {QStringLiteral("\u0663.2"), {0, 2}},                          // Arabic-Indic three
-        {QStringLiteral("1\u00BD.4"), {0, 4}},                         // a vulgar fraction is numeric
-        {QStringLiteral("4\U0001D7D9.1"), {0, 1}},                     // numeric beyond the BMP
-        {QStringLiteral(" 1.2"), {0, 2}},
+        {"2.10.3-beta", {2, 10, 3}}, {"beta2.1", {0, 1}}, {QString(), {}}, {"1..2.", {1, 2}}, {".7", {7}},
+        {"99999999999.1", {0, 1}},                     // overflow
+        {"\u0663.2", {0, 2}},                          // Arabic-Indic three
+        {"1\u00BD.4", {0, 4}},                         // a vulgar fraction is numeric
+        {"4\U0001D7D9.1", {0, 1}},                     // numeric beyond the BMP
+        {" 1.2", {0, 2}},
     };
     for (const auto &c : cases)
         EXPECT_EQ(AppUpdateClient::normalizedVersionParts(c.version), c.parts) << c.version.toStdString();
@@ -50,16 +46,9 @@ TEST(AppUpdateClientVersions, newerComparesPartByPart)
         QString current;
         bool newer;
     } cases[] = {
-        {QStringLiteral("1.2.0"), QStringLiteral("1.2"), false},
-        {QStringLiteral("1.2"), QStringLiteral("1.2.0"), false},
-        {QStringLiteral("1.10"), QStringLiteral("1.9"), true},
-        {QStringLiteral("1.9"), QStringLiteral("1.10"), false},
-        {QStringLiteral("1.2.3.4"), QStringLiteral("1.2.3"), true},
-        {QStringLiteral("1.2.3.0"), QStringLiteral("1.2.3"), false},
-        {QStringLiteral("0.0.1"), QStringLiteral("0.0.0"), true},
-        {QStringLiteral("2"), QStringLiteral("1.99.99"), true},
-        {QStringLiteral("1.3"), QStringLiteral("1.2.9"), true},
-        {QStringLiteral("beta"), QString(), false},
+        {"1.2.0", "1.2", false}, {"1.2", "1.2.0", false}, {"1.10", "1.9", true}, {"1.9", "1.10", false},
+        {"1.2.3.4", "1.2.3", true}, {"1.2.3.0", "1.2.3", false}, {"0.0.1", "0.0.0", true},
+        {"2", "1.99.99", true}, {"1.3", "1.2.9", true}, {"beta", QString(), false},
     };
     for (const auto &c : cases)
         EXPECT_EQ(AppUpdateClient::isVersion(c.candidate, c.current), c.newer)
@@ -70,22 +59,29 @@ class AppUpdateClientTest : public ::testing::Test
 {
 protected:
     TaskResult<std::optional<AppUpdate>> check(const QByteArray &body, int status = 200,
-                                               const QString &current = QStringLiteral("1.2.9"))
+                                               const QString &current = "1.2.9")
     {
         server.enqueueReply("/api/app/latest", FakeOpenAIServer::json(status, body));
         return waitForResult(client.availableUpdate(current));
     }
 
+    AppModel &makeModel()
+    {
+        fixture.latestReleaseURL = server.url("/api/app/latest");
+        return fixture.makeModel();
+    }
+
     FakeOpenAIServer server;
     QNetworkAccessManager network;
-    AppUpdateClient client{&network, server.url(QStringLiteral("/api/app/latest")), std::chrono::milliseconds(500)};
+    AppUpdateClient client{&network, server.url("/api/app/latest"), std::chrono::milliseconds(500)};
+    ModelFixture fixture;
 };
 
 TEST_F(AppUpdateClientTest, releaseRepliesGiveAnUpdateOrNone)
 {
-    const QUrl download(QStringLiteral("https://quorla.app/dl/1.3"));
-    const QString decoding = QStringLiteral("The data couldn't be read because it isn't in the correct format.");
-    const QString unreadable = QStringLiteral("OpenAI returned a response the app couldn't read.");
+    const QUrl download("https://quorla.app/dl/1.3");
+    const QString decoding = "The data couldn't be read because it isn't in the correct format.";
+    const QString unreadable = "OpenAI returned a response the app couldn't read.";
     const struct {
         const char *name;
         QByteArray body;
@@ -94,7 +90,7 @@ TEST_F(AppUpdateClientTest, releaseRepliesGiveAnUpdateOrNone)
         QString error;
     } cases[] = {
         {"newer, trimmed", "{\"version\":\" 1.3 \\n\",\"downloadUrl\":\"https://quorla.app/dl/1.3\",\"notes\":1}", 200,
-         AppUpdate{QStringLiteral("1.3"), download}, QString()},
+         AppUpdate{"1.3", download}, QString()},
         {"same version", R"({"version":"1.2.9.0","downloadUrl":"https://quorla.app/dl/1.3"})", 200, std::nullopt, QString()},
         {"no link", R"({"version":"1.3"})", 200, std::nullopt, QString()},
         {"blank version", R"({"version":"  ","downloadUrl":"https://quorla.app/dl/1.3"})", 200, std::nullopt, QString()},
@@ -102,8 +98,7 @@ TEST_F(AppUpdateClientTest, releaseRepliesGiveAnUpdateOrNone)
         {"version not a string", R"({"version":1.3,"downloadUrl":"https://quorla.app/dl/1.3"})", 200, std::nullopt,
          decoding},
         {"not JSON", "<html>", 200, std::nullopt, decoding},
-        {"array", "[]", 200, std::nullopt, decoding},
-        {"304", "", 304, std::nullopt, unreadable},
+        {"array", "[]", 200, std::nullopt, decoding}, {"304", "", 304, std::nullopt, unreadable},
         {"404", R"({"version":"9"})", 404, std::nullopt, unreadable},
     };
     for (const auto &c : cases) {
@@ -124,16 +119,14 @@ TEST_F(AppUpdateClientTest, releaseRepliesGiveAnUpdateOrNone)
 
 TEST_F(AppUpdateClientTest, modelStoresTheResultQuietly)
 {
-    ModelFixture fixture;
-    fixture.latestReleaseURL = server.url(QStringLiteral("/api/app/latest"));
-    AppModel &model = fixture.makeModel();
+    AppModel &model = makeModel();
     QSignalSpy changed(&model, &AppModel::availableAppUpdateChanged);
 
     server.setReply("/api/app/latest",
                     FakeOpenAIServer::json(200, R"({"version":"99.0","downloadUrl":"https://quorla.app/dl/99"})"));
     ASSERT_TRUE(waitForDone(model.checkForAppUpdate()));
     ASSERT_TRUE(model.hasAvailableAppUpdate());
-    EXPECT_EQ(model.availableAppUpdate()->version, QStringLiteral("99.0"));
+    EXPECT_EQ(model.availableAppUpdate()->version, "99.0");
     EXPECT_EQ(changed.size(), 1);
 
     // The same result again wakes no observer; a failure clears the notice and shows nothing.
@@ -148,14 +141,13 @@ TEST_F(AppUpdateClientTest, modelStoresTheResultQuietly)
 
 TEST_F(AppUpdateClientTest, checkForUpdatesOpensOnlyANewerWebDownload)
 {
-    ModelFixture fixture;
-    fixture.latestReleaseURL = server.url(QStringLiteral("/api/app/latest"));
-    AppModel &model = fixture.makeModel();
+    AppModel &model = makeModel();
     UrlRecorder browser;
-    for (const QString &scheme : {QStringLiteral("https"), QStringLiteral("http"), QStringLiteral("file")})
+    const QStringList schemes{"https", "http", "file"};
+    for (const QString &scheme : schemes)
         QDesktopServices::setUrlHandler(scheme, &browser, "open");
-    const auto resetHandlers = qScopeGuard([] {
-        for (const QString &scheme : {QStringLiteral("https"), QStringLiteral("http"), QStringLiteral("file")})
+    const auto resetHandlers = qScopeGuard([&schemes] {
+        for (const QString &scheme : schemes)
             QDesktopServices::unsetUrlHandler(scheme);
     });
 
@@ -163,7 +155,7 @@ TEST_F(AppUpdateClientTest, checkForUpdatesOpensOnlyANewerWebDownload)
         QByteArray body;
         QList<QUrl> opened;
     } cases[] = {
-        {R"({"version":"99.0","downloadUrl":"https://quorla.app/dl/99"})", {QUrl(QStringLiteral("https://quorla.app/dl/99"))}},
+        {R"({"version":"99.0","downloadUrl":"https://quorla.app/dl/99"})", {QUrl("https://quorla.app/dl/99")}},
         {R"({"version":"0.0.1","downloadUrl":"https://quorla.app/dl/old"})", {}},
         {R"({"version":"99.0","downloadUrl":"file:///etc/passwd"})", {}},
     };

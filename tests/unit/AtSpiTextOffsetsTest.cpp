@@ -14,17 +14,12 @@ TEST(AtSpiTextOffsetsTest, codePointsAndUtf16UnitsConvertBothWays)
         qsizetype codePoints;
         qsizetype units;
     };
-    const QString mixed = QStringLiteral("a") + grin + QStringLiteral("b") + grin;
+    const QString mixed = "a" + grin + "b" + grin;
     const Case cases[] = {
-        {QString(), 0, 0},
-        {QStringLiteral("abc"), 2, 2},
-        {mixed, 0, 0},
-        {mixed, 1, 1},
-        {mixed, 2, 3},
-        {mixed, 3, 4},
+        {QString(), 0, 0}, {"abc", 2, 2}, {mixed, 0, 0}, {mixed, 1, 1}, {mixed, 2, 3}, {mixed, 3, 4},
         {mixed, 4, 6},
         {mixed, 6, 8},            // past the end stays past the end
-        {QStringLiteral("ab"), 5, 5},
+        {"ab", 5, 5},
     };
     for (const Case &c : cases) {
         EXPECT_EQ(utf16OffsetOfCodePoint(c.text, c.codePoints), c.units) << c.codePoints;
@@ -34,9 +29,9 @@ TEST(AtSpiTextOffsetsTest, codePointsAndUtf16UnitsConvertBothWays)
 
 TEST(AtSpiTextOffsetsTest, anOffsetInsideASurrogatePairRoundsDown)
 {
-    EXPECT_EQ(codePointOffsetOfUtf16(QStringLiteral("a") + grin, 2), 1);
+    EXPECT_EQ(codePointOffsetOfUtf16("a" + grin, 2), 1);
     // A lone high surrogate counts as one character, as it would on the wire.
-    const QString lone = QString(QChar(0xD83D)) + QStringLiteral("x");
+    const QString lone = QString(QChar(0xD83D)) + "x";
     EXPECT_EQ(utf16OffsetOfCodePoint(lone, 1), 1);
     EXPECT_EQ(codePointOffsetOfUtf16(lone, 2), 2);
 }

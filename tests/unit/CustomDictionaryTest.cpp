@@ -1,25 +1,14 @@
-#include "ModelFixture.h"
+#include "ModelTest.h"
 
 #include "models/CustomDictionary.h"
 #include "stores/CustomDictionaryStorage.h"
-#include "stores/PreferencesStore.h"
-
-#include <QDir>
-#include <QFile>
-#include <gtest/gtest.h>
 
 namespace {
 
 using Entries = QList<CustomDictionaryEntry>;
 
-CustomDictionaryEntry term(const QString &text)
-{
-    return {text, std::nullopt};
-}
-CustomDictionaryEntry rule(const QString &text, const QString &replacement)
-{
-    return {text, replacement};
-}
+CustomDictionaryEntry term(const QString &text) { return {text, std::nullopt}; }
+CustomDictionaryEntry rule(const QString &text, const QString &replacement) { return {text, replacement}; }
 
 TEST(CustomDictionaryText, normalizesLinesAndKeepsInnerSpacing)
 {
@@ -27,12 +16,8 @@ TEST(CustomDictionaryText, normalizesLinesAndKeepsInnerSpacing)
         QString input;
         std::optional<QString> expected;
     } cases[] = {
-        {QStringLiteral("  Acme\n\n  Corp  "), QStringLiteral("Acme Corp")},
-        {QStringLiteral("a   b"), QStringLiteral("a   b")},
-        {QStringLiteral("\n \t"), std::nullopt},
-        {QString(), std::nullopt},
-        {QStringLiteral("one\r\ntwo\u2028three"), QStringLiteral("one two three")},
-        {QStringLiteral("MiXeD\tcase"), QStringLiteral("MiXeD\tcase")},
+        {"  Acme\n\n  Corp  ", "Acme Corp"}, {"a   b", "a   b"}, {"\n \t", std::nullopt},
+        {QString(), std::nullopt}, {"one\r\ntwo\u2028three", "one two three"}, {"MiXeD\tcase", "MiXeD\tcase"},
     };
     for (const auto &c : cases)
         EXPECT_EQ(normalizedCustomDictionaryText(c.input), c.expected) << c.input.toStdString();
@@ -40,156 +25,122 @@ TEST(CustomDictionaryText, normalizesLinesAndKeepsInnerSpacing)
 
 TEST(CustomDictionaryText, foldedKeyIgnoresCaseAndAccentsOnly)
 {
-    EXPECT_EQ(foldedCustomDictionaryKey(QStringLiteral("Café")), foldedCustomDictionaryKey(QStringLiteral("CAFE")));
-    EXPECT_EQ(foldedCustomDictionaryKey(QStringLiteral("İstanbul")),
-              foldedCustomDictionaryKey(QStringLiteral("istanbul")));
-    EXPECT_NE(foldedCustomDictionaryKey(QStringLiteral("Acme Corp")),
-              foldedCustomDictionaryKey(QStringLiteral("AcmeCorp")));
+    EXPECT_EQ(foldedCustomDictionaryKey("Café"), foldedCustomDictionaryKey("CAFE"));
+    EXPECT_EQ(foldedCustomDictionaryKey("İstanbul"), foldedCustomDictionaryKey("istanbul"));
+    EXPECT_NE(foldedCustomDictionaryKey("Acme Corp"), foldedCustomDictionaryKey("AcmeCorp"));
 }
 
 TEST(CustomDictionaryText, cleaningDropsBlanksAndLaterDuplicates)
 {
-    const Entries stored{term(QStringLiteral(" Acme ")), rule(QStringLiteral("open eye"), QStringLiteral(" \n ")),
-                         term(QStringLiteral("\t")), term(QStringLiteral("ACME"))};
-    EXPECT_EQ(cleanedCustomDictionaryEntries(stored),
-              (Entries{term(QStringLiteral("Acme")), term(QStringLiteral("open eye"))}));
+    const Entries stored{term(" Acme "), rule("open eye", " \n "), term("\t"), term("ACME")};
+    EXPECT_EQ(cleanedCustomDictionaryEntries(stored), (Entries{term("Acme"), term("open eye")}));
 }
 
 TEST(CustomDictionaryText, guidanceHasOneSectionPerKindInOrder)
 {
     EXPECT_EQ(customDictionaryGuidance({}), std::nullopt);
-    EXPECT_EQ(customDictionaryGuidance({term(QStringLiteral(" \n"))}), std::nullopt);
-    EXPECT_EQ(customDictionaryGuidance({rule(QStringLiteral("open eye"), QStringLiteral("OpenAI"))}),
-              QStringLiteral("If any of these spoken forms are heard or clearly intended, the returned transcript must "
-                             "replace them with the exact output shown:\n- open eye -> OpenAI"));
-    EXPECT_EQ(
-        customDictionaryGuidance({rule(QStringLiteral("open eye"), QStringLiteral("OpenAI")),
-                                  term(QStringLiteral("Acme Corp")), term(QStringLiteral("jane@acme.io"))}),
-        QStringLiteral("If any of these terms are spoken or clearly intended, the returned transcript must use "
-                       "these exact spellings, capitalization, punctuation, and symbols:\n- Acme Corp\n- jane@acme.io"
-                       "\n\nIf any of these spoken forms are heard or clearly intended, the returned transcript "
-                       "must replace them with the exact output shown:\n- open eye -> OpenAI"));
+    EXPECT_EQ(customDictionaryGuidance({term(" \n")}), std::nullopt);
+    EXPECT_EQ(customDictionaryGuidance({rule("open eye", "OpenAI")}),
+              "If any of these spoken forms are heard or clearly intended, the returned transcript must "
+              "replace them with the exact output shown:\n- open eye -> OpenAI");
+    EXPECT_EQ(customDictionaryGuidance({rule("open eye", "OpenAI"), term("Acme Corp"), term("jane@acme.io")}),
+              "If any of these terms are spoken or clearly intended, the returned transcript must use "
+              "these exact spellings, capitalization, punctuation, and symbols:\n- Acme Corp\n- jane@acme.io"
+              "\n\nIf any of these spoken forms are heard or clearly intended, the returned transcript "
+              "must replace them with the exact output shown:\n- open eye -> OpenAI");
 }
 
-class CustomDictionaryModelTest : public ::testing::Test
+class CustomDictionaryModelTest : public ModelTest
 {
 protected:
-    void writePreferences(const QByteArray &json)
-    {
-        QDir().mkpath(QFileInfo(fixture.preferencesPath()).absolutePath());
-        QFile file(fixture.preferencesPath());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(json);
-    }
-    [[nodiscard]] Entries storedEntries() const
-    {
-        return loadedCustomDictionaryEntries(PreferencesStore(fixture.preferencesPath()));
-    }
-
-    ModelFixture fixture;
+    [[nodiscard]] Entries storedEntries() const { return loadedCustomDictionaryEntries(stored()); }
 };
 
 TEST_F(CustomDictionaryModelTest, addingUpdatesByCaseOrAccentAndRefusesExactDuplicates)
 {
     AppModel &model = fixture.makeModel();
-    model.presentError(QStringLiteral("Old error."));
-    EXPECT_TRUE(model.addCustomDictionaryEntry(QStringLiteral("  Acme Corp\n"), std::nullopt, false));
-    EXPECT_EQ(model.statusMessage(), QStringLiteral("\"Acme Corp\" added to Dictionary."));
+    model.presentError("Old error.");
+    EXPECT_TRUE(model.addCustomDictionaryEntry("  Acme Corp\n", std::nullopt, false));
+    EXPECT_EQ(model.statusMessage(), "\"Acme Corp\" added to Dictionary.");
     EXPECT_EQ(model.errorMessage(), std::nullopt);
-    EXPECT_TRUE(model.addCustomDictionaryEntry(QStringLiteral("cafe"), std::nullopt, false));
+    EXPECT_TRUE(model.addCustomDictionaryEntry("cafe", std::nullopt, false));
 
-    EXPECT_TRUE(model.addCustomDictionaryEntry(QStringLiteral("acme corp"), std::nullopt, false));
-    EXPECT_EQ(model.statusMessage(), QStringLiteral("\"acme corp\" updated in Dictionary."));
-    EXPECT_TRUE(model.addCustomDictionaryEntry(QStringLiteral("Café"), QStringLiteral("CAFÉ"), true));
-    EXPECT_EQ(model.customDictionaryEntries(),
-              (Entries{term(QStringLiteral("acme corp")), rule(QStringLiteral("Café"), QStringLiteral("CAFÉ"))}));
+    EXPECT_TRUE(model.addCustomDictionaryEntry("acme corp", std::nullopt, false));
+    EXPECT_EQ(model.statusMessage(), "\"acme corp\" updated in Dictionary.");
+    EXPECT_TRUE(model.addCustomDictionaryEntry("Café", "CAFÉ", true));
+    EXPECT_EQ(model.customDictionaryEntries(), (Entries{term("acme corp"), rule("Café", "CAFÉ")}));
 
-    EXPECT_FALSE(model.addCustomDictionaryEntry(QStringLiteral("Café "), QStringLiteral(" CAFÉ"), true));
-    EXPECT_EQ(model.statusMessage(), QStringLiteral("\"Café\" is already in Dictionary."));
+    EXPECT_FALSE(model.addCustomDictionaryEntry("Café ", " CAFÉ", true));
+    EXPECT_EQ(model.statusMessage(), "\"Café\" is already in Dictionary.");
     // Dropping the replacement is a change, not a duplicate.
-    EXPECT_TRUE(model.addCustomDictionaryEntry(QStringLiteral("Café"), std::nullopt, false));
-    EXPECT_EQ(model.customDictionaryEntries().last(), term(QStringLiteral("Café")));
+    EXPECT_TRUE(model.addCustomDictionaryEntry("Café", std::nullopt, false));
+    EXPECT_EQ(model.customDictionaryEntries().last(), term("Café"));
     EXPECT_EQ(storedEntries(), model.customDictionaryEntries());
 }
 
 TEST_F(CustomDictionaryModelTest, addingRefusesBlankInput)
 {
     AppModel &model = fixture.makeModel();
-    EXPECT_FALSE(model.addCustomDictionaryEntry(QStringLiteral(" \n\t"), QStringLiteral("x"), true));
-    EXPECT_EQ(model.statusMessage(), QStringLiteral("Enter a name, email, or company term first."));
-    EXPECT_FALSE(model.addCustomDictionaryEntry(QStringLiteral("open eye"), QStringLiteral("  "), true));
-    EXPECT_EQ(model.statusMessage(), QStringLiteral("Enter a replacement term first."));
-    EXPECT_FALSE(model.addCustomDictionaryEntry(QStringLiteral("open eye"), std::nullopt, true));
+    EXPECT_FALSE(model.addCustomDictionaryEntry(" \n\t", "x", true));
+    EXPECT_EQ(model.statusMessage(), "Enter a name, email, or company term first.");
+    EXPECT_FALSE(model.addCustomDictionaryEntry("open eye", "  ", true));
+    EXPECT_EQ(model.statusMessage(), "Enter a replacement term first.");
+    EXPECT_FALSE(model.addCustomDictionaryEntry("open eye", std::nullopt, true));
     EXPECT_TRUE(model.customDictionaryEntries().isEmpty());
-    EXPECT_FALSE(PreferencesStore(fixture.preferencesPath()).contains(QStringLiteral("customDictionaryEntries")));
+    EXPECT_FALSE(stored().contains("customDictionaryEntries"));
 }
 
-TEST_F(CustomDictionaryModelTest, removingAndClearing)
+TEST_F(CustomDictionaryModelTest, persistingWritesBothKeysAndRemovingAndClearingFollow)
 {
-    AppModel &model = fixture.makeModel();
-    model.addCustomDictionaryEntry(QStringLiteral("Acme"), std::nullopt, false);
-    model.addCustomDictionaryEntry(QStringLiteral("open eye"), QStringLiteral("OpenAI"), true);
+    fixture.makeModel().addCustomDictionaryEntry("Acme", std::nullopt, false);
+    fixture.model().addCustomDictionaryEntry("open eye", "OpenAI", true);
+    EXPECT_EQ(stored().stringListValue("customDictionaryTerms"), (QStringList{"Acme", "open eye"}));
+    EXPECT_EQ(decodedCustomDictionaryEntries(stored().dataValue("customDictionaryEntries").value()),
+              (Entries{term("Acme"), rule("open eye", "OpenAI")}));
 
-    model.removeCustomDictionaryEntry(term(QStringLiteral("ACME")));
-    EXPECT_EQ(model.statusMessage(), QStringLiteral("\"ACME\" removed from Dictionary."));
+    AppModel &model = fixture.makeModel(); // relaunched
+    EXPECT_EQ(model.customDictionaryEntries(), storedEntries());
+    model.removeCustomDictionaryEntry(term("ACME"));
+    EXPECT_EQ(model.statusMessage(), "\"ACME\" removed from Dictionary.");
     model.clearTranscript(); // resets the status line
     const QString idle = model.statusMessage();
-    model.removeCustomDictionaryEntry(term(QStringLiteral("Acme")));
+    model.removeCustomDictionaryEntry(term("Acme"));
     EXPECT_EQ(model.statusMessage(), idle);
-    EXPECT_EQ(storedEntries(), (Entries{rule(QStringLiteral("open eye"), QStringLiteral("OpenAI"))}));
+    EXPECT_EQ(storedEntries(), (Entries{rule("open eye", "OpenAI")}));
 
     model.clearCustomDictionary();
-    EXPECT_EQ(model.statusMessage(), QStringLiteral("Dictionary cleared."));
+    EXPECT_EQ(model.statusMessage(), "Dictionary cleared.");
     EXPECT_TRUE(storedEntries().isEmpty());
     model.clearCustomDictionary();
-    EXPECT_EQ(model.statusMessage(), QStringLiteral("Dictionary is already empty."));
+    EXPECT_EQ(model.statusMessage(), "Dictionary is already empty.");
 }
 
 TEST_F(CustomDictionaryModelTest, loadingCleansStoredDataAndFallsBackToTerms)
 {
+    // Entries stored as data (base64 JSON) beside the older list of terms.
+    const auto both = [](const QByteArray &entries, const char *terms) {
+        return R"({"customDictionaryEntries": {"$data": ")" + entries.toBase64() + R"("}, "customDictionaryTerms": )"
+            + terms + "}";
+    };
     const struct {
         const char *name;
         QByteArray preferences;
         Entries expected;
     } cases[] = {
         {"duplicates by case keep the first",
-         R"({"customDictionaryEntries": {"$data": ")"
-             + QByteArray(R"([{"term":"Acme"},{"term":"ACME","replacement":"x"},{"term":"b","replacement":" \n"}])")
-                   .toBase64()
-             + R"("}, "customDictionaryTerms": ["ignored"]})",
-         {term(QStringLiteral("Acme")), term(QStringLiteral("b"))}},
-        {"an empty list does not consult the terms",
-         R"({"customDictionaryEntries": {"$data": ")" + QByteArray("[]").toBase64()
-             + R"("}, "customDictionaryTerms": ["ignored"]})",
-         {}},
-        {"only the old terms",
-         R"({"customDictionaryTerms": [" Acme\nCorp ", "", "acme corp", "Zed"]})",
-         {term(QStringLiteral("Acme Corp")), term(QStringLiteral("Zed"))}},
-        {"undecodable data falls back",
-         R"({"customDictionaryEntries": {"$data": ")" + QByteArray(R"([{"term":1}])").toBase64()
-             + R"("}, "customDictionaryTerms": ["Zed"]})",
-         {term(QStringLiteral("Zed"))}},
-        {"data of the wrong type falls back",
-         R"({"customDictionaryEntries": "[]", "customDictionaryTerms": ["Zed"]})",
-         {term(QStringLiteral("Zed"))}},
+         both(R"([{"term":"Acme"},{"term":"ACME","replacement":"x"},{"term":"b","replacement":" \n"}])", R"(["ignored"])"),
+         {term("Acme"), term("b")}},
+        {"an empty list does not consult the terms", both("[]", R"(["ignored"])"), {}},
+        {"only the old terms", R"({"customDictionaryTerms": [" Acme\nCorp ", "", "acme corp", "Zed"]})",
+         {term("Acme Corp"), term("Zed")}},
+        {"undecodable data falls back", both(R"([{"term":1}])", R"(["Zed"])"), {term("Zed")}},
+        {"data of the wrong type falls back", R"({"customDictionaryEntries": "[]", "customDictionaryTerms": ["Zed"]})",
+         {term("Zed")}},
     };
     for (const auto &c : cases) {
         writePreferences(c.preferences);
         EXPECT_EQ(fixture.makeModel().customDictionaryEntries(), c.expected) << c.name;
     }
-}
-
-TEST_F(CustomDictionaryModelTest, persistingWritesBothKeys)
-{
-    AppModel &model = fixture.makeModel();
-    model.addCustomDictionaryEntry(QStringLiteral("Acme"), std::nullopt, false);
-    model.addCustomDictionaryEntry(QStringLiteral("open eye"), QStringLiteral("OpenAI"), true);
-    const PreferencesStore stored(fixture.preferencesPath());
-    EXPECT_EQ(stored.stringListValue(QStringLiteral("customDictionaryTerms")),
-              (QStringList{QStringLiteral("Acme"), QStringLiteral("open eye")}));
-    EXPECT_EQ(decodedCustomDictionaryEntries(stored.dataValue(QStringLiteral("customDictionaryEntries")).value()),
-              (Entries{term(QStringLiteral("Acme")), rule(QStringLiteral("open eye"), QStringLiteral("OpenAI"))}));
-    EXPECT_EQ(fixture.makeModel().customDictionaryEntries(), storedEntries());
 }
 
 } // namespace

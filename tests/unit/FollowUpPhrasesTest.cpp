@@ -13,22 +13,18 @@ TEST(FollowUpPhrases, trailingOffersAreRemoved)
         QString input;
         QString expected;
     } cases[] = {
-        {QStringLiteral("Hello there.\n\nLet me know if you'd like any changes!"), QStringLiteral("Hello there.")},
-        {QStringLiteral("Done: would you like me to make any changes?\u201D"), QStringLiteral("Done")},
-        {QStringLiteral("Would you like any changes?"), QString()},
-        {QStringLiteral("Let me know if you'd like any changes to the draft"),
-         QStringLiteral("Let me know if you'd like any changes to the draft")},
+        {"Hello there.\n\nLet me know if you'd like any changes!", "Hello there."},
+        {"Done: would you like me to make any changes?\u201D", "Done"},
+        {"Would you like any changes?", QString()},
+        {"Let me know if you'd like any changes to the draft", "Let me know if you'd like any changes to the draft"},
         // Stacked offers go one after another.
-        {QStringLiteral("Ready \u2014 Let me know if you want any changes. Would you like any changes?"),
-         QStringLiteral("Ready")},
-        {QStringLiteral("Notes - ASK FOR FOLLOW-UP CHANGES"), QStringLiteral("Notes")},
-        {QStringLiteral("Text \u2013 let me know if you would like any changes.\u2019 '\""), QStringLiteral("Text")},
+        {"Ready \u2014 Let me know if you want any changes. Would you like any changes?", "Ready"},
+        {"Notes - ASK FOR FOLLOW-UP CHANGES", "Notes"},
+        {QStringLiteral("Text \u2013 let me know if you would like any changes.\u2019 '\""), "Text"},
         // Only the straight apostrophe belongs to the phrase.
-        {QStringLiteral("Hi. Let me know if you\u2019d like any changes."),
-         QStringLiteral("Hi. Let me know if you\u2019d like any changes.")},
-        {QStringLiteral("Line one.\nWould you like any changes?\u00A0\n"), QStringLiteral("Line one.")},
-        {QStringLiteral("No offer here."), QStringLiteral("No offer here.")},
-        {QString(), QString()},
+        {"Hi. Let me know if you\u2019d like any changes.", "Hi. Let me know if you\u2019d like any changes."},
+        {"Line one.\nWould you like any changes?\u00A0\n", "Line one."},
+        {"No offer here.", "No offer here."}, {QString(), QString()},
     };
     for (const auto &c : cases)
         EXPECT_EQ(normalizedWithoutFollowUpPhrases(c.input), c.expected) << c.input.toStdString();
@@ -41,14 +37,13 @@ TEST(OpenAIReplyValidation, onlyTwoHundredsSucceed)
         QByteArray body;
         std::optional<QuorlaError> error;
     } cases[] = {
-        {200, "", std::nullopt},
-        {299, "<html>", std::nullopt},
-        {199, "", QuorlaError::apiFailure(QStringLiteral("OpenAI request failed with status 199."))},
-        {300, "", QuorlaError::apiFailure(QStringLiteral("OpenAI request failed with status 300."))},
+        {200, "", std::nullopt}, {299, "<html>", std::nullopt},
+        {199, "", QuorlaError::apiFailure("OpenAI request failed with status 199.")},
+        {300, "", QuorlaError::apiFailure("OpenAI request failed with status 300.")},
         {502, R"({"error":{"message":""}})", QuorlaError::apiFailure(QString())},
         {401, R"({"error":{"message":"Incorrect API key provided"}})",
-         QuorlaError::apiFailure(QStringLiteral("Incorrect API key provided"))},
-        {400, R"({"error":"flat"})", QuorlaError::apiFailure(QStringLiteral("OpenAI request failed with status 400."))},
+         QuorlaError::apiFailure("Incorrect API key provided")},
+        {400, R"({"error":"flat"})", QuorlaError::apiFailure("OpenAI request failed with status 400.")},
         {std::nullopt, "", QuorlaError(QuorlaError::Kind::invalidAPIResponse)},
     };
     for (const auto &c : cases) {

@@ -14,16 +14,9 @@ TEST(InputSourceLanguageDetector, normalizesLanguageTags)
         QString tag;
         std::optional<QString> code;
     } cases[] = {
-        {QStringLiteral("en-US"), QStringLiteral("en")},
-        {QStringLiteral("en_GB"), QStringLiteral("en")},
-        {QStringLiteral("zh-Hans"), QStringLiteral("zh")},
-        {QStringLiteral(" DE \n"), QStringLiteral("de")},
-        {QStringLiteral("deu"), std::nullopt},
-        {QStringLiteral("_"), std::nullopt},
-        {QStringLiteral("d"), std::nullopt},
-        {QStringLiteral("  "), std::nullopt},
-        {QStringLiteral("e1"), std::nullopt},
-        {QStringLiteral("-en"), std::nullopt},
+        {"en-US", "en"}, {"en_GB", "en"}, {"zh-Hans", "zh"}, {" DE \n", "de"}, {"deu", std::nullopt},
+        {"_", std::nullopt}, {"d", std::nullopt}, {"  ", std::nullopt}, {"e1", std::nullopt},
+        {"-en", std::nullopt},
     };
     for (const auto &c : cases)
         EXPECT_EQ(Detector::normalizedISO639LanguageCode(c.tag), c.code) << c.tag.toStdString();
@@ -35,15 +28,12 @@ TEST(InputSourceLanguageDetector, normalizesSearchText)
         QString text;
         std::optional<QString> words;
     } cases[] = {
-        {QStringLiteral("com.apple.keylayout.USInternational-PC"),
-         QStringLiteral("com apple keylayout us international pc")},
-        {QStringLiteral("xkb:de:nodeadkeys"), QStringLiteral("xkb de nodeadkeys")},
-        {QStringLiteral(" German (Switzerland, no dead keys) "), QStringLiteral("german switzerland no dead keys")},
-        {QStringLiteral("2-Set Korean"), QStringLiteral("2 set korean")},
-        {QStringLiteral("Kotoeri.RomajiTyping"), QStringLiteral("kotoeri romaji typing")},
-        {QStringLiteral("Ελληνικά\tΠολυτονικό"), QStringLiteral("ελληνικά πολυτονικό")},
-        {QStringLiteral(" .:- "), std::nullopt},
-        {QString(), std::nullopt},
+        {"com.apple.keylayout.USInternational-PC", "com apple keylayout us international pc"},
+        {"xkb:de:nodeadkeys", "xkb de nodeadkeys"},
+        {" German (Switzerland, no dead keys) ", "german switzerland no dead keys"},
+        {"2-Set Korean", "2 set korean"},
+        {"Kotoeri.RomajiTyping", "kotoeri romaji typing"},
+        {"Ελληνικά\tΠολυτονικό", "ελληνικά πολυτονικό"}, {" .:- ", std::nullopt}, {QString(), std::nullopt},
     };
     for (const auto &c : cases)
         EXPECT_EQ(Detector::normalizedSearchText(c.text), c.words) << c.text.toStdString();
@@ -51,12 +41,12 @@ TEST(InputSourceLanguageDetector, normalizesSearchText)
 
 TEST(InputSourceLanguageDetector, hintNamesTheLanguageWithFallbacks)
 {
-    EXPECT_EQ(Detector::makeLanguageHint(QStringLiteral("de"), QLocale(QLocale::German, QLocale::Germany)),
-              (InputLanguageHint{QStringLiteral("de"), QStringLiteral("Deutsch")}));
-    EXPECT_EQ(Detector::makeLanguageHint(QStringLiteral("de"), QLocale::c()),
-              (InputLanguageHint{QStringLiteral("de"), QStringLiteral("German")}));
-    EXPECT_EQ(Detector::makeLanguageHint(QStringLiteral("qq"), QLocale(QLocale::French)),
-              (InputLanguageHint{QStringLiteral("qq"), QStringLiteral("QQ")}));
+    EXPECT_EQ(Detector::makeLanguageHint("de", QLocale(QLocale::German, QLocale::Germany)),
+              (InputLanguageHint{"de", "Deutsch"}));
+    EXPECT_EQ(Detector::makeLanguageHint("de", QLocale::c()),
+              (InputLanguageHint{"de", "German"}));
+    EXPECT_EQ(Detector::makeLanguageHint("qq", QLocale(QLocale::French)),
+              (InputLanguageHint{"qq", "QQ"}));
 }
 
 TEST(InputSourceLanguageDetector, nameMatchIsWholeWordAndDeterministic)
@@ -66,18 +56,17 @@ TEST(InputSourceLanguageDetector, nameMatchIsWholeWordAndDeterministic)
         QStringList searchTexts;
         std::optional<QString> code;
     } cases[] = {
-        {{QStringLiteral("korean english")}, QStringLiteral("en")}, // longest name first
-        {{QStringLiteral("tamil hindi")}, QStringLiteral("hi")}, // same length: lower code
-        {{QStringLiteral("xkb us"), QStringLiteral("korean")}, QStringLiteral("ko")},
-        {{QStringLiteral("russian phonetic")}, QStringLiteral("ru")},
-        {{QStringLiteral("usa"), QStringLiteral("germanic")}, std::nullopt}, // no partial words
+        {{"korean english"}, "en"}, // longest name first
+        {{"tamil hindi"}, "hi"}, // same length: lower code
+        {{"xkb us", "korean"}, "ko"}, {{"russian phonetic"}, "ru"},
+        {{"usa", "germanic"}, std::nullopt}, // no partial words
         {{}, std::nullopt},
     };
     for (const auto &c : cases)
         EXPECT_EQ(Detector::matchedLanguageCode(c.searchTexts, english), c.code)
             << c.searchTexts.join('|').toStdString();
-    EXPECT_EQ(Detector::matchedLanguageCode({QStringLiteral("französisch")}, QLocale(QLocale::German)),
-              QStringLiteral("fr"));
+    EXPECT_EQ(Detector::matchedLanguageCode({"französisch"}, QLocale(QLocale::German)),
+              "fr");
 }
 
 class DetectorWithSource : public ::testing::Test
@@ -98,38 +87,30 @@ protected:
 
 TEST_F(DetectorWithSource, derivesTheLanguageOfTheSelectedSource)
 {
-    const QStringList latin{QStringLiteral("en"), QStringLiteral("fr"), QStringLiteral("de-CH"), QStringLiteral("nl")};
+    const QStringList latin{"en", "fr", "de-CH", "nl"};
     const struct {
         const char *name;
         InputSourceInfo source;
         std::optional<QString> code;
     } cases[] = {
-        {"one listed language", {QStringLiteral("xkb:de"), {}, QStringLiteral("Layout"), {QStringLiteral("de")}}, "de"},
-        {"the same language twice",
-         {QStringLiteral("xkb:x"), {}, {}, {QStringLiteral("de"), QStringLiteral("de_AT")}},
-         "de"},
-        {"US through the alias", {QStringLiteral("com.apple.keylayout.US"), {}, QStringLiteral("U.S."), latin}, "en"},
-        {"international through the alias", {QStringLiteral("keylayout.USInternational-PC"), {}, {}, latin}, "en"},
-        {"Japanese input mode",
-         {QStringLiteral("com.apple.inputmethod.Kotoeri"),
-          QStringLiteral("com.apple.inputmethod.Japanese.Katakana"),
-          {},
-          {}},
+        {"one listed language", {"xkb:de", {}, "Layout", {"de"}}, "de"},
+        {"the same language twice", {"xkb:x", {}, {}, {"de", "de_AT"}}, "de"},
+        {"US through the alias", {"com.apple.keylayout.US", {}, "U.S.", latin}, "en"},
+        {"international through the alias", {"keylayout.USInternational-PC", {}, {}, latin}, "en"},
+        {"Japanese input mode", {"com.apple.inputmethod.Kotoeri", "com.apple.inputmethod.Japanese.Katakana", {}, {}},
          "ja"},
-        {"Linux Japanese engine", {QStringLiteral("ibus:mozc-jp"), {}, QStringLiteral("Mozc"), {}}, "ja"},
-        {"Linux Chinese engine", {QStringLiteral("fcitx5:rime"), {}, {}, {QStringLiteral("zz")}}, "zh"},
-        {"many languages fall to the name",
-         {QStringLiteral("xkb:ch"), {}, QStringLiteral("German (Switzerland)"), latin},
-         "de"},
-        {"nothing to go by", {QStringLiteral("xkb:custom"), {}, QStringLiteral("Custom"), latin}, std::nullopt},
+        {"Linux Japanese engine", {"ibus:mozc-jp", {}, "Mozc", {}}, "ja"},
+        {"Linux Chinese engine", {"fcitx5:rime", {}, {}, {"zz"}}, "zh"},
+        {"many languages fall to the name", {"xkb:ch", {}, "German (Switzerland)", latin}, "de"},
+        {"nothing to go by", {"xkb:custom", {}, "Custom", latin}, std::nullopt},
     };
     for (const auto &c : cases) {
         const auto hint = hintFor(c.source);
         EXPECT_EQ(hint ? std::optional(hint->code) : std::nullopt, c.code) << c.name;
     }
 
-    EXPECT_EQ(hintFor({QStringLiteral("xkb:de"), {}, {}, {QStringLiteral("de")}}),
-              (InputLanguageHint{QStringLiteral("de"), QStringLiteral("German")}));
+    EXPECT_EQ(hintFor({"xkb:de", {}, {}, {"de"}}),
+              (InputLanguageHint{"de", "German"}));
     provider->source.reset();
     EXPECT_EQ(detector.currentLanguageHint(), std::nullopt);
 }

@@ -12,29 +12,29 @@ namespace {
 using Call = FakeCredentialStore::Call;
 using Outcome = CredentialStore::Outcome;
 
-const QString service = QStringLiteral("app.quorla.Test");
+const QString service = "app.quorla.Test";
 const QString account = KeychainStore::apiKeyAccount();
-const QString itemKey = service + QStringLiteral("/openai-api-key");
+const QString itemKey = service + "/openai-api-key";
 
 QString failureMessage(const std::function<void()> &operation)
 {
     try {
         operation();
     } catch (const QuorlaError &error) {
-        return error.kind() == QuorlaError::Kind::keychainFailure ? error.payload() : QStringLiteral("wrong kind");
+        return error.kind() == QuorlaError::Kind::keychainFailure ? error.payload() : "wrong kind";
     }
-    return QStringLiteral("no failure");
+    return "no failure";
 }
 
 TEST(KeychainStore, savingUpdatesAnExistingItemAndAddsAMissingOne)
 {
     auto fake = std::make_shared<FakeCredentialStore>();
     KeychainStore store(fake, service, PlatformWords::macOS());
-    store.saveString(QStringLiteral("sk-ü"), account);
-    store.saveString(QStringLiteral("sk-second"), account);
+    store.saveString("sk-ü", account);
+    store.saveString("sk-second", account);
     EXPECT_EQ(fake->items, (QHash<QString, QByteArray>{{itemKey, "sk-second"}}));
     fake->items[itemKey] = "sk-\xc3\xbc";
-    EXPECT_EQ(store.loadString(account), QStringLiteral("sk-ü"));
+    EXPECT_EQ(store.loadString(account), "sk-ü");
 }
 
 TEST(KeychainStore, loadingAnswersAbsentForEverythingThatIsNoUsableKey)
@@ -61,11 +61,11 @@ TEST(KeychainStore, failuresCarryTheStatusInTheirOperationsMessage)
         std::function<void(KeychainStore &)> operation;
         const char *message;
     } cases[] = {
-        {Call::update, {Outcome::failure, -25299}, [](KeychainStore &s) { s.saveString(QStringLiteral("k"), account); },
+        {Call::update, {Outcome::failure, -25299}, [](KeychainStore &s) { s.saveString("k", account); },
          "Couldn't update the API key in Keychain (status -25299)."},
-        {Call::update, {Outcome::interactionNotAllowed, 2}, [](KeychainStore &s) { s.saveString(QStringLiteral("k"), account); },
+        {Call::update, {Outcome::interactionNotAllowed, 2}, [](KeychainStore &s) { s.saveString("k", account); },
          "Couldn't update the API key in Keychain (status 2)."},
-        {Call::add, {Outcome::failure, 3}, [](KeychainStore &s) { s.saveString(QStringLiteral("k"), account); },
+        {Call::add, {Outcome::failure, 3}, [](KeychainStore &s) { s.saveString("k", account); },
          "Couldn't save the API key to Keychain (status 3)."},
         {Call::copy, {Outcome::failure, 19}, [](KeychainStore &s) { (void)s.loadString(account); },
          "Couldn't read the API key from Keychain (status 19)."},
@@ -87,14 +87,14 @@ TEST(KeychainStore, withoutAnyServiceTheMessageSaysWhatMustRun)
     auto fake = std::make_shared<FakeCredentialStore>();
     fake->failure = CredentialStore::Result{Outcome::serviceUnavailable, 2};
     KeychainStore store(fake, service, PlatformWords::linuxDesktop());
-    EXPECT_EQ(failureMessage([&] { store.saveString(QStringLiteral("sk"), account); }),
+    EXPECT_EQ(failureMessage([&] { store.saveString("sk", account); }),
               QStringLiteral("Couldn't update the API key in the keyring (status 2). No Secret Service is running: "
                              "start one, for example GNOME Keyring or KeePassXC, and try again."));
-    EXPECT_TRUE(failureMessage([&] { (void)store.contains(account); }).startsWith(QStringLiteral("Couldn't check keyring item (status 2). No Secret Service")));
+    EXPECT_TRUE(failureMessage([&] { (void)store.contains(account); }).startsWith("Couldn't check keyring item (status 2). No Secret Service"));
 
     // The macOS table has no such sentence: the status message stands alone.
     KeychainStore mac(fake, service, PlatformWords::macOS());
-    EXPECT_EQ(failureMessage([&] { mac.deleteItem(account); }), QStringLiteral("Couldn't remove the saved API key (status 2)."));
+    EXPECT_EQ(failureMessage([&] { mac.deleteItem(account); }), "Couldn't remove the saved API key (status 2).");
 }
 
 } // namespace

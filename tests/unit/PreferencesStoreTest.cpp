@@ -1,24 +1,15 @@
-#include "stores/PreferencesStore.h"
+#include "ModelTest.h"
 
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
-#include <gtest/gtest.h>
 
 namespace {
 
 class PreferencesStoreTest : public ::testing::Test
 {
 protected:
-    QString path() const { return directory.filePath(QStringLiteral("Quorla/preferences.json")); }
+    QString path() const { return directory.filePath("Quorla/preferences.json"); }
 
-    void writeFile(const QByteArray &bytes) const
-    {
-        QDir().mkpath(directory.filePath(QStringLiteral("Quorla")));
-        QFile file(path());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-    }
+    void writeFile(const QByteArray &bytes) const { writeTestFile(path(), bytes); }
 
     QTemporaryDir directory;
 };
@@ -27,20 +18,20 @@ TEST_F(PreferencesStoreTest, valuesSurviveARestartWithTheirTypes)
 {
     {
         PreferencesStore store(path());
-        store.setBool(QStringLiteral("flag"), true);
-        store.setInteger(QStringLiteral("count"), 9'007'199'254'740'993LL); // beyond a double's exact range
-        store.setString(QStringLiteral("text"), QStringLiteral("  spaced\n"));
-        store.setStringList(QStringLiteral("list"), {QStringLiteral("a"), QStringLiteral("b")});
-        store.setData(QStringLiteral("data"), QByteArray("\x00\xff{json}", 8));
-        store.setObject(QStringLiteral("object"), {{QStringLiteral("k"), 1}});
+        store.setBool("flag", true);
+        store.setInteger("count", 9'007'199'254'740'993LL); // beyond a double's exact range
+        store.setString("text", "  spaced\n");
+        store.setStringList("list", {"a", "b"});
+        store.setData("data", QByteArray("\x00\xff{json}", 8));
+        store.setObject("object", {{"k", 1}});
     }
     PreferencesStore store(path());
-    EXPECT_EQ(store.boolValue(QStringLiteral("flag")), true);
-    EXPECT_EQ(store.integerValue(QStringLiteral("count")), 9'007'199'254'740'993LL);
-    EXPECT_EQ(store.stringValue(QStringLiteral("text")), QStringLiteral("  spaced\n"));
-    EXPECT_EQ(store.stringListValue(QStringLiteral("list")), QStringList({QStringLiteral("a"), QStringLiteral("b")}));
-    EXPECT_EQ(store.dataValue(QStringLiteral("data")), QByteArray("\x00\xff{json}", 8));
-    EXPECT_EQ(store.objectValue(QStringLiteral("object")), QJsonObject({{QStringLiteral("k"), 1}}));
+    EXPECT_EQ(store.boolValue("flag"), true);
+    EXPECT_EQ(store.integerValue("count"), 9'007'199'254'740'993LL);
+    EXPECT_EQ(store.stringValue("text"), "  spaced\n");
+    EXPECT_EQ(store.stringListValue("list"), QStringList({"a", "b"}));
+    EXPECT_EQ(store.dataValue("data"), QByteArray("\x00\xff{json}", 8));
+    EXPECT_EQ(store.objectValue("object"), QJsonObject({{"k", 1}}));
 }
 
 TEST_F(PreferencesStoreTest, aValueOfAnotherTypeIsToldApartFromAMissingKey)
@@ -49,32 +40,30 @@ TEST_F(PreferencesStoreTest, aValueOfAnotherTypeIsToldApartFromAMissingKey)
     PreferencesStore store(path());
     for (const char *key : {"flag", "count", "text", "list", "data", "object"})
         EXPECT_TRUE(store.contains(QString::fromLatin1(key))) << key;
-    EXPECT_FALSE(store.contains(QStringLiteral("missing")));
-    EXPECT_EQ(store.boolValue(QStringLiteral("flag")), std::nullopt);
-    EXPECT_EQ(store.integerValue(QStringLiteral("count")), std::nullopt);
-    EXPECT_EQ(store.stringValue(QStringLiteral("text")), std::nullopt);
-    EXPECT_EQ(store.stringListValue(QStringLiteral("list")), std::nullopt);
-    EXPECT_EQ(store.dataValue(QStringLiteral("data")), std::nullopt);
-    EXPECT_EQ(store.objectValue(QStringLiteral("object")), std::nullopt);
+    EXPECT_FALSE(store.contains("missing"));
+    EXPECT_EQ(store.boolValue("flag"), std::nullopt);
+    EXPECT_EQ(store.integerValue("count"), std::nullopt);
+    EXPECT_EQ(store.stringValue("text"), std::nullopt);
+    EXPECT_EQ(store.stringListValue("list"), std::nullopt);
+    EXPECT_EQ(store.dataValue("data"), std::nullopt);
+    EXPECT_EQ(store.objectValue("object"), std::nullopt);
+
+    store.setData("data", "bytes"); // data is neither a string nor an object
+    EXPECT_EQ(store.stringValue("data"), std::nullopt);
+    EXPECT_EQ(store.objectValue("data"), std::nullopt);
 }
 
-TEST_F(PreferencesStoreTest, dataIsNeitherAStringNorAnObject)
-{
-    PreferencesStore store(path());
-    store.setData(QStringLiteral("data"), "bytes");
-    EXPECT_EQ(store.stringValue(QStringLiteral("data")), std::nullopt);
-    EXPECT_EQ(store.objectValue(QStringLiteral("data")), std::nullopt);
-}
-
-TEST_F(PreferencesStoreTest, removeDeletesTheKeyOnDisk)
+TEST_F(PreferencesStoreTest, removeDeletesTheKeyOnDiskAndAWriteLeavesNoTemporaryFile)
 {
     {
         PreferencesStore store(path());
-        store.setString(QStringLiteral("text"), QStringLiteral("x"));
-        store.remove(QStringLiteral("text"));
-        store.remove(QStringLiteral("never-there"));
+        store.setString("text", "x");
+        store.setBool("flag", true);
+        store.remove("text");
+        store.remove("never-there");
     }
-    EXPECT_FALSE(PreferencesStore(path()).contains(QStringLiteral("text")));
+    EXPECT_FALSE(PreferencesStore(path()).contains("text"));
+    EXPECT_EQ(QDir(directory.filePath("Quorla")).entryList(QDir::Files | QDir::Hidden), QStringList{"preferences.json"});
 }
 
 TEST_F(PreferencesStoreTest, unreadableFilesAreKeptAsideAndDefaultsUsed)
@@ -82,14 +71,14 @@ TEST_F(PreferencesStoreTest, unreadableFilesAreKeptAsideAndDefaultsUsed)
     for (const QByteArray &bytes : {QByteArray("{not json"), QByteArray("[1, 2]"), QByteArray("\"text\""),
                                     QByteArray("\xff\xfe\x00")}) {
         writeFile(bytes);
-        QFile::remove(path() + QStringLiteral(".corrupt"));
+        QFile::remove(path() + ".corrupt");
         PreferencesStore store(path());
-        EXPECT_FALSE(store.contains(QStringLiteral("flag"))) << bytes.toStdString();
-        QFile aside(path() + QStringLiteral(".corrupt"));
+        EXPECT_FALSE(store.contains("flag")) << bytes.toStdString();
+        QFile aside(path() + ".corrupt");
         ASSERT_TRUE(aside.open(QIODevice::ReadOnly)) << bytes.toStdString();
         EXPECT_EQ(aside.readAll(), bytes);
-        store.setBool(QStringLiteral("flag"), true);
-        EXPECT_EQ(PreferencesStore(path()).boolValue(QStringLiteral("flag")), true);
+        store.setBool("flag", true);
+        EXPECT_EQ(PreferencesStore(path()).boolValue("flag"), true);
     }
 }
 
@@ -99,15 +88,7 @@ TEST_F(PreferencesStoreTest, anEmptyOrMissingFileStartsEmptyWithoutAnythingKeptA
     EXPECT_FALSE(QFile::exists(path()));
     writeFile("{}");
     PreferencesStore empty(path());
-    EXPECT_FALSE(QFile::exists(path() + QStringLiteral(".corrupt")));
-}
-
-TEST_F(PreferencesStoreTest, aWriteLeavesNoTemporaryFileBehind)
-{
-    PreferencesStore store(path());
-    store.setBool(QStringLiteral("flag"), true);
-    const QStringList files = QDir(directory.filePath(QStringLiteral("Quorla"))).entryList(QDir::Files | QDir::Hidden);
-    EXPECT_EQ(files, QStringList{QStringLiteral("preferences.json")});
+    EXPECT_FALSE(QFile::exists(path() + ".corrupt"));
 }
 
 } // namespace

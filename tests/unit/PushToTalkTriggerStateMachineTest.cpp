@@ -97,66 +97,40 @@ INSTANTIATE_TEST_SUITE_P(SpaceUpAndTimer, TransitionTable, ::testing::Values(
     Row{"staleTimerInHold", state(Phase::holdActive, true, false), Input::holdDelayElapsed(), state(Phase::holdActive, true, false), {}},
     Row{"staleTimerInToggle", state(Phase::toggleActive, false, false), Input::holdDelayElapsed(), state(Phase::toggleActive, false, false), {}}));
 
-struct Step {
-    Input input;
-    Actions actions;
-};
-
-void expectSequence(const std::vector<Step> &steps)
+// Whole gestures from the idle start: transitions the table above does not list.
+TEST(TriggerSequences, gesturesGiveTheirActionsStepByStep)
 {
-    Machine machine;
-    for (size_t i = 0; i < steps.size(); ++i)
-        EXPECT_EQ(feed(machine, steps[i].input), steps[i].actions) << "step " << i;
-}
-
-TEST(TriggerSequences, holdStartsAndEnds)
-{
-    expectSequence({{Input::fnDown(), {Action::captureTargetApplication, Action::scheduleHold}},
-                    {Input::holdDelayElapsed(), {Action::notifyHoldStarted}},
-                    {Input::fnUp(), {Action::notifyHoldEnded, Action::clearTargetApplication}}});
-}
-
-TEST(TriggerSequences, quickTapStartsNothing)
-{
-    expectSequence({{Input::fnDown(), {Action::captureTargetApplication, Action::scheduleHold}},
-                    {Input::fnUp(), {Action::cancelHold, Action::clearTargetApplication}},
-                    {Input::holdDelayElapsed(), {}}});
-}
-
-TEST(TriggerSequences, toggleEndedByTriggerThenReleased)
-{
-    expectSequence({{Input::fnDown(), {Action::captureTargetApplication, Action::scheduleHold}},
-                    {Input::spaceDown(true), {Action::cancelHold, Action::notifyToggleStarted}},
-                    {Input::spaceUp(), {}},
-                    {Input::fnUp(), {}},
-                    {Input::fnDown(), {Action::notifyToggleEnded, Action::clearTargetApplication}},
-                    {Input::fnUp(), {Action::clearTargetApplication}}});
-}
-
-TEST(TriggerSequences, holdPromotedThenEndedByPlainSpace)
-{
-    expectSequence({{Input::fnDown(), {Action::captureTargetApplication, Action::scheduleHold}},
-                    {Input::holdDelayElapsed(), {Action::notifyHoldStarted}},
-                    {Input::spaceDown(true), {Action::notifyToggleStarted}},
-                    {Input::spaceUp(), {}},
-                    {Input::fnUp(), {}},
-                    {Input::spaceDown(false), {Action::notifyToggleEnded, Action::clearTargetApplication}}});
-}
-
-TEST(TriggerSequences, spaceHeldBeforeTriggerArmsNothingUntilPressedAgain)
-{
-    expectSequence({{Input::spaceDown(false), {}},
-                    {Input::fnDown(), {}},
-                    {Input::spaceUp(), {}},
-                    {Input::spaceDown(false), {Action::captureTargetApplication, Action::notifyToggleStarted}}});
-}
-
-TEST(TriggerStateMachine, equalityComparesAllThreeFields)
-{
-    EXPECT_EQ(state(Phase::idle, false, false), Machine{});
-    EXPECT_NE(state(Phase::idle, true, false), Machine{});
-    EXPECT_NE(state(Phase::idle, false, true), Machine{});
-    EXPECT_NE(state(Phase::pendingHold, false, false), Machine{});
+    struct Step {
+        Input input;
+        Actions actions;
+    };
+    const Actions capture{Action::captureTargetApplication, Action::scheduleHold};
+    const Actions toggleEnded{Action::notifyToggleEnded, Action::clearTargetApplication};
+    const struct {
+        const char *name;
+        std::vector<Step> steps;
+    } cases[] = {
+        {"hold", {{Input::fnDown(), capture}, {Input::holdDelayElapsed(), {Action::notifyHoldStarted}},
+                  {Input::fnUp(), {Action::notifyHoldEnded, Action::clearTargetApplication}}}},
+        {"quick tap", {{Input::fnDown(), capture}, {Input::fnUp(), {Action::cancelHold, Action::clearTargetApplication}},
+                       {Input::holdDelayElapsed(), {}}}},
+        {"toggle ended by the trigger, then released",
+         {{Input::fnDown(), capture}, {Input::spaceDown(true), {Action::cancelHold, Action::notifyToggleStarted}},
+          {Input::spaceUp(), {}}, {Input::fnUp(), {}}, {Input::fnDown(), toggleEnded},
+          {Input::fnUp(), {Action::clearTargetApplication}}}},
+        {"hold promoted, then ended by a plain Space",
+         {{Input::fnDown(), capture}, {Input::holdDelayElapsed(), {Action::notifyHoldStarted}},
+          {Input::spaceDown(true), {Action::notifyToggleStarted}}, {Input::spaceUp(), {}}, {Input::fnUp(), {}},
+          {Input::spaceDown(false), toggleEnded}}},
+        {"Space held before the trigger arms nothing until pressed again",
+         {{Input::spaceDown(false), {}}, {Input::fnDown(), {}}, {Input::spaceUp(), {}},
+          {Input::spaceDown(false), {Action::captureTargetApplication, Action::notifyToggleStarted}}}},
+    };
+    for (const auto &c : cases) {
+        Machine machine;
+        for (size_t i = 0; i < c.steps.size(); ++i)
+            EXPECT_EQ(feed(machine, c.steps[i].input), c.steps[i].actions) << c.name << ", step " << i;
+    }
 }
 
 // Every input sequence up to length 8, checking what must always hold.

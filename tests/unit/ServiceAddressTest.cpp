@@ -13,24 +13,24 @@ TEST(ServiceAddress, environmentThenPreferenceThenDefault)
         std::optional<QString> preference;
         QString expected;
     } cases[] = {
-        {std::nullopt, std::nullopt, QStringLiteral("https://api.openai.com")},
-        {std::nullopt, QStringLiteral("https://pref.example/openai"), QStringLiteral("https://pref.example/openai")},
-        {QStringLiteral(" http://127.0.0.1:8080 "), QStringLiteral("https://pref.example"),
-         QStringLiteral("http://127.0.0.1:8080")},
+        {std::nullopt, std::nullopt, "https://api.openai.com"},
+        {std::nullopt, "https://pref.example/openai", "https://pref.example/openai"},
+        {" http://127.0.0.1:8080 ", "https://pref.example",
+         "http://127.0.0.1:8080"},
         // Values that are no absolute web address are passed over.
-        {QString(), QStringLiteral("https://pref.example"), QStringLiteral("https://pref.example")},
-        {QStringLiteral("localhost:8080"), std::nullopt, QStringLiteral("https://api.openai.com")},
-        {QStringLiteral("ftp://files.example"), QStringLiteral("not a url"), QStringLiteral("https://api.openai.com")},
-        {QStringLiteral("https://"), std::nullopt, QStringLiteral("https://api.openai.com")},
+        {QString(), "https://pref.example", "https://pref.example"},
+        {"localhost:8080", std::nullopt, "https://api.openai.com"},
+        {"ftp://files.example", "not a url", "https://api.openai.com"},
+        {"https://", std::nullopt, "https://api.openai.com"},
     };
     for (const auto &c : cases)
         EXPECT_EQ(normalizedAPIBaseURL(c.environment, c.preference), QUrl(c.expected))
-            << c.environment.value_or(QStringLiteral("-")).toStdString();
+            << c.environment.value_or("-").toStdString();
 
-    EXPECT_EQ(normalizedLatestReleaseURL(std::nullopt), QUrl(QStringLiteral("https://quorla.app/api/app/latest")));
-    EXPECT_EQ(normalizedLatestReleaseURL(QStringLiteral("::bad::")), defaultLatestReleaseURL());
-    EXPECT_EQ(normalizedLatestReleaseURL(QStringLiteral("http://127.0.0.1:9/latest")),
-              QUrl(QStringLiteral("http://127.0.0.1:9/latest")));
+    EXPECT_EQ(normalizedLatestReleaseURL(std::nullopt), QUrl("https://quorla.app/api/app/latest"));
+    EXPECT_EQ(normalizedLatestReleaseURL("::bad::"), defaultLatestReleaseURL());
+    EXPECT_EQ(normalizedLatestReleaseURL("http://127.0.0.1:9/latest"),
+              QUrl("http://127.0.0.1:9/latest"));
 }
 
 TEST(ServiceAddress, endpointPathFollowsThePrefix)
@@ -39,14 +39,14 @@ TEST(ServiceAddress, endpointPathFollowsThePrefix)
         QString base;
         QString expected;
     } cases[] = {
-        {QStringLiteral("https://api.openai.com"), QStringLiteral("https://api.openai.com/v1/chat/completions")},
-        {QStringLiteral("https://api.openai.com/"), QStringLiteral("https://api.openai.com/v1/chat/completions")},
-        {QStringLiteral("https://host/openai"), QStringLiteral("https://host/openai/v1/chat/completions")},
-        {QStringLiteral("https://host/openai//"), QStringLiteral("https://host/openai/v1/chat/completions")},
-        {QStringLiteral("https://host:8443/a/b?x=1#f"), QStringLiteral("https://host:8443/a/b/v1/chat/completions?x=1")},
+        {"https://api.openai.com", "https://api.openai.com/v1/chat/completions"},
+        {"https://api.openai.com/", "https://api.openai.com/v1/chat/completions"},
+        {"https://host/openai", "https://host/openai/v1/chat/completions"},
+        {"https://host/openai//", "https://host/openai/v1/chat/completions"},
+        {"https://host:8443/a/b?x=1#f", "https://host:8443/a/b/v1/chat/completions?x=1"},
     };
     for (const auto &c : cases)
-        EXPECT_EQ(endpointURL(QUrl(c.base), QStringLiteral("/v1/chat/completions")), QUrl(c.expected))
+        EXPECT_EQ(endpointURL(QUrl(c.base), "/v1/chat/completions"), QUrl(c.expected))
             << c.base.toStdString();
 }
 
@@ -56,16 +56,16 @@ TEST(ServiceAddress, keyTravelsOnlyEncryptedOrOnThisMachine)
         QString base;
         bool refused;
     } cases[] = {
-        {QStringLiteral("https://api.openai.com"), false},
-        {QStringLiteral("HTTPS://API.OPENAI.COM"), false},
-        {QStringLiteral("http://127.0.0.1:8080"), false},
-        {QStringLiteral("http://127.8.9.1"), false},
-        {QStringLiteral("http://localhost:9000/v"), false},
-        {QStringLiteral("http://[::1]:9000"), false},
-        {QStringLiteral("http://api.openai.com"), true},
-        {QStringLiteral("http://192.168.1.20:8000"), true},
-        {QStringLiteral("http://localhost.evil.example"), true},
-        {QStringLiteral("ftp://127.0.0.1"), true},
+        {"https://api.openai.com", false},
+        {"HTTPS://API.OPENAI.COM", false},
+        {"http://127.0.0.1:8080", false},
+        {"http://127.8.9.1", false},
+        {"http://localhost:9000/v", false},
+        {"http://[::1]:9000", false},
+        {"http://api.openai.com", true},
+        {"http://192.168.1.20:8000", true},
+        {"http://localhost.evil.example", true},
+        {"ftp://127.0.0.1", true},
     };
     for (const auto &c : cases)
         EXPECT_EQ(refusalForAPIKey(QUrl(c.base)).has_value(), c.refused) << c.base.toStdString();

@@ -37,9 +37,9 @@ TEST(TranscriptHistory, keepsTheFiveNewestAndSkipsBlankText)
     EXPECT_EQ(history.first().createdAt, now);
     EXPECT_NE(history[0].id, history[1].id);
 
-    EXPECT_EQ(updatedTranscriptHistory(history, QStringLiteral(" \n\t "), now), history);
-    history = updatedTranscriptHistory(history, QStringLiteral(" six "), now);
-    EXPECT_EQ(history.first().text, QStringLiteral(" six ")); // kept untrimmed, no de-duplication
+    EXPECT_EQ(updatedTranscriptHistory(history, " \n\t ", now), history);
+    history = updatedTranscriptHistory(history, " six ", now);
+    EXPECT_EQ(history.first().text, " six "); // kept untrimmed, no de-duplication
 }
 
 TEST(TypingStatistics, countsUserPerceivedCharactersAndWords)
@@ -48,12 +48,11 @@ TEST(TypingStatistics, countsUserPerceivedCharactersAndWords)
         QString text;
         TypingStatistics added;
     } cases[] = {
-        {QStringLiteral("  Hi there"), {10, 2}},
-        {QStringLiteral(" \n\t "), {0, 0}},
-        {QStringLiteral("👩‍👩‍👧‍👦"), {1, 1}},              // one family emoji, seven code points
-        {QStringLiteral("Cafe\u0301 ok"), {7, 2}},            // e plus a combining accent
-        {QStringLiteral("well-known — fine\nnext"), {22, 4}}, // a lone dash is a word
-        {QStringLiteral("🇩🇪\u00a0🇫🇷"), {3, 2}},              // flags; no-break space separates
+        {"  Hi there", {10, 2}}, {" \n\t ", {0, 0}},
+        {"👩‍👩‍👧‍👦", {1, 1}},              // one family emoji, seven code points
+        {"Cafe\u0301 ok", {7, 2}},            // e plus a combining accent
+        {"well-known — fine\nnext", {22, 4}}, // a lone dash is a word
+        {"🇩🇪\u00a0🇫🇷", {3, 2}},              // flags; no-break space separates
     };
     for (const auto &c : cases) {
         EXPECT_EQ(updatedTypingStatistics({100, 10}, c.text),
@@ -65,25 +64,25 @@ TEST(TypingStatistics, countsUserPerceivedCharactersAndWords)
 TEST(TypingStatistics, overflowIsRefused)
 {
     const TypingStatistics nearlyFull{std::numeric_limits<std::int64_t>::max(), 0};
-    EXPECT_THROW(updatedTypingStatistics(nearlyFull, QStringLiteral("x")), std::overflow_error);
+    EXPECT_THROW(updatedTypingStatistics(nearlyFull, "x"), std::overflow_error);
 }
 
 TEST(TranscriptHistoryModel, copyingTellsTheNewestFromAnOlderEntry)
 {
     ModelFixture fixture;
     AppModel &model = fixture.makeModel();
-    const auto history = updatedTranscriptHistory(updatedTranscriptHistory({}, QStringLiteral("older"), now),
-                                                  QStringLiteral("newest"), now);
+    const auto history = updatedTranscriptHistory(updatedTranscriptHistory({}, "older", now),
+                                                  "newest", now);
     AppModelTestAccess::setRecentTranscripts(model, history);
 
     model.copyTranscript(history[1]);
-    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("older"));
-    EXPECT_EQ(model.statusMessage(), QStringLiteral("Saved transcript copied to the clipboard."));
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "older");
+    EXPECT_EQ(model.statusMessage(), "Saved transcript copied to the clipboard.");
     model.copyTranscript(history[0]);
-    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("newest"));
-    EXPECT_EQ(model.statusMessage(), QStringLiteral("Transcript copied to the clipboard."));
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "newest");
+    EXPECT_EQ(model.statusMessage(), "Transcript copied to the clipboard.");
 
-    model.presentError(QStringLiteral("Old error."));
+    model.presentError("Old error.");
     QSignalSpy cleared(&model, &AppModel::recentTranscriptsChanged);
     model.clearTranscript();
     model.clearTranscript();
@@ -97,10 +96,10 @@ TEST(TranscriptHistoryModel, statisticsSurviveARelaunchWhileHistoryDoesNot)
 {
     ModelFixture fixture;
     AppModel &model = fixture.makeModel();
-    AppModelTestAccess::setRecentTranscripts(model, updatedTranscriptHistory({}, QStringLiteral("Hi there"), now));
+    AppModelTestAccess::setRecentTranscripts(model, updatedTranscriptHistory({}, "Hi there", now));
     QSignalSpy changed(&model, &AppModel::typingStatisticsChanged);
-    model.recordInsertedTranscript(QStringLiteral("  Hi there"));
-    model.recordInsertedTranscript(QStringLiteral("  "));
+    model.recordInsertedTranscript("  Hi there");
+    model.recordInsertedTranscript("  ");
     EXPECT_EQ(changed.count(), 1);
     EXPECT_EQ(model.typingStatistics(), (TypingStatistics{10, 2}));
 
@@ -108,7 +107,7 @@ TEST(TranscriptHistoryModel, statisticsSurviveARelaunchWhileHistoryDoesNot)
     EXPECT_EQ(relaunched.typingStatistics(), (TypingStatistics{10, 2}));
     EXPECT_TRUE(relaunched.recentTranscripts().isEmpty());
     const PreferencesStore stored(fixture.preferencesPath());
-    EXPECT_EQ(stored.integerValue(QStringLiteral("typedWordCount")), 2);
+    EXPECT_EQ(stored.integerValue("typedWordCount"), 2);
 }
 
 } // namespace

@@ -12,7 +12,7 @@ TEST(TranslationLanguageCatalogTest, everyEntryIsATwoLetterCodeWithAName)
 {
     const auto &all = TranslationLanguageCatalog::all();
     ASSERT_GT(all.size(), 100);
-    static const QRegularExpression twoLetters(QStringLiteral("^[a-z]{2}$"));
+    static const QRegularExpression twoLetters("^[a-z]{2}$");
     QSet<QString> codes;
     for (const TranslationLanguage &language : all) {
         EXPECT_TRUE(twoLetters.match(language.code).hasMatch()) << language.code.toStdString();
@@ -22,7 +22,7 @@ TEST(TranslationLanguageCatalogTest, everyEntryIsATwoLetterCodeWithAName)
     }
     EXPECT_EQ(codes.size(), all.size());
     EXPECT_EQ(TranslationLanguageCatalog::languagesByCode().size(), all.size());
-    EXPECT_EQ(TranslationLanguageCatalog::languagesByCode().value("de").displayName, QStringLiteral("German"));
+    EXPECT_EQ(TranslationLanguageCatalog::languagesByCode().value("de").displayName, "German");
     EXPECT_EQ(TranslationLanguageCatalog::sortedForDisplay(all), all);
 }
 
@@ -37,10 +37,10 @@ TEST(TranslationLanguageCatalogTest, namesEqualButForCaseAreOrderedByCode)
 TEST(TranslationLanguageCatalogTest, storedCodesNormalizeToCatalogCodesOrNothing)
 {
     const QList<std::pair<std::optional<QString>, std::optional<QString>>> cases{
-        {QStringLiteral(" FR "), QStringLiteral("fr")}, {QStringLiteral("de\n"), QStringLiteral("de")},
+        {" FR ", "fr"}, {"de\n", "de"},
         {std::nullopt, std::nullopt},                   {QString(), std::nullopt},
-        {QStringLiteral(" \t\n"), std::nullopt},        {QStringLiteral("deu"), std::nullopt},
-        {QStringLiteral("xx"), std::nullopt},           {QStringLiteral("d e"), std::nullopt},
+        {" \t\n", std::nullopt},        {"deu", std::nullopt},
+        {"xx", std::nullopt},           {"d e", std::nullopt},
     };
     for (const auto &[input, expected] : cases)
         EXPECT_EQ(TranslationLanguageCatalog::normalizedCode(input), expected) << input.value_or("(absent)").toStdString();

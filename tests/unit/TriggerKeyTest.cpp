@@ -11,7 +11,7 @@ TEST(TriggerKey, theChoicesHaveUniqueIdsAndRightCtrlComesFirst)
     for (const TriggerKey &key : TriggerKey::all())
         ids.insert(key.id);
     EXPECT_EQ(ids.size(), TriggerKey::all().size());
-    EXPECT_EQ(TriggerKey::defaultKey().displayName, QStringLiteral("Right Ctrl"));
+    EXPECT_EQ(TriggerKey::defaultKey().displayName, "Right Ctrl");
     QStringList names;
     for (const TriggerKey &key : TriggerKey::all())
         names.append(key.displayName);
@@ -24,14 +24,9 @@ TEST(TriggerKey, normalizedFallsBackToTheDefault)
         std::optional<QString> stored;
         const char *expectedId;
     } cases[] = {
-        {std::nullopt, "rightControl"},
-        {QString(), "rightControl"},
-        {QStringLiteral("   "), "rightControl"},
-        {QStringLiteral("RightAlt"), "rightControl"}, // ids are exact
-        {QStringLiteral("leftControl"), "rightControl"},
-        {QStringLiteral("rightAlt"), "rightAlt"},
-        {QStringLiteral(" pause\n"), "pause"},
-        {QStringLiteral("fn"), "fn"},
+        {std::nullopt, "rightControl"}, {QString(), "rightControl"}, {"   ", "rightControl"},
+        {"RightAlt", "rightControl"}, // ids are exact
+        {"leftControl", "rightControl"}, {"rightAlt", "rightAlt"}, {" pause\n", "pause"}, {"fn", "fn"},
     };
     for (const auto &c : cases)
         EXPECT_EQ(TriggerKey::normalized(c.stored).id, QLatin1String(c.expectedId)) << c.stored.value_or("<none>").toStdString();
