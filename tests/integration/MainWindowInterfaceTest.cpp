@@ -179,7 +179,7 @@ TEST_F(MainWindowInterface, dictionaryAddNeedsTheReplacementAndARefusedAddKeepsT
     EXPECT_EQ(replacement->property("text").toString(), QStringLiteral("Quorla"));
 }
 
-TEST_F(MainWindowInterface, settingsSwitchesWriteThePreferencesAtOnce)
+TEST_F(MainWindowInterface, everySettingIsWrittenAtOnce)
 {
     AppModel &model = fixture.makeModel();
     ASSERT_TRUE(open(model));
@@ -192,6 +192,49 @@ TEST_F(MainWindowInterface, settingsSwitchesWriteThePreferencesAtOnce)
     ASSERT_TRUE(model.autoCopyTranscript());
     click(find(QStringLiteral("autoCopySwitch")));
     EXPECT_FALSE(model.autoCopyTranscript());
+
+    // The pickers answer the keyboard like any combo box.
+    const QString trigger = model.triggerKey();
+    type(find(QStringLiteral("triggerPicker")), QString());
+    QTest::keyClick(m_controller->window(), Qt::Key_Down);
+    EXPECT_NE(model.triggerKey(), trigger);
+    type(find(QStringLiteral("transcriptionModePicker")), QString());
+    QTest::keyClick(m_controller->window(), Qt::Key_Down);
+    EXPECT_EQ(model.transcriptionMode(), TranscriptionMode::moreAccurate);
+
+    // The instructions can be edited only while polishing is on.
+    QObject *instructions = find(QStringLiteral("polishPromptField"));
+    ASSERT_NE(instructions, nullptr);
+    const bool polishing = model.shouldPolishTranscript();
+    EXPECT_EQ(instructions->property("enabled").toBool(), polishing);
+    if (!polishing)
+        click(find(QStringLiteral("polishSwitch")));
+    ASSERT_TRUE(model.shouldPolishTranscript());
+    ASSERT_TRUE(instructions->property("enabled").toBool());
+    type(instructions, QStringLiteral("Keep it short"));
+    EXPECT_EQ(model.polishPrompt(), QStringLiteral("Keep it short"));
+
+    // A typed service address is checked as it is typed.
+    QObject *message = find(QStringLiteral("serviceAddressMessage"));
+    ASSERT_NE(message, nullptr);
+    EXPECT_FALSE(message->property("visible").toBool());
+    type(find(QStringLiteral("serviceAddressField")), QStringLiteral("api.example.com"));
+    EXPECT_TRUE(message->property("visible").toBool());
+    EXPECT_TRUE(message->property("text").toString().startsWith(QLatin1String("Enter an address")));
+
+    // The key, below the fold: saved with Return in its field, removed from the keyboard.
+    QObject *page = find(QStringLiteral("settingsPage"));
+    QObject *remove = findIn(page, QStringLiteral("removeKeyButton"));
+    ASSERT_NE(remove, nullptr);
+    EXPECT_FALSE(remove->property("enabled").toBool());
+    type(findIn(page, QStringLiteral("apiKeyField")), QStringLiteral("sk-proj-settings"));
+    QTest::keyClick(m_controller->window(), Qt::Key_Return);
+    EXPECT_TRUE(model.hasStoredAPIKey());
+    EXPECT_EQ(findIn(page, QStringLiteral("keyStatusPill"))->property("text").toString(), QStringLiteral("Saved"));
+    EXPECT_TRUE(remove->property("enabled").toBool());
+    type(remove, QString());
+    QTest::keyClick(m_controller->window(), Qt::Key_Space);
+    EXPECT_FALSE(model.hasStoredAPIKey());
 
     QObject *summary = find(QStringLiteral("translationSummary"));
     ASSERT_NE(summary, nullptr);
