@@ -8,31 +8,17 @@
 #include "platform/linux/X11KeySynthesizer.h"
 #include "platform/linux/X11Workspace.h"
 #include "services/TextInsertionService.h"
+#include "TextTarget.h"
 
-#include <QDeadlineTimer>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QGuiApplication>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
 #include <cstdio>
-#include <functional>
 
 namespace {
-
-bool waitUntil(const std::function<bool()> &condition, int timeoutMs = 10000)
-{
-    QDeadlineTimer deadline(timeoutMs);
-    while (!condition()) {
-        if (deadline.hasExpired())
-            return false;
-        QTest::qWait(10);
-    }
-    return true;
-}
 
 QCoro::Task<void> timedInsert(TextInsertionService *service, ApplicationHandlePtr target, QString text,
                               double *milliseconds, bool *failed)
@@ -68,20 +54,11 @@ int measure(const char *label, const QString &mode, int rounds, double waits, Te
 {
     QTemporaryDir directory;
     const QString output = directory.filePath(QStringLiteral("field.txt"));
-    QProcess target;
-    target.start(QStringLiteral(QUORLA_TEXT_TARGET), {mode, output, QStringLiteral("start ")});
-    ApplicationHandlePtr application;
-    const bool ready = target.waitForStarted(5000)
-        && waitUntil([&] { return target.readAllStandardOutput().contains("ready"); })
-        && waitUntil([&] {
-               application = workspace.frontmostApplication();
-               return application && application->processIdentifier() == target.processId();
-           })
-        && waitUntil([&] { return accessibility.focusedElement(target.processId()) != nullptr; });
-    if (!ready) {
+    TextTarget target(workspace, QStringLiteral(QUORLA_TEXT_TARGET), {mode, output, QStringLiteral("start ")});
+    const ApplicationHandlePtr application = target.application();
+    const qint64 pid = target.process().processId();
+    if (!application || !waitUntil([&] { return accessibility.focusedElement(pid) != nullptr; })) {
         std::fprintf(stderr, "%s: the target did not come up\n", label);
-        target.kill();
-        target.waitForFinished(3000);
         return 1;
     }
     // The parts of the overhead that are ours alone: the trust check and the focus search.
@@ -93,7 +70,7 @@ int measure(const char *label, const QString &mode, int rounds, double waits, Te
         accessibility.isProcessTrusted();
         trust.push_back(double(clock.nsecsElapsed()) / 1e6);
         clock.restart();
-        accessibility.focusedElement(target.processId());
+        accessibility.focusedElement(pid);
         search.push_back(double(clock.nsecsElapsed()) / 1e6);
     }
     std::vector<double> samples;
@@ -103,20 +80,13 @@ int measure(const char *label, const QString &mode, int rounds, double waits, Te
         QCoro::waitFor(timedInsert(&service, application, QStringLiteral("word "), &milliseconds, &failed));
         // Each round's trigger space is replaced by the next round's text.
         const QByteArray expected = "start" + QByteArray("word").repeated(round + 1) + " ";
-        if (failed || !waitUntil([&] {
-                QFile file(output);
-                return file.open(QIODevice::ReadOnly) && file.readAll() == expected;
-            }, 3000)) {
+        if (failed || !waitUntil([&] { return fileContents(output) == expected; }, 3000)) {
             std::fprintf(stderr, "%s: round %d did not land\n", label, round);
-            target.kill();
-            target.waitForFinished(3000);
             return 1;
         }
         samples.push_back(milliseconds);
         QTest::qWait(50);
     }
-    target.terminate();
-    target.waitForFinished(3000);
     const Figures f = figuresOf(samples);
     std::printf("%-22s rounds %3d  min %7.1f  median %7.1f  p95 %7.1f  max %7.1f ms  (waits %.0f ms, median over by %.1f ms)\n",
                 label, rounds, f.minimum, f.median, f.p95, f.maximum, waits, f.median - waits);

@@ -1,8 +1,5 @@
 #include "FakeOpenAIServer.h"
 
-#include "models/CustomDictionary.h"
-#include "models/TranscriptionPrompt.h"
-#include "services/OpenAIClient.h"
 #include "stores/PreferencesStore.h"
 
 #include <QJsonArray>
@@ -15,8 +12,11 @@
 
 namespace {
 
-// `quorla transcribe` as a user runs it: the built binary, its own preferences,
-// the key from the environment, the fake server in place of the service.
+using Server = FakeOpenAIServer;
+
+// `quorla transcribe` as a user runs it: the built binary in a folder holding
+// dictation.m4a, its own preferences, the key from the environment, the fake server
+// in place of the service.
 class TranscribeCommandTest : public ::testing::Test
 {
 protected:
@@ -28,13 +28,15 @@ protected:
 
     TranscribeCommandTest()
     {
-        recording = home.filePath(QStringLiteral("dictation.m4a"));
-        QFile file(recording);
+        QFile file(home.filePath(QStringLiteral("dictation.m4a")));
         file.open(QIODevice::WriteOnly);
         file.write(QByteArray(41 * 1024, '\x42'));
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
         environment.insert(QStringLiteral("QUORLA_API_BASE_URL"), server.baseURL().toString());
         environment.insert(QStringLiteral("OPENAI_API_KEY"), QStringLiteral(" sk-cli \n"));
+        // No keyring either: without that variable there is no key at all.
+        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
+                           QStringLiteral("unix:path=") + home.filePath(QStringLiteral("no-bus")));
         environment.remove(QStringLiteral("DISPLAY"));
         environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
     }
@@ -44,12 +46,15 @@ protected:
         return PreferencesStore(home.filePath(QStringLiteral("config/Quorla/preferences.json")));
     }
 
-    Run run(const QStringList &arguments)
+    // The arguments after "quorla transcribe", split at spaces.
+    Run run(const QString &arguments)
     {
         QProcess quorla;
         quorla.setProcessEnvironment(environment);
+        quorla.setWorkingDirectory(home.path());
         QSignalSpy finished(&quorla, &QProcess::finished);
-        quorla.start(QStringLiteral(QUORLA_BINARY), QStringList{QStringLiteral("transcribe")} + arguments);
+        quorla.start(QStringLiteral(QUORLA_BINARY),
+                     QStringList{QStringLiteral("transcribe")} + arguments.split(u' ', Qt::SkipEmptyParts));
         // The event loop runs meanwhile, so the in-process fake server answers.
         if (!finished.wait(60000))
             quorla.kill();
@@ -57,22 +62,27 @@ protected:
                 QString::fromUtf8(quorla.readAllStandardOutput()), QString::fromUtf8(quorla.readAllStandardError())};
     }
 
-    static QJsonArray messagesOf(const FakeOpenAIServer::Request &request)
+    // The content of one chat message the fake server received.
+    QString message(qsizetype request, int index) const
     {
-        return QJsonDocument::fromJson(request.body).object().value(u"messages").toArray();
+        const QJsonObject body = QJsonDocument::fromJson(server.requests().value(request).body).object();
+        return body[u"messages"][index][u"content"].toString();
+    }
+
+    void transcribeAs(const QString &text)
+    {
+        server.setReply("/v1/audio/transcriptions", Server::json(200, Server::transcriptionBody(text)));
     }
 
     QTemporaryDir home;
-    QString recording;
-    FakeOpenAIServer server;
+    Server server;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
 };
 
 TEST_F(TranscribeCommandTest, printsTheTranscriptOfAPlainRun)
 {
-    server.setReply("/v1/audio/transcriptions",
-                    FakeOpenAIServer::json(200, FakeOpenAIServer::transcriptionBody(QStringLiteral(" Grüße aus Köln. "))));
-    const Run result = run({recording});
+    transcribeAs(QStringLiteral(" Grüße aus Köln. "));
+    const Run result = run(QStringLiteral("dictation.m4a"));
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
     EXPECT_EQ(result.out, QStringLiteral("Grüße aus Köln.\n"));
     EXPECT_EQ(result.err, QString());
@@ -86,33 +96,20 @@ TEST_F(TranscribeCommandTest, printsTheTranscriptOfAPlainRun)
 
 TEST_F(TranscribeCommandTest, runsDictionaryPolishAndTranslationFromThePreferences)
 {
-    const QList<CustomDictionaryEntry> entries{{QStringLiteral("Acme Corp"), std::nullopt},
-                                               {QStringLiteral("open eye"), QStringLiteral("OpenAI")}};
     {
         PreferencesStore stored = preferences();
-        QJsonArray encoded;
-        for (const auto &entry : entries) {
-            QJsonObject object{{QStringLiteral("term"), entry.term}};
-            if (entry.replacement)
-                object.insert(QStringLiteral("replacement"), *entry.replacement);
-            encoded.append(object);
-        }
-        stored.setData(QStringLiteral("customDictionaryEntries"), QJsonDocument(encoded).toJson());
+        stored.setData(QStringLiteral("customDictionaryEntries"),
+                       R"([{"term":"Acme Corp"},{"term":"open eye","replacement":"OpenAI"}])");
         stored.setBool(QStringLiteral("shouldPolishTranscript"), true);
         stored.setString(QStringLiteral("polishPrompt"), QStringLiteral("Keep it short."));
         stored.setString(QStringLiteral("translationLanguageCode"), QStringLiteral("de"));
         stored.setString(QStringLiteral("transcriptionMode"), QStringLiteral("fast"));
     }
-    server.setReply("/v1/audio/transcriptions",
-                    FakeOpenAIServer::json(200, FakeOpenAIServer::transcriptionBody(QStringLiteral("um hello acme"))));
-    server.enqueueReply("/v1/chat/completions",
-                        FakeOpenAIServer::json(200, FakeOpenAIServer::chatBody(QStringLiteral("Hello Acme Corp."))));
-    server.enqueueReply("/v1/chat/completions",
-                        FakeOpenAIServer::json(200, FakeOpenAIServer::chatBody(
-                                                        QStringLiteral("Hallo Acme Corp. Let me know if you'd like any changes."))));
+    transcribeAs(QStringLiteral("um hello acme"));
+    for (const char *reply : {"Hello Acme Corp.", "Hallo Acme Corp. Let me know if you'd like any changes."})
+        server.enqueueReply("/v1/chat/completions", Server::json(200, Server::chatBody(QString::fromUtf8(reply))));
 
-    const Run result = run({recording, QStringLiteral("--language"), QStringLiteral("en"), QStringLiteral("--mode"),
-                            QStringLiteral("moreAccurate")});
+    const Run result = run(QStringLiteral("dictation.m4a --language en --mode moreAccurate"));
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
     EXPECT_EQ(result.out, QStringLiteral("Hallo Acme Corp.\n"));
     ASSERT_EQ(server.requests().size(), 3);
@@ -120,112 +117,94 @@ TEST_F(TranscribeCommandTest, runsDictionaryPolishAndTranslationFromThePreferenc
     const QByteArray upload = server.requests()[0].body;
     EXPECT_TRUE(upload.contains("gpt-4o-transcribe"));
     EXPECT_TRUE(upload.contains("name=\"language\"\r\n\r\nen\r\n"));
-    const auto guidance = customDictionaryGuidance(entries);
-    if (const auto prompt = transcriptionPrompt(guidance)) {
-        EXPECT_TRUE(upload.contains("name=\"prompt\"\r\n\r\n" + prompt->toUtf8() + "\r\n"));
-    } else {
-        EXPECT_FALSE(upload.contains("name=\"prompt\""));
-    }
+    const QByteArray prompt = upload.mid(upload.indexOf("name=\"prompt\""));
+    EXPECT_TRUE(prompt.contains("Acme Corp") && prompt.contains("OpenAI"));
 
-    const QJsonArray polish = messagesOf(server.requests()[1]);
-    EXPECT_EQ(polish[0][u"content"].toString(),
-              OpenAIClient::polishInstructions(guidance, QStringLiteral("Keep it short.")));
-    EXPECT_EQ(polish[1][u"content"].toString(), QStringLiteral("um hello acme"));
-    const QJsonArray translation = messagesOf(server.requests()[2]);
-    EXPECT_TRUE(translation[0][u"content"].toString().startsWith(
-        QStringLiteral("Translate dictated speech into natural German (de).")));
-    EXPECT_EQ(translation[1][u"content"].toString(), QStringLiteral("Hello Acme Corp."));
+    const QString polish = message(1, 0);
+    EXPECT_TRUE(polish.contains(u"Keep it short.") && polish.contains(u"OpenAI")) << polish.toStdString();
+    EXPECT_EQ(message(1, 1), QStringLiteral("um hello acme"));
+    EXPECT_TRUE(message(2, 0).startsWith(QStringLiteral("Translate dictated speech into natural German (de).")));
+    EXPECT_EQ(message(2, 1), QStringLiteral("Hello Acme Corp."));
 }
 
-TEST_F(TranscribeCommandTest, optionsOverrideThePreferences)
+TEST_F(TranscribeCommandTest, optionsAndTheEnvironmentOverrideThePreferences)
 {
+    Server other;
+    other.setReply("/openai/v1/audio/transcriptions",
+                   Server::json(200, Server::transcriptionBody(QStringLiteral("Other."))));
     {
         PreferencesStore stored = preferences();
         stored.setBool(QStringLiteral("shouldPolishTranscript"), true);
         stored.setString(QStringLiteral("translationLanguageCode"), QStringLiteral("de"));
+        stored.setString(QStringLiteral("apiBaseURL"), other.baseURL().toString() + QStringLiteral("/openai"));
     }
     // Translating English speech into English is no translation at all.
-    Run result = run({recording, QStringLiteral("--no-polish"), QStringLiteral("--language"), QStringLiteral("en"),
-                      QStringLiteral("--translate-to"), QStringLiteral("EN")});
+    const QString englishAsItIs = QStringLiteral("dictation.m4a --no-polish --language en --translate-to EN");
+    Run result = run(englishAsItIs);
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
     EXPECT_EQ(result.out, QStringLiteral("Hello from the fake server.\n"));
     EXPECT_EQ(server.requests().size(), 1);
 
-    result = run({recording, QStringLiteral("--translate-to"), QStringLiteral("fr")});
+    result = run(QStringLiteral("dictation.m4a --translate-to fr"));
     EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
     ASSERT_EQ(server.requests().size(), 4);
-    EXPECT_TRUE(messagesOf(server.requests()[3])[0][u"content"].toString().contains(QStringLiteral("French (fr)")));
-}
+    EXPECT_TRUE(message(3, 0).contains(QStringLiteral("French (fr)")));
 
-TEST_F(TranscribeCommandTest, theEnvironmentsAddressWinsOverThePreference)
-{
-    FakeOpenAIServer other;
-    other.setReply("/openai/v1/audio/transcriptions",
-                   FakeOpenAIServer::json(200, FakeOpenAIServer::transcriptionBody(QStringLiteral("From the other."))));
-    preferences().setString(QStringLiteral("apiBaseURL"), other.baseURL().toString() + QStringLiteral("/openai"));
-    EXPECT_EQ(run({recording}).out, QStringLiteral("Hello from the fake server.\n"));
     environment.remove(QStringLiteral("QUORLA_API_BASE_URL"));
-    EXPECT_EQ(run({recording}).out, QStringLiteral("From the other.\n"));
-    EXPECT_EQ(server.requests().size(), 1);
+    EXPECT_EQ(run(englishAsItIs).out, QStringLiteral("Other.\n"));
     EXPECT_EQ(other.requests().size(), 1);
+    EXPECT_EQ(server.requests().size(), 4);
 }
 
-TEST_F(TranscribeCommandTest, failuresGoToStandardErrorWithTheWindowsMessages)
+TEST_F(TranscribeCommandTest, failuresGoToStandardErrorAndSendOnlyWhatTheyMust)
 {
-    server.setReply("/v1/audio/transcriptions",
-                    FakeOpenAIServer::json(401, R"({"error":{"message":"Incorrect API key provided: sk-cli."}})"));
-    Run result = run({recording});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.out, QString());
-    EXPECT_EQ(result.err, QStringLiteral("Incorrect API key provided: sk-cli.\n"));
-
-    server.setReply("/v1/audio/transcriptions", FakeOpenAIServer::json(200, R"({"text":" "})"));
-    result = run({recording});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.err, QStringLiteral("OpenAI returned an empty transcription.\n"));
-
-    const qsizetype sent = server.requests().size();
-    result = run({home.filePath(QStringLiteral("missing.m4a"))});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_TRUE(result.err.contains(QStringLiteral("missing.m4a"))) << result.err.toStdString();
-
-    environment.insert(QStringLiteral("QUORLA_API_BASE_URL"), QStringLiteral("http://speech.example.com"));
-    result = run({recording});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_TRUE(result.err.contains(QStringLiteral("doesn't use HTTPS"))) << result.err.toStdString();
-    EXPECT_EQ(server.requests().size(), sent);
+    const struct {
+        const char *name;
+        Server::Reply reply;
+        const char *arguments;
+        std::pair<QString, QString> variable; // an empty value removes it
+        QString error;
+        int requests;
+    } cases[] = {
+        {"key refused", Server::json(401, R"({"error":{"message":"Incorrect API key provided: sk-cli."}})"),
+         "dictation.m4a", {}, QStringLiteral("Incorrect API key provided: sk-cli.\n"), 1},
+        {"empty transcript", Server::json(200, R"({"text":" "})"), "dictation.m4a", {},
+         QStringLiteral("OpenAI returned an empty transcription.\n"), 1},
+        {"missing file", {}, "missing.m4a", {}, QStringLiteral("missing.m4a"), 0},
+        {"plain HTTP", {}, "dictation.m4a",
+         {QStringLiteral("QUORLA_API_BASE_URL"), QStringLiteral("http://speech.example.com")},
+         QStringLiteral("doesn't use HTTPS"), 0},
+        {"no key", {}, "dictation.m4a", {QStringLiteral("OPENAI_API_KEY"), {}}, QString(), 0},
+    };
+    const QProcessEnvironment base = environment;
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        environment = base;
+        if (!c.variable.first.isEmpty())
+            c.variable.second.isEmpty() ? environment.remove(c.variable.first)
+                                        : environment.insert(c.variable.first, c.variable.second);
+        server.setReply("/v1/audio/transcriptions", c.reply);
+        const qsizetype sent = server.requests().size();
+        const Run result = run(QString::fromLatin1(c.arguments));
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.out, QString());
+        EXPECT_TRUE(result.err.contains(c.error) && !result.err.trimmed().isEmpty()) << result.err.toStdString();
+        EXPECT_EQ(server.requests().size() - sent, c.requests);
+    }
 }
 
 TEST_F(TranscribeCommandTest, wrongCommandLinesExplainThemselves)
 {
-    const QList<QStringList> cases{
-        {},
-        {recording, recording},
-        {recording, QStringLiteral("--mode"), QStringLiteral("slow")},
-        {recording, QStringLiteral("--polish"), QStringLiteral("--no-polish")},
-        {recording, QStringLiteral("--translate-to"), QStringLiteral("xx")},
-        {recording, QStringLiteral("--bogus")},
-    };
-    for (const QStringList &arguments : cases) {
-        const Run result = run(arguments);
-        EXPECT_EQ(result.exitCode, 2) << arguments.join(u' ').toStdString();
-        EXPECT_TRUE(result.err.contains(QStringLiteral("quorla transcribe --help")));
+    for (const char *arguments : {"", "dictation.m4a dictation.m4a", "dictation.m4a --mode slow",
+                                  "dictation.m4a --polish --no-polish", "dictation.m4a --translate-to xx",
+                                  "dictation.m4a --bogus"}) {
+        const Run result = run(QString::fromLatin1(arguments));
+        EXPECT_EQ(result.exitCode, 2) << arguments;
+        EXPECT_TRUE(result.err.contains(QStringLiteral("quorla transcribe --help"))) << arguments;
         EXPECT_EQ(result.out, QString());
     }
     EXPECT_TRUE(server.requests().isEmpty());
-    EXPECT_EQ(run({QStringLiteral("--help")}).exitCode, 0);
-}
-
-TEST_F(TranscribeCommandTest, withoutAKeyNothingIsSent)
-{
-    environment.remove(QStringLiteral("OPENAI_API_KEY"));
-    // No credential store reachable either.
-    environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
-                       QStringLiteral("unix:path=") + home.filePath(QStringLiteral("no-bus")));
-    const Run result = run({recording});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_FALSE(result.err.trimmed().isEmpty());
-    EXPECT_TRUE(server.requests().isEmpty());
+    EXPECT_EQ(run(QStringLiteral("--help")).exitCode, 0);
 }
 
 } // namespace

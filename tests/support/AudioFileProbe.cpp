@@ -47,7 +47,6 @@ std::optional<AudioFileProbe> AudioFileProbe::of(const QString &filePath)
     const QJsonObject stream = streams.first().toObject();
     const QJsonObject format = root.value(QStringLiteral("format")).toObject();
     AudioFileProbe probe;
-    probe.formatName = format.value(QStringLiteral("format_name")).toString();
     probe.majorBrand = format.value(QStringLiteral("tags")).toObject().value(QStringLiteral("major_brand")).toString();
     probe.codecName = stream.value(QStringLiteral("codec_name")).toString();
     probe.profile = stream.value(QStringLiteral("profile")).toString();

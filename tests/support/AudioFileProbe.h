@@ -6,7 +6,6 @@
 // What ffprobe reads from an audio file, and whether its index (moov) comes before
 // the audio data (mdat), as a file that streams to the speech service should have it.
 struct AudioFileProbe {
-    QString formatName;
     QString majorBrand;
     QString codecName;
     QString profile;

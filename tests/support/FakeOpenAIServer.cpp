@@ -10,14 +10,9 @@
 
 namespace {
 
-QByteArray statusLine(int status)
-{
-    return "HTTP/1.1 " + QByteArray::number(status) + " Fake\r\n";
-}
-
 QByteArray headerBlock(const FakeOpenAIServer::Reply &reply, qint64 contentLength)
 {
-    return statusLine(reply.status) + "Content-Type: " + reply.contentType + "\r\n"
+    return "HTTP/1.1 " + QByteArray::number(reply.status) + " Fake\r\nContent-Type: " + reply.contentType + "\r\n"
         + "Content-Length: " + QByteArray::number(contentLength) + "\r\n" + "Connection: keep-alive\r\n\r\n";
 }
 
@@ -91,11 +86,10 @@ void FakeOpenAIServer::accept()
     while (QTcpSocket *socket = m_server.nextPendingConnection()) {
         socket->setParent(nullptr);
         m_buffers.insert(socket, {});
-        m_connectionNumbers.insert(socket, ++m_connectionCount);
+        ++m_connectionCount;
         connect(socket, &QTcpSocket::readyRead, this, [this, socket] { readFrom(socket); });
         connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
             m_buffers.remove(socket);
-            m_connectionNumbers.remove(socket);
             socket->deleteLater();
         });
     }
@@ -124,15 +118,12 @@ void FakeOpenAIServer::readFrom(QTcpSocket *socket)
         if (buffer.size() < headerEnd + 4 + length)
             return;
         request.body = buffer.mid(headerEnd + 4, length);
-        request.connection = m_connectionNumbers.value(socket);
         buffer.remove(0, headerEnd + 4 + length);
 
-        const QByteArray path = request.path.left(request.path.indexOf('?') >= 0 ? request.path.indexOf('?')
-                                                                                   : request.path.size());
+        const QByteArray path = request.path.split('?').value(0);
         m_requests.append(request);
         // Answering may drop the connection, and with it the buffer.
         respond(socket, replyFor(path));
-        Q_EMIT requestReceived();
     }
 }
 

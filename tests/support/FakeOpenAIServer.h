@@ -23,7 +23,6 @@ public:
         QByteArray path;
         QMap<QByteArray, QByteArray> headers; // names in lower case
         QByteArray body;
-        int connection = 0; // which connection carried it, from 1
     };
 
     enum class Behaviour {
@@ -63,9 +62,6 @@ public:
     static QByteArray transcriptionBody(const QString &text);
     static QByteArray chatBody(const QString &content);
 
-Q_SIGNALS:
-    void requestReceived();
-
 private:
     void accept();
     void readFrom(QTcpSocket *socket);
@@ -75,7 +71,6 @@ private:
 
     QTcpServer m_server;
     QHash<QTcpSocket *, QByteArray> m_buffers;
-    QHash<QTcpSocket *, int> m_connectionNumbers;
     QMap<QByteArray, Reply> m_replies;
     QMap<QByteArray, QList<Reply>> m_queued;
     QList<Request> m_requests;

@@ -13,40 +13,12 @@
 #include <QMimeData>
 #include <QQmlApplicationEngine>
 #include <QQmlContext>
+#include <QQmlPropertyMap>
 #include <QQuickWindow>
 #include <QSaveFile>
 #include <QTimer>
 #include <cstdio>
-
-class FieldProbe : public QObject
-{
-    Q_OBJECT
-public:
-    FieldProbe(QString outputPath, QString copyOnChange)
-        : m_outputPath(std::move(outputPath)), m_copyOnChange(std::move(copyOnChange))
-    {
-    }
-
-    Q_SLOT void textChanged(const QString &text)
-    {
-        QSaveFile file(m_outputPath);
-        if (file.open(QIODevice::WriteOnly)) {
-            file.write(text.toUtf8());
-            file.commit();
-        }
-        if (!m_copyOnChange.isEmpty() && m_ready) {
-            QGuiApplication::clipboard()->setText(m_copyOnChange);
-            m_copyOnChange.clear();
-        }
-    }
-
-    void markReady() { m_ready = true; }
-
-private:
-    QString m_outputPath;
-    QString m_copyOnChange;
-    bool m_ready = false;
-};
+#include <utility>
 
 static const char *quickField = R"(
 import QtQuick
@@ -54,13 +26,11 @@ import QtQuick.Controls
 Window {
     width: 400; height: 80; visible: true; title: "Quick target"
     TextField {
-        id: field
-        objectName: "field"
         anchors.fill: parent
         focus: true
         text: initialText
         Component.onCompleted: cursorPosition = text.length
-        onTextChanged: probe.textChanged(text)
+        onTextChanged: probe.text = text
     }
 }
 )";
@@ -72,11 +42,20 @@ int main(int argc, char **argv)
     const QStringList args = app.arguments();
     if (args.size() < 4)
         return 2;
-    const QString mode = args.at(1);
     const QString initial = args.at(3);
     const qsizetype copyAt = args.indexOf(QStringLiteral("--copy-on-change"));
-    FieldProbe probe(args.at(2), copyAt > 0 && copyAt + 1 < args.size() ? args.at(copyAt + 1) : QString());
-    probe.textChanged(initial);
+    QString copyOnChange = copyAt > 0 ? args.value(copyAt + 1) : QString();
+    bool ready = false;
+    const auto textChanged = [&, output = args.at(2)](const QString &text) {
+        QSaveFile file(output);
+        if (file.open(QIODevice::WriteOnly)) {
+            file.write(text.toUtf8());
+            file.commit();
+        }
+        if (ready && !copyOnChange.isEmpty())
+            QGuiApplication::clipboard()->setText(std::exchange(copyOnChange, QString()));
+    };
+    textChanged(initial);
 
     if (args.contains(QStringLiteral("--clipboard"))) {
         auto *data = new QMimeData;
@@ -88,14 +67,17 @@ int main(int argc, char **argv)
 
     QLineEdit lineEdit;
     QQmlApplicationEngine engine;
-    if (mode == QLatin1String("widgets")) {
+    QQmlPropertyMap probe; // QML sets probe.text on every change
+    if (args.at(1) == QLatin1String("widgets")) {
         lineEdit.setWindowTitle(QStringLiteral("Widgets target"));
         lineEdit.setText(initial);
         lineEdit.setCursorPosition(int(initial.size()));
-        QObject::connect(&lineEdit, &QLineEdit::textChanged, &probe, &FieldProbe::textChanged);
+        QObject::connect(&lineEdit, &QLineEdit::textChanged, textChanged);
         lineEdit.show();
         lineEdit.activateWindow();
     } else {
+        QObject::connect(&probe, &QQmlPropertyMap::valueChanged,
+                         [&](const QString &, const QVariant &text) { textChanged(text.toString()); });
         engine.rootContext()->setContextProperty(QStringLiteral("initialText"), initial);
         engine.rootContext()->setContextProperty(QStringLiteral("probe"), &probe);
         engine.loadData(quickField);
@@ -109,12 +91,10 @@ int main(int argc, char **argv)
         if (!window || !window->isActive())
             return;
         readiness.stop();
-        probe.markReady();
+        ready = true;
         std::printf("ready\n");
         std::fflush(stdout);
     });
     readiness.start(20);
     return app.exec();
 }
-
-#include "TextTargetApp.moc"

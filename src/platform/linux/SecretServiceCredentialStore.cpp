@@ -235,19 +235,26 @@ Result converse(Operation operation)
     }
 }
 
-} // namespace
-
-Result SecretServiceCredentialStore::update(const QString &service, const QString &account, const QByteArray &value)
+// Runs use on the first matching item, when there is one and it is unlocked.
+template <typename Use>
+Result converseAboutItem(const QString &service, const QString &account, SecretSearchFlags flags, Use use)
 {
     return converse([&](Conversation &conversation) -> Result {
         ItemList found;
-        if (!conversation.search(service, account, SECRET_SEARCH_NONE, &found))
+        if (!conversation.search(service, account, flags, &found))
             return conversation.failure();
         SecretItem *item = firstItem(found);
         if (!item)
             return {Outcome::itemNotFound, 0};
-        if (secret_item_get_locked(item))
-            return lockedResult;
+        return secret_item_get_locked(item) ? lockedResult : use(conversation, item);
+    });
+}
+
+} // namespace
+
+Result SecretServiceCredentialStore::update(const QString &service, const QString &account, const QByteArray &value)
+{
+    return converseAboutItem(service, account, SECRET_SEARCH_NONE, [&](Conversation &conversation, SecretItem *item) {
         const ValuePtr secret = secretValueFor(value);
         secret_item_set_secret_sync(item, secret.get(), conversation.cancellable(), conversation.errorSlot());
         return conversation.failed() ? conversation.failure() : Result{};
@@ -282,15 +289,7 @@ Result SecretServiceCredentialStore::add(const QString &service, const QString &
 
 Result SecretServiceCredentialStore::copy(const QString &service, const QString &account, QByteArray *value)
 {
-    return converse([&](Conversation &conversation) -> Result {
-        ItemList found;
-        if (!conversation.search(service, account, SECRET_SEARCH_LOAD_SECRETS, &found))
-            return conversation.failure();
-        SecretItem *item = firstItem(found);
-        if (!item)
-            return {Outcome::itemNotFound, 0};
-        if (secret_item_get_locked(item))
-            return lockedResult;
+    const auto read = [value](Conversation &, SecretItem *item) -> Result {
         const ValuePtr secret(secret_item_get_secret(item));
         if (!secret)
             return {Outcome::itemNotFound, 0};
@@ -298,20 +297,14 @@ Result SecretServiceCredentialStore::copy(const QString &service, const QString 
         const gchar *bytes = secret_value_get(secret.get(), &length);
         *value = QByteArray(bytes, qsizetype(length));
         return {};
-    });
+    };
+    return converseAboutItem(service, account, SECRET_SEARCH_LOAD_SECRETS, read);
 }
 
 Result SecretServiceCredentialStore::exists(const QString &service, const QString &account)
 {
-    return converse([&](Conversation &conversation) -> Result {
-        ItemList found;
-        if (!conversation.search(service, account, SECRET_SEARCH_NONE, &found))
-            return conversation.failure();
-        SecretItem *item = firstItem(found);
-        if (!item)
-            return {Outcome::itemNotFound, 0};
-        return secret_item_get_locked(item) ? lockedResult : Result{};
-    });
+    const auto found = [](Conversation &, SecretItem *) { return Result{}; };
+    return converseAboutItem(service, account, SECRET_SEARCH_NONE, found);
 }
 
 Result SecretServiceCredentialStore::remove(const QString &service, const QString &account)

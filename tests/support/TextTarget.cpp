@@ -1,0 +1,45 @@
+#include "TextTarget.h"
+
+#include "platform/Workspace.h"
+
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QTest>
+
+bool waitUntil(const std::function<bool()> &condition, int timeoutMs)
+{
+    for (QDeadlineTimer deadline(timeoutMs); !condition(); QTest::qWait(10)) {
+        if (deadline.hasExpired())
+            return false;
+    }
+    return true;
+}
+
+QByteArray fileContents(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+TextTarget::TextTarget(Workspace &workspace, const QString &program, const QStringList &arguments, bool printsReady)
+{
+    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_process.start(program, arguments);
+    if (!m_process.waitForStarted(5000)
+        || (printsReady && !waitUntil([&] { return m_process.readAllStandardOutput().contains("ready"); })))
+        return;
+    ApplicationHandlePtr frontmost;
+    if (waitUntil([&] {
+            frontmost = workspace.frontmostApplication();
+            return frontmost && frontmost->processIdentifier() == m_process.processId();
+        }))
+        m_application = std::move(frontmost);
+}
+
+TextTarget::~TextTarget()
+{
+    m_process.terminate();
+    if (!m_process.waitForFinished(3000))
+        m_process.kill();
+    m_process.waitForFinished(3000);
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/ApplicationHandle.h"
+
+#include <QProcess>
+#include <functional>
+
+class Workspace;
+
+// Spins the event loop (Quorla serves its clipboard from it) until the condition holds.
+bool waitUntil(const std::function<bool()> &condition, int timeoutMs = 10000);
+// Empty when the file cannot be read.
+QByteArray fileContents(const QString &path);
+
+// An application to insert text into, for the insertion tests and benchmark. It is
+// up once its window is the active one; it is stopped when this goes.
+class TextTarget
+{
+public:
+    // With printsReady, it must first print "ready" (quorla_text_target and gtk_text_target.py do).
+    TextTarget(Workspace &workspace, const QString &program, const QStringList &arguments, bool printsReady = true);
+    TextTarget(const TextTarget &) = delete;
+    TextTarget &operator=(const TextTarget &) = delete;
+    ~TextTarget();
+
+    // Null when it did not come up.
+    [[nodiscard]] const ApplicationHandlePtr &application() const { return m_application; }
+    [[nodiscard]] QProcess &process() { return m_process; }
+
+private:
+    QProcess m_process;
+    ApplicationHandlePtr m_application;
+};
