@@ -1,7 +1,6 @@
 #include "TrayIcon.h"
 
 #include "app/AppModel.h"
-#include "views/icons/SymbolIcon.h"
 #include "views/menu/RecentDictationMenuItem.h"
 
 #include <QCursor>
@@ -49,7 +48,9 @@ void TrayIcon::rebuildMenu()
 void TrayIcon::updateIcon()
 {
     m_symbol = m_model.isRecording() ? QStringLiteral("waveform.badge.microphone") : QStringLiteral("waveform.mid");
-    m_icon.setIcon(SymbolIcon::icon(m_symbol));
+    // Full colour rather than a monochrome symbol: a tray panel may be light or dark.
+    m_icon.setIcon(QIcon(m_model.isRecording() ? QStringLiteral(":/Quorla/app-icon-recording.svg")
+                                               : QStringLiteral(":/Quorla/app-icon.svg")));
     m_icon.setToolTip(m_model.isRecording() ? QStringLiteral("Quorla: recording") : QStringLiteral("Quorla"));
 }
 

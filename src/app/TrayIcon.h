@@ -17,8 +17,9 @@ public:
 
     [[nodiscard]] bool isShown() const { return m_icon.isVisible(); }
     [[nodiscard]] QMenu &menu() { return m_menu; }
-    // The symbol the icon currently shows.
+    // The symbol the icon currently stands for, and its picture.
     [[nodiscard]] const QString &symbol() const { return m_symbol; }
+    [[nodiscard]] QIcon picture() const { return m_icon.icon(); }
 
 Q_SIGNALS:
     void openRequested();

@@ -59,8 +59,13 @@ TEST(TrayIcon, showsTheRecordingAndCopiesARecentDictation)
     model.setApiKeyDraft(QStringLiteral("sk-test"));
     TrayIcon tray(model);
 
+    const QImage idle = tray.picture().pixmap(22, 22).toImage();
+    ASSERT_FALSE(idle.isNull());
     QCoro::waitFor(model.startManualRecording());
     EXPECT_EQ(tray.symbol(), QStringLiteral("waveform.badge.microphone"));
+    const QImage recording = tray.picture().pixmap(22, 22).toImage();
+    ASSERT_FALSE(recording.isNull());
+    EXPECT_NE(recording, idle);
     fixture.speech->transcript = QStringLiteral("Call me back  after\nlunch, please, it is urgent");
     QCoro::waitFor(model.stopRecordingAndTranscribe());
     EXPECT_EQ(tray.symbol(), QStringLiteral("waveform.mid"));

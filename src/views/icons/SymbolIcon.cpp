@@ -14,7 +14,6 @@ const QHash<QString, Mapping> &mappings()
 {
     static const QHash<QString, Mapping> table{
         {QStringLiteral("waveform.mid"), {"audio-input-microphone-symbolic", "waveform.svg"}},
-        {QStringLiteral("waveform.badge.microphone"), {"media-record-symbolic", "waveform-recording.svg"}},
         {QStringLiteral("book.closed"), {"accessories-dictionary-symbolic", "book-closed.svg"}},
         {QStringLiteral("gearshape"), {"preferences-system-symbolic", "gear.svg"}},
         {QStringLiteral("arrow.turn.down.right"), {"go-next-symbolic", "arrow-turn.svg"}},

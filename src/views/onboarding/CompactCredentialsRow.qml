@@ -10,6 +10,8 @@ ColumnLayout {
     required property QtObject presenter
     signal helpRequested()
 
+    function focusKeyField() { keyField.forceActiveFocus() }
+
     Layout.fillWidth: true
     spacing: 8
 
@@ -22,6 +24,7 @@ ColumnLayout {
         Layout.fillWidth: true
         spacing: 8
         TextField {
+            id: keyField
             objectName: "apiKeyField"
             Layout.fillWidth: true
             echoMode: TextInput.Password

@@ -18,6 +18,8 @@ Popup {
     padding: 24
     closePolicy: Popup.CloseOnEscape
     onClosed: dismissed()
+    // The key is what setup asks for first: typing goes straight into its field.
+    onOpened: if (!appModel.hasStoredAPIKey) credentials.focusKeyField()
 
     Overlay.modal: Rectangle { color: AppTheme.scrim }
 
@@ -73,6 +75,7 @@ Popup {
 
             SectionCard {
                 CompactCredentialsRow {
+                    id: credentials
                     appModel: sheet.appModel
                     presenter: onboarding
                     onHelpRequested: keyHelp.open()
