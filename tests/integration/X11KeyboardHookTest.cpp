@@ -1,5 +1,6 @@
 #include "FakeWorkspace.h"
 #include "KeyEchoProcess.h"
+#include "QtPrinters.h"
 #include "XTestKeyboard.h"
 
 #include "models/QuorlaError.h"
@@ -8,10 +9,9 @@
 #include "services/GlobalPushToTalkMonitor.h"
 #include "support/PlatformWords.h"
 
-#include <QFile>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QTest>
-#include <atomic>
 #include <chrono>
 #include <gtest/gtest.h>
 #include <thread>
@@ -19,30 +19,6 @@
 namespace {
 
 using namespace std::chrono_literals;
-
-// Sets an environment variable for one scope and puts the old value back, also when an
-// assertion ends the test early.
-class ScopedEnvironment
-{
-public:
-    ScopedEnvironment(const char *name, const QByteArray &value)
-        : m_name(name), m_hadValue(qEnvironmentVariableIsSet(name)), m_old(qgetenv(name))
-    {
-        qputenv(name, value);
-    }
-    ~ScopedEnvironment()
-    {
-        if (m_hadValue)
-            qputenv(m_name, m_old);
-        else
-            qunsetenv(m_name);
-    }
-
-private:
-    const char *m_name;
-    bool m_hadValue;
-    QByteArray m_old;
-};
 
 class X11KeyboardHookTest : public ::testing::Test
 {
@@ -60,10 +36,9 @@ protected:
     // A test that stopped half-way must not leave a key down for the next ones.
     void TearDown() override
     {
-        if (!keys.isOpen())
-            return;
         for (const char *keysym : {"space", "Control_R", "Alt_R", "Menu"})
-            keys.release(keysym);
+            if (keys.isOpen())
+                keys.release(keysym);
     }
 
     // Tests inject keys a few milliseconds apart, as a hand would.
@@ -77,17 +52,52 @@ protected:
         keys.release(keysym);
         QTest::qWait(10);
     }
+    // Presses the trigger and waits, with the events held back, until the hook has taken
+    // Space for it: under load that can take longer than a hand's gap before Space.
+    void pressTrigger(const char *keysym)
+    {
+        keys.press(keysym);
+        EXPECT_TRUE(hook->waitForGrabs(2s, true)) << keysym << " did not take Space";
+    }
     void tapSpace()
     {
         press("space");
         release("space");
     }
-    int spacePressesAtTarget()
+    void expectEvents(const QStringList &expected)
     {
-        int count = 0;
-        for (const auto &key : target.takeKeys(150))
-            count += key.press && key.key == Qt::Key_Space;
-        return count;
+        (void)QTest::qWaitFor([&] { return events == expected; }, 2000);
+        EXPECT_EQ(events, expected);
+    }
+    // The keys the target saw pressed since the last look.
+    QList<int> pressesAtTarget()
+    {
+        QList<int> pressed;
+        for (const auto &key : target.takeKeys(150)) {
+            if (key.press)
+                pressed.append(key.key);
+        }
+        return pressed;
+    }
+    // Trigger + Space starts a toggle and the next Space ends it; the target sees none of
+    // those Spaces. Held first, the trigger starts a hold that the Space promotes.
+    // Returns the other keys the target saw.
+    QList<int> toggle(const char *trigger, bool holdFirst)
+    {
+        events.clear();
+        QStringList expected;
+        pressTrigger(trigger);
+        if (holdFirst)
+            expectEvents(expected << QStringLiteral("holdStarted"));
+        tapSpace();
+        release(trigger);
+        QTest::qWait(100); // releasing the trigger ends nothing
+        expectEvents(expected << QStringLiteral("toggleStarted"));
+        tapSpace();
+        expectEvents(expected << QStringLiteral("toggleEnded"));
+        const QList<int> pressed = pressesAtTarget();
+        EXPECT_FALSE(pressed.contains(Qt::Key_Space)) << "a Space of the gesture reached the target";
+        return pressed;
     }
 
     std::shared_ptr<X11KeyboardHook> hook =
@@ -99,72 +109,41 @@ protected:
     QStringList events;
 };
 
-TEST_F(X11KeyboardHookTest, aHeldTriggerStartsAndEndsAHoldAndATapDoesNothing)
+TEST_F(X11KeyboardHookTest, theTriggerHoldsTogglesAndLetsPlainSpacesThrough)
 {
     monitor.installMonitors();
     press("Control_R");
-    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList{"holdStarted"}, 2000);
+    expectEvents({"holdStarted"});
     release("Control_R");
-    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList({"holdStarted", "holdEnded"}), 2000);
-
+    expectEvents({"holdStarted", "holdEnded"});
     events.clear();
-    press("Control_R");
+    press("Control_R"); // a tap, shorter than the hold delay
     release("Control_R");
     QTest::qWait(250);
     EXPECT_TRUE(events.isEmpty()) << events.join(' ').toStdString();
+
+    tapSpace();
+    EXPECT_EQ(pressesAtTarget().count(Qt::Key_Space), 1);
+    EXPECT_TRUE(toggle("Control_R", false).contains(Qt::Key_Control)) << "Ctrl shortcuts keep working";
+    toggle("Control_R", true);
+    tapSpace();
+    EXPECT_EQ(pressesAtTarget(), QList<int>{Qt::Key_Space}) << "Space is let go after the toggle";
 }
 
-// Disabled: the Menu grab intermittently does not take before the test presses Menu
-// (seen in fresh-clone runs); re-enable once the hook reports when its grabs are in place.
-TEST_F(X11KeyboardHookTest, DISABLED_aModifierTriggerStaysWithTheApplicationsButMenuIsTaken)
+TEST_F(X11KeyboardHookTest, aNewTriggerKeyWorksAtOnceAndANonModifierIsTakenForGood)
 {
     monitor.installMonitors();
-    press("Control_R");
-    release("Control_R");
-    EXPECT_TRUE(target.waitForKey(true, Qt::Key_Control).has_value()) << "Ctrl shortcuts keep working";
-
-    monitor.setTriggerKey(*TriggerKey::withId(QStringLiteral("menu")));
-    press("Menu");
-    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList{"holdStarted"}, 2000);
-    tapSpace();
-    release("Menu");
-    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList({"holdStarted", "toggleStarted"}), 2000);
-    tapSpace();
-    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList({"holdStarted", "toggleStarted", "toggleEnded"}), 2000);
-    for (const auto &key : target.takeKeys(150))
-        EXPECT_TRUE(key.key != Qt::Key_Menu && key.key != Qt::Key_Space) << "key " << key.key << " reached the target";
-}
-
-TEST_F(X11KeyboardHookTest, triggerPlusSpaceTogglesAndTheTargetNeverSeesThoseSpaces)
-{
-    monitor.installMonitors();
-    tapSpace();
-    EXPECT_EQ(spacePressesAtTarget(), 1) << "a plain Space reaches the target";
-
-    press("Control_R");
-    tapSpace();
-    release("Control_R");
-    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList{"toggleStarted"}, 2000);
-    tapSpace();
-    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList({"toggleStarted", "toggleEnded"}), 2000);
-    EXPECT_EQ(spacePressesAtTarget(), 0);
-
-    tapSpace();
-    EXPECT_EQ(spacePressesAtTarget(), 1) << "Space is let go after the toggle";
-}
-
-TEST_F(X11KeyboardHookTest, aHoldPromotedToAToggleEndsWithTheNextSpace)
-{
-    monitor.installMonitors();
-    press("Control_R");
-    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList{"holdStarted"}, 2000);
-    tapSpace();
-    release("Control_R");
-    QTest::qWait(100);
-    EXPECT_EQ(events, QStringList({"holdStarted", "toggleStarted"})) << "releasing the trigger ends nothing";
-    tapSpace();
-    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList({"holdStarted", "toggleStarted", "toggleEnded"}), 2000);
-    EXPECT_EQ(spacePressesAtTarget(), 0);
+    for (const auto &[id, keysym] : {std::pair{"rightAlt", "Alt_R"}, std::pair{"menu", "Menu"}}) {
+        SCOPED_TRACE(id);
+        monitor.setTriggerKey(*TriggerKey::withId(QLatin1String(id)));
+        ASSERT_TRUE(hook->waitForGrabs(5s));
+        events.clear();
+        press("Control_R");
+        QTest::qWait(150);
+        release("Control_R");
+        EXPECT_TRUE(events.isEmpty()) << "the old trigger still counts";
+        EXPECT_FALSE(toggle(keysym, true).contains(Qt::Key_Menu)) << "Menu reached the target";
+    }
 }
 
 TEST_F(X11KeyboardHookTest, aCombinationAnotherClientHoldsDoesNotDisableTheOthers)
@@ -174,19 +153,11 @@ TEST_F(X11KeyboardHookTest, aCombinationAnotherClientHoldsDoesNotDisableTheOther
     ASSERT_NE(numLock, 0u);
     ASSERT_TRUE(otherClient.grabSpace(numLock));
     monitor.installMonitors();
-
-    press("Control_R");
-    tapSpace();
-    release("Control_R");
-    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList{"toggleStarted"}, 2000);
-    tapSpace();
-    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList({"toggleStarted", "toggleEnded"}), 2000);
-    EXPECT_EQ(spacePressesAtTarget(), 0);
+    toggle("Control_R", false);
 }
 
 TEST_F(X11KeyboardHookTest, synthesizedKeysAreIgnoredUnlessAsked)
 {
-    monitor.stop();
     auto product = std::make_shared<X11KeyboardHook>(TriggerKey::defaultKey());
     GlobalPushToTalkMonitor productMonitor{product, workspace};
     productMonitor.holdStartedHandler = [this] { events.append(QStringLiteral("holdStarted")); };
@@ -196,7 +167,7 @@ TEST_F(X11KeyboardHookTest, synthesizedKeysAreIgnoredUnlessAsked)
     tapSpace();
     release("Control_R");
     EXPECT_TRUE(events.isEmpty());
-    EXPECT_EQ(spacePressesAtTarget(), 1) << "Space is not taken for keys Quorla itself typed";
+    EXPECT_EQ(pressesAtTarget().count(Qt::Key_Space), 1) << "Space is not taken for keys Quorla itself typed";
 }
 
 // The keyboard must not wait for Quorla: with the main thread blocked, the Space that
@@ -204,29 +175,19 @@ TEST_F(X11KeyboardHookTest, synthesizedKeysAreIgnoredUnlessAsked)
 TEST_F(X11KeyboardHookTest, aBusyMainThreadDoesNotHoldOrDelaySpace)
 {
     monitor.installMonitors();
-    press("Control_R");
+    pressTrigger("Control_R");
     tapSpace();
     release("Control_R");
-    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList{"toggleStarted"}, 2000);
-    target.takeKeys(50);
+    expectEvents({"toggleStarted"});
 
-    std::atomic<bool> blocked{false};
-    std::chrono::steady_clock::time_point plainSpaceSentAt;
-    std::thread hand([&] {
+    // While the main thread sleeps, a hand ends the toggle with Space, then types a plain one.
+    std::thread hand([] {
         XTestKeyboard handKeys;
-        while (!blocked)
-            std::this_thread::sleep_for(1ms);
-        std::this_thread::sleep_for(20ms);
-        handKeys.press("space"); // ends the toggle
-        std::this_thread::sleep_for(10ms);
-        handKeys.release("space");
-        std::this_thread::sleep_for(10ms);
-        plainSpaceSentAt = std::chrono::steady_clock::now();
-        handKeys.press("space");
-        std::this_thread::sleep_for(10ms);
-        handKeys.release("space");
+        for (const bool down : {true, false, true, false}) {
+            std::this_thread::sleep_for(20ms);
+            down ? handKeys.press("space") : handKeys.release("space");
+        }
     });
-    blocked = true;
     std::this_thread::sleep_for(500ms); // the main thread is busy
     const auto unblockedAt = std::chrono::steady_clock::now();
     hand.join();
@@ -235,39 +196,52 @@ TEST_F(X11KeyboardHookTest, aBusyMainThreadDoesNotHoldOrDelaySpace)
     ASSERT_TRUE(arrived.has_value());
     const auto arrivedAt = std::chrono::steady_clock::time_point(std::chrono::microseconds(arrived->arrivedAtMicroseconds));
     EXPECT_LT(arrivedAt, unblockedAt) << "the plain Space waited for the main thread";
-    std::printf("plain Space reached the target %.2f ms after it was sent, main thread blocked\n",
-                std::chrono::duration<double, std::milli>(arrivedAt - plainSpaceSentAt).count());
-    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList({"toggleStarted", "toggleEnded"}), 2000);
-    EXPECT_EQ(spacePressesAtTarget(), 0) << "only the plain Space reached the target";
+    expectEvents({"toggleStarted", "toggleEnded"});
+    EXPECT_FALSE(pressesAtTarget().contains(Qt::Key_Space)) << "only the plain Space reached the target";
 }
 
 TEST(X11KeyboardHookInstall, failuresSayWhatIsMissing)
 {
     ASSERT_FALSE(qEnvironmentVariableIsEmpty("DISPLAY")) << "needs the headless desktop";
+    QProcess server; // an X server of its own, without XTest
+    const QByteArray display = qgetenv("DISPLAY");
+    const auto restore = qScopeGuard([&] {
+        qputenv("DISPLAY", display);
+        qunsetenv("WAYLAND_DISPLAY");
+        server.terminate();
+        server.waitForFinished(5000);
+    });
+    server.start(QStringLiteral("Xvfb"), {"-displayfd", "1", "-nolisten", "tcp", "-extension", "XTEST"});
+    ASSERT_TRUE(server.waitForReadyRead(10000)) << "Xvfb did not start";
+    const QByteArray withoutXTest = ':' + server.readAllStandardOutput().trimmed();
     const struct {
         const char *name;
-        const char *variable;
-        QByteArray value;
+        QByteArray display;
+        bool wayland;
         const char *triggerId;
         QString message;
         bool installedAnyway;
     } cases[] = {
-        {"no display", "DISPLAY", ":9999", "rightControl",
+        {"no display", ":9999", false, "rightControl",
          "Quorla can't reach an X11 display, so Right Ctrl and Right Ctrl + Space don't work. Run Quorla in an "
          "X11 session, then reopen Quorla.",
          false},
-        {"no Fn key", nullptr, {}, "fn",
+        {"no XTest", withoutXTest, false, "rightControl",
+         "Quorla needs the X11 XTest extension to use Right Ctrl and Right Ctrl + Space and to type into other "
+         "apps. Enable it in the X server, then reopen Quorla.",
+         false},
+        {"no Fn key", display, false, "fn",
          "This keyboard has no Fn key that X11 can see. Choose another trigger key in Settings.", false},
-        {"Wayland", "WAYLAND_DISPLAY", "wayland-test", "menu",
+        {"Wayland", display, true, "menu",
          "In a Wayland session, Menu and Menu + Space only work while an X11 application has focus. Log in to "
          "an X11 session to use them everywhere.",
          true},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
-        std::optional<ScopedEnvironment> environment;
-        if (c.variable)
-            environment.emplace(c.variable, c.value);
+        qputenv("DISPLAY", c.display);
+        if (c.wayland)
+            qputenv("WAYLAND_DISPLAY", "wayland-test");
         X11KeyboardHook hook(*TriggerKey::withId(QLatin1String(c.triggerId)));
         try {
             hook.install({});
@@ -278,71 +252,6 @@ TEST(X11KeyboardHookInstall, failuresSayWhatIsMissing)
         }
         EXPECT_EQ(hook.isInstalled(), c.installedAnyway);
     }
-}
-
-// An X server of its own, started with extensions left out.
-class PrivateXServer
-{
-public:
-    explicit PrivateXServer(const QStringList &arguments)
-    {
-        for (int number = 300; number < 400 && m_display.isEmpty(); ++number) {
-            if (!QFile::exists(QStringLiteral("/tmp/.X%1-lock").arg(number)))
-                m_display = QStringLiteral(":%1").arg(number);
-        }
-        m_server.setProcessChannelMode(QProcess::MergedChannels);
-        m_server.start(QStringLiteral("Xvfb"), QStringList{m_display, QStringLiteral("-nolisten"), QStringLiteral("tcp")} + arguments);
-        const QString socket = QStringLiteral("/tmp/.X11-unix/X") + m_display.mid(1);
-        m_ready = m_server.waitForStarted(5000) && QTest::qWaitFor([&] { return QFile::exists(socket); }, 10000);
-    }
-    ~PrivateXServer()
-    {
-        m_server.terminate();
-        if (!m_server.waitForFinished(5000))
-            m_server.kill();
-    }
-    [[nodiscard]] bool isReady() const { return m_ready; }
-    [[nodiscard]] QByteArray display() const { return m_display.toLatin1(); }
-
-private:
-    QString m_display;
-    QProcess m_server;
-    bool m_ready = false;
-};
-
-TEST(X11KeyboardHookInstall, withoutXTestTheMessageNamesIt)
-{
-    PrivateXServer server({QStringLiteral("-extension"), QStringLiteral("XTEST")});
-    ASSERT_TRUE(server.isReady());
-    ScopedEnvironment environment("DISPLAY", server.display());
-    X11KeyboardHook hook(TriggerKey::defaultKey());
-    try {
-        hook.install({});
-        ADD_FAILURE() << "installed";
-    } catch (const QuorlaError &error) {
-        EXPECT_EQ(error.errorDescription(PlatformWords::linuxDesktop()),
-                  QStringLiteral("Quorla needs the X11 XTest extension to use Right Ctrl and Right Ctrl + Space and "
-                                 "to type into other apps. Enable it in the X server, then reopen Quorla."));
-    }
-    EXPECT_FALSE(hook.isInstalled());
-}
-
-TEST_F(X11KeyboardHookTest, aNewTriggerKeyWorksAtOnce)
-{
-    monitor.installMonitors();
-    monitor.setTriggerKey(*TriggerKey::withId(QStringLiteral("rightAlt")));
-    press("Control_R");
-    QTest::qWait(150);
-    release("Control_R");
-    EXPECT_TRUE(events.isEmpty());
-
-    press("Alt_R");
-    tapSpace();
-    release("Alt_R");
-    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList{"toggleStarted"}, 2000);
-    tapSpace();
-    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList({"toggleStarted", "toggleEnded"}), 2000);
-    EXPECT_EQ(spacePressesAtTarget(), 0);
 }
 
 } // namespace

@@ -5,9 +5,11 @@
 #include <X11/extensions/XInput2.h>
 #include <X11/extensions/XTest.h>
 #include <xcb/xcb.h>
+#include <xcb/xcbext.h> // xcb_poll_for_reply
 
 #include <algorithm>
 #include <cstdlib>
+#include <optional>
 #include <poll.h>
 
 namespace {
@@ -39,6 +41,8 @@ struct X11KeyboardConnection::Private {
     bool spaceGrabbed = false;
     std::vector<std::uint8_t> grabbedTriggerKeycodes;
     int refusedGrabs = 0;
+    // The request whose reply says the grab changes before it are done, until it came.
+    std::optional<unsigned> grabsSync;
 
     ~Private()
     {
@@ -166,7 +170,7 @@ struct X11KeyboardConnection::Private {
             }
         }
         XFreeModifiermap(modifiers);
-        xcb_flush(grabber);
+        askWhenGrabsAreDone();
     }
 
     void ungrabTriggerKeys()
@@ -174,7 +178,7 @@ struct X11KeyboardConnection::Private {
         for (const std::uint8_t keycode : grabbedTriggerKeycodes)
             xcb_ungrab_key(grabber, keycode, root, XCB_MOD_MASK_ANY);
         grabbedTriggerKeycodes.clear();
-        xcb_flush(grabber);
+        askWhenGrabsAreDone();
     }
 
     void setSpaceGrabbed(bool grabbed)
@@ -189,6 +193,16 @@ struct X11KeyboardConnection::Private {
         } else {
             xcb_ungrab_key(grabber, spaceKeycode, root, XCB_MOD_MASK_ANY);
         }
+        askWhenGrabsAreDone();
+    }
+
+    // The server handles one client's requests in order: once this is answered, a key
+    // another client sends meets the grabs. Never waited on: drainGrabber collects it.
+    void askWhenGrabsAreDone()
+    {
+        if (grabsSync)
+            xcb_discard_reply(grabber, *grabsSync);
+        grabsSync = xcb_get_input_focus(grabber).sequence;
         xcb_flush(grabber);
     }
 
@@ -200,6 +214,13 @@ struct X11KeyboardConnection::Private {
                 && reinterpret_cast<xcb_generic_error_t *>(event)->error_code == badAccess)
                 ++refusedGrabs;
             std::free(event);
+        }
+        void *reply = nullptr;
+        xcb_generic_error_t *error = nullptr;
+        if (grabsSync && xcb_poll_for_reply(grabber, *grabsSync, &reply, &error)) {
+            grabsSync.reset();
+            std::free(reply);
+            std::free(error);
         }
     }
 };
@@ -249,8 +270,12 @@ X11KeyboardConnection::OpenResult X11KeyboardConnection::open(const std::vector<
 
 void X11KeyboardConnection::waitForKeys(int wakeFd, const std::function<void(const KeyEvent &)> &onKey)
 {
+    const bool grabsWereInPlace = grabsInPlace();
     d->readEvents(onKey);
     d->drainGrabber();
+    // The reply may already be read, and then nothing would wake the poll for it.
+    if (grabsInPlace() != grabsWereInPlace)
+        return;
     // A broken grab connection would report itself readable forever.
     const int grabberFd = xcb_connection_has_error(d->grabber) ? -1 : xcb_get_file_descriptor(d->grabber);
     pollfd fds[] = {
@@ -267,6 +292,11 @@ void X11KeyboardConnection::waitForKeys(int wakeFd, const std::function<void(con
 void X11KeyboardConnection::setSpaceGrabbed(bool grabbed)
 {
     d->setSpaceGrabbed(grabbed);
+}
+
+bool X11KeyboardConnection::grabsInPlace() const
+{
+    return !d->grabsSync;
 }
 
 int X11KeyboardConnection::refusedSpaceGrabs() const

@@ -31,12 +31,16 @@ public:
     // "Control_R") that some key of the current keymap produces. Keys from the XTEST
     // devices, which is how Quorla types, are left out unless acceptSynthesizedKeys.
     OpenResult open(const std::vector<std::string> &triggerKeysyms, bool acceptSynthesizedKeys);
-    // Waits until keys arrive or wakeFd becomes readable; reports each trigger and Space
-    // key in order. Call setSpaceGrabbed from onKey to act before the next key is read.
+    // Waits until keys arrive, wakeFd becomes readable or grabsInPlace changes; reports
+    // each trigger and Space key in order. Call setSpaceGrabbed from onKey to act before
+    // the next key is read.
     void waitForKeys(int wakeFd, const std::function<void(const KeyEvent &)> &onKey);
     // Grabs Space under every modifier combination, one by one, so a combination another
     // client holds costs only that combination; or releases them all.
     void setSpaceGrabbed(bool grabbed);
+    // False from a change of the grabs (the trigger's at open and after a keymap change,
+    // Space's) until waitForKeys sees that the server has carried it out.
+    [[nodiscard]] bool grabsInPlace() const;
     // How many combinations other clients held at the last grab, as far as known yet.
     [[nodiscard]] int refusedSpaceGrabs() const;
 

@@ -99,6 +99,10 @@ void X11KeyboardHook::install(Events events)
     m_connection = std::move(connection);
     m_receiver = std::make_unique<QObject>();
     m_tracker.reset();
+    {
+        const std::lock_guard lock(m_grabsMutex);
+        m_grabs = m_grabsReported = {};
+    }
     m_stopping = false;
     m_thread = std::thread([this] { watchKeys(); });
 
@@ -126,6 +130,29 @@ void X11KeyboardHook::uninstall()
     m_events = {};
 }
 
+bool X11KeyboardHook::waitForGrabs(std::chrono::milliseconds timeout, bool spaceGrabbed)
+{
+    if (!isInstalled())
+        return false;
+    std::unique_lock lock(m_grabsMutex);
+    return m_grabsChanged.wait_for(
+        lock, timeout, [&] { return m_grabs.inPlace && (m_grabs.spaceGrabbed || !spaceGrabbed); });
+}
+
+// Locks only when the grabs changed, and production has no one waiting on the lock.
+void X11KeyboardHook::reportGrabsOnXThread()
+{
+    const Grabs grabs{m_connection->grabsInPlace(), m_tracker.wantsSpaceGrab()};
+    if (grabs == m_grabsReported)
+        return;
+    m_grabsReported = grabs;
+    {
+        const std::lock_guard lock(m_grabsMutex);
+        m_grabs = grabs;
+    }
+    m_grabsChanged.notify_all();
+}
+
 void X11KeyboardHook::setTriggerKey(const TriggerKey &key)
 {
     m_trigger = key;
@@ -144,6 +171,7 @@ void X11KeyboardHook::watchKeys()
     int refusedReported = 0;
     while (!m_stopping) {
         m_connection->waitForKeys(m_wakeFd, onKey);
+        reportGrabsOnXThread();
         const int refused = m_connection->refusedSpaceGrabs();
         if (refused > refusedReported) { // once, not at every trigger press
             qCInfo(lcX11Keyboard) << refused << "modifier combinations of Space belong to other applications";
@@ -167,6 +195,8 @@ void X11KeyboardHook::handleKeyOnXThread(std::uint8_t keycode, bool isTrigger, b
     }
     // Before the next key is read, so that key already meets the right grab.
     m_connection->setSpaceGrabbed(m_tracker.wantsSpaceGrab());
+    // Before the key report: whoever waits for the grabs after it must not find old news.
+    reportGrabsOnXThread();
     if (report)
         QMetaObject::invokeMethod(
             m_receiver.get(), [this, report = *report] { deliver(report); }, Qt::QueuedConnection);

@@ -6,7 +6,10 @@
 
 #include <QObject>
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 #include <thread>
 
 class X11KeyboardConnection;
@@ -37,13 +40,24 @@ public:
     void setSpaceCaptureWanted(bool) override {}
     [[nodiscard]] QString triggerDisplayName() const override { return m_trigger.displayName; }
     void setTriggerKey(const TriggerKey &key) override;
+    // Test hook: waits until the X server has carried out the key grabs asked for so far
+    // (a trigger such as Menu at install; Space once a trigger press was seen), and with
+    // spaceGrabbed until Space is taken, so a key sent next meets them. False when not
+    // installed or at the timeout. Production never waits for the grabs.
+    bool waitForGrabs(std::chrono::milliseconds timeout, bool spaceGrabbed = false);
 
 private:
     struct KeyReport;
+    struct Grabs {
+        bool inPlace = false;
+        bool spaceGrabbed = false;
+        bool operator==(const Grabs &) const = default;
+    };
 
     void watchKeys();
     void handleKeyOnXThread(std::uint8_t keycode, bool isTrigger, bool press);
     void deliver(const KeyReport &report);
+    void reportGrabsOnXThread();
 
     TriggerKey m_trigger;
     Options m_options;
@@ -55,4 +69,8 @@ private:
     int m_wakeFd = -1;
     std::atomic<bool> m_stopping{false};
     SpaceCaptureTracker m_tracker; // X thread only
+    std::mutex m_grabsMutex;
+    std::condition_variable m_grabsChanged;
+    Grabs m_grabs; // guarded by m_grabsMutex
+    Grabs m_grabsReported; // X thread only
 };
