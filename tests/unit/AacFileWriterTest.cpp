@@ -82,9 +82,12 @@ TEST(AacFileWriter, anUncreatableFileIsAFileErrorAndLeavesNothing)
     try {
         aacWriter(path);
         FAIL() << "expected a PlatformError";
-    } catch (const PlatformError &error) {
-        EXPECT_EQ(error.domain(), PlatformError::Domain::file);
-        EXPECT_TRUE(error.description().contains(path)) << error.description().toStdString();
+    } catch (const std::exception &thrown) {
+        // The model tells errors apart by dynamic_cast, across the module boundary.
+        const auto *error = dynamic_cast<const PlatformError *>(&thrown);
+        ASSERT_TRUE(error) << thrown.what();
+        EXPECT_EQ(error->domain(), PlatformError::Domain::file);
+        EXPECT_TRUE(error->description().contains(path)) << error->description().toStdString();
     }
     EXPECT_FALSE(QFile::exists(path));
 }
