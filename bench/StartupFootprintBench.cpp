@@ -1,11 +1,12 @@
 // Start-up time to the window shown and to the tray icon ready, and resident memory
-// with the window open and 10 s after it was closed. Runs the real shell (window,
+// with the window open, 10 s after it was closed and after one short recording. Runs the real shell (window,
 // tray, model over the platform backends) on the current desktop; prints one line
 // per figure. Times count from the process's start (kernel start time) and from main().
 #include "app/AppModel.h"
 #include "app/AppServicesFactory.h"
 #include "app/MainWindowController.h"
 #include "app/TrayIcon.h"
+#include "platform/AudioCapture.h"
 #include "stores/PreferencesStore.h"
 
 #include <QApplication>
@@ -16,6 +17,7 @@
 #include <QTemporaryDir>
 #include <QTimer>
 #include <cstdio>
+#include <functional>
 #include <unistd.h>
 
 namespace {
@@ -44,6 +46,32 @@ double residentMegabytes()
         if (line.startsWith("VmRSS:"))
             return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024.0;
     return -1;
+}
+
+// A push-to-talk of half a second: trigger down, the hold recognized 80 ms later, stop.
+// The encoder is loaded from then on.
+void recordOnce(AudioCapture &capture, const QString &filePath, std::function<void()> done)
+{
+    capture.prepare();
+    QTimer::singleShot(80, [&capture, filePath, done] {
+        try {
+            capture.start(filePath);
+        } catch (const std::exception &error) {
+            std::printf("recording failed: %s\n", error.what());
+            done();
+            return;
+        }
+        QTimer::singleShot(500, [&capture, filePath, done] {
+            try {
+                capture.stop();
+            } catch (const std::exception &error) {
+                std::printf("recording failed: %s\n", error.what());
+            }
+            capture.release();
+            QFile::remove(filePath);
+            QTimer::singleShot(2000, done);
+        });
+    });
 }
 
 } // namespace
@@ -85,7 +113,10 @@ int main(int argc, char *argv[])
             QTimer::singleShot(10000, &app, [&] {
                 std::printf("resident 10 s after closing: %.1f MB (window %s)\n", residentMegabytes(),
                             window.isOpen() ? "still built" : "released");
-                QApplication::quit();
+                recordOnce(*backends.audioCapture, config.filePath(QStringLiteral("recording.m4a")), [] {
+                    std::printf("resident after one recording: %.1f MB\n", residentMegabytes());
+                    QApplication::quit();
+                });
             });
         });
     });

@@ -1,11 +1,13 @@
 #include "AudioFileProbe.h"
 #include "FileSizeLimit.h"
 
-#include "platform/linux/AacFileWriter.h"
+#include "platform/linux/AacEncoderModule.h"
 #include "platform/linux/PeakLevel.h"
+#include "platform/linux/QtAudioCapture.h"
 #include "support/PlatformError.h"
 
 #include <QFile>
+#include <QLibraryInfo>
 #include <QTemporaryDir>
 #include <cmath>
 #include <gtest/gtest.h>
@@ -14,16 +16,23 @@
 
 namespace {
 
+// Through the module, as Quorla records: its errors must reach us as PlatformError.
+std::unique_ptr<AudioFileWriter> aacWriter(const QString &filePath)
+{
+    static AacEncoderModule module;
+    return module.createWriter(filePath);
+}
+
 std::vector<std::int16_t> tone(double seconds, double amplitude)
 {
-    std::vector<std::int16_t> samples(std::size_t(seconds * AacFileWriter::sampleRate));
+    std::vector<std::int16_t> samples(std::size_t(seconds * AudioFileWriter::sampleRate));
     for (std::size_t i = 0; i < samples.size(); ++i)
         samples[i] = std::int16_t(amplitude * 32767 * std::sin(2 * std::numbers::pi * 440 * double(i) / 16000));
     return samples;
 }
 
 // Feeds the writer in uneven pieces, as the audio server delivers them.
-void writeInPieces(AacFileWriter &writer, const std::vector<std::int16_t> &samples)
+void writeInPieces(AudioFileWriter &writer, const std::vector<std::int16_t> &samples)
 {
     for (std::size_t at = 0; at < samples.size(); at += 333)
         writer.write(std::span(samples).subspan(at, std::min<std::size_t>(333, samples.size() - at)));
@@ -34,10 +43,10 @@ TEST(AacFileWriter, writesAacLcMono16kHzAt32kbitInAnM4aWithTheIndexUpFront)
     QTemporaryDir directory;
     const QString path = directory.filePath("tone.m4a");
     const auto samples = tone(3.0, 0.5);
-    AacFileWriter writer(path);
-    writeInPieces(writer, samples);
-    writer.finish();
-    EXPECT_DOUBLE_EQ(writer.duration(), 3.0);
+    const auto writer = aacWriter(path);
+    writeInPieces(*writer, samples);
+    writer->finish();
+    EXPECT_DOUBLE_EQ(writer->duration(), 3.0);
 
     const auto probe = AudioFileProbe::of(path);
     ASSERT_TRUE(probe);
@@ -56,9 +65,9 @@ TEST(AacFileWriter, aShortOrEmptyRecordingStillFinishes)
     QTemporaryDir directory;
     for (const double seconds : {0.0, 0.01, 0.2}) {
         const QString path = directory.filePath(QStringLiteral("short-%1.m4a").arg(seconds));
-        AacFileWriter writer(path);
-        writeInPieces(writer, tone(seconds, 0.3));
-        EXPECT_NO_THROW(writer.finish()) << seconds;
+        const auto writer = aacWriter(path);
+        writeInPieces(*writer, tone(seconds, 0.3));
+        EXPECT_NO_THROW(writer->finish()) << seconds;
         EXPECT_TRUE(QFile::exists(path)) << seconds;
         if (seconds > 0) {
             EXPECT_NEAR(AudioFileProbe::of(path).value_or(AudioFileProbe{}).duration, seconds, 0.07) << seconds;
@@ -71,11 +80,14 @@ TEST(AacFileWriter, anUncreatableFileIsAFileErrorAndLeavesNothing)
     QTemporaryDir directory;
     const QString path = directory.filePath("missing/folder/x.m4a");
     try {
-        AacFileWriter writer(path);
+        aacWriter(path);
         FAIL() << "expected a PlatformError";
-    } catch (const PlatformError &error) {
-        EXPECT_EQ(error.domain(), PlatformError::Domain::file);
-        EXPECT_TRUE(error.description().contains(path)) << error.description().toStdString();
+    } catch (const std::exception &thrown) {
+        // The model tells errors apart by dynamic_cast, across the module boundary.
+        const auto *error = dynamic_cast<const PlatformError *>(&thrown);
+        ASSERT_TRUE(error) << thrown.what();
+        EXPECT_EQ(error->domain(), PlatformError::Domain::file);
+        EXPECT_TRUE(error->description().contains(path)) << error->description().toStdString();
     }
     EXPECT_FALSE(QFile::exists(path));
 }
@@ -86,12 +98,12 @@ TEST(AacFileWriter, anUnfinishedFileIsRemoved)
     const QString aborted = directory.filePath("aborted.m4a");
     const QString dropped = directory.filePath("dropped.m4a");
     {
-        AacFileWriter writer(aborted);
-        writeInPieces(writer, tone(0.5, 0.3));
-        writer.abort();
-        EXPECT_NO_THROW(writer.write(tone(0.1, 0.3))); // ignored after abort
-        AacFileWriter other(dropped);
-        writeInPieces(other, tone(0.5, 0.3));
+        const auto writer = aacWriter(aborted);
+        writeInPieces(*writer, tone(0.5, 0.3));
+        writer->abort();
+        EXPECT_NO_THROW(writer->write(tone(0.1, 0.3))); // ignored after abort
+        const auto other = aacWriter(dropped);
+        writeInPieces(*other, tone(0.5, 0.3));
     }
     EXPECT_FALSE(QFile::exists(aborted));
     EXPECT_FALSE(QFile::exists(dropped));
@@ -105,9 +117,9 @@ TEST(AacFileWriter, aFullDiskIsAFileErrorAndLeavesNothing)
     {
         const FileSizeLimit limit(16 * 1024);
         try {
-            AacFileWriter writer(path);
-            writeInPieces(writer, tone(20.0, 0.5));
-            writer.finish();
+            const auto writer = aacWriter(path);
+            writeInPieces(*writer, tone(20.0, 0.5));
+            writer->finish();
         } catch (const PlatformError &error) {
             failed = true;
             EXPECT_EQ(error.domain(), PlatformError::Domain::file);
@@ -115,6 +127,32 @@ TEST(AacFileWriter, aFullDiskIsAFileErrorAndLeavesNothing)
     }
     EXPECT_TRUE(failed);
     EXPECT_FALSE(QFile::exists(path));
+}
+
+TEST(AacEncoderModule, aMissingOrForeignModuleFailsTheStartWithAnAudioErrorNamingIt)
+{
+    QTemporaryDir directory;
+    const QString notALibrary = directory.filePath("libquorla_aac.so");
+    QFile file(notALibrary);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("not a library") > 0);
+    file.close();
+    const QString modules[] = {
+        directory.filePath("lib/quorla/libquorla_aac.so"),
+        notALibrary,
+        QLibraryInfo::path(QLibraryInfo::LibrariesPath) + "/libQt6Core.so.6", // no factory in it
+    };
+    for (const QString &module : modules) {
+        QtAudioCapture capture(nullptr, module);
+        const QString recording = directory.filePath("recording.m4a");
+        try {
+            capture.start(recording);
+            ADD_FAILURE() << "expected a PlatformError for " << module.toStdString();
+        } catch (const PlatformError &error) {
+            EXPECT_EQ(error.domain(), PlatformError::Domain::audio) << module.toStdString();
+            EXPECT_TRUE(error.description().contains(module)) << error.description().toStdString();
+        }
+        EXPECT_FALSE(QFile::exists(recording)) << module.toStdString();
+    }
 }
 
 TEST(PeakLevel, isTheLoudestSampleInDecibelsFullScaleNeverBelowMinus160)

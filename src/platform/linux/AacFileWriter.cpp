@@ -3,6 +3,7 @@
 #include "support/PlatformError.h"
 
 #include <QFile>
+#include <type_traits>
 #include <vector>
 
 extern "C" {
@@ -227,3 +228,10 @@ void AacFileWriter::fail(int error, Step step)
     throw PlatformError(PlatformError::Domain::audio,
                         QStringLiteral("The audio encoder couldn't be set up: %1.").arg(reason), error);
 }
+
+// The module's one exported symbol; everything else in it stays hidden.
+extern "C" Q_DECL_EXPORT AudioFileWriter *quorlaCreateAacFileWriter(const QString &filePath)
+{
+    return new AacFileWriter(filePath);
+}
+static_assert(std::is_same_v<decltype(&quorlaCreateAacFileWriter), CreateAudioFileWriter>);

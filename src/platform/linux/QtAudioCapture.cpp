@@ -1,7 +1,6 @@
 #include "QtAudioCapture.h"
 
 #include "models/QuorlaError.h"
-#include "platform/linux/AacFileWriter.h"
 #include "platform/linux/PeakLevel.h"
 #include "support/PlatformError.h"
 
@@ -33,8 +32,9 @@ std::span<const std::int16_t> samplesOf(const QByteArray &data)
 
 } // namespace
 
-QtAudioCapture::QtAudioCapture(QObject *parent)
+QtAudioCapture::QtAudioCapture(QObject *parent, const QString &encoderModulePath)
     : QObject(parent)
+    , m_encoder(encoderModulePath)
 {
     m_stallCheck.setInterval(250);
     connect(&m_stallCheck, &QTimer::timeout, this, &QtAudioCapture::checkForStall);
@@ -72,9 +72,18 @@ void QtAudioCapture::prepare()
         // part of the dictation.
         readAvailable();
         m_preRoll.clear();
-        return;
+    } else {
+        openInput();
     }
-    openInput();
+    if (m_encoder.isLoaded())
+        return;
+    // After the input is open, so the audio server keeps what is said meanwhile; the
+    // start() of the hold then finds the encoder ready.
+    try {
+        m_encoder.load();
+    } catch (const PlatformError &error) {
+        qCWarning(lcAudioCapture) << error.description(); // start() reports it
+    }
 }
 
 void QtAudioCapture::release()
@@ -87,7 +96,7 @@ void QtAudioCapture::start(const QString &filePath)
 {
     m_failure = nullptr;
     m_finishedDuration = 0;
-    auto writer = std::make_unique<AacFileWriter>(filePath); // throws PlatformError
+    auto writer = m_encoder.createWriter(filePath); // throws PlatformError
     if (!openInput()) {
         writer->abort();
         throw QuorlaError(QuorlaError::Kind::recordingFailed);
@@ -140,7 +149,7 @@ bool QtAudioCapture::openInput()
         return false;
     }
     QAudioFormat format;
-    format.setSampleRate(AacFileWriter::sampleRate);
+    format.setSampleRate(AudioFileWriter::sampleRate);
     format.setChannelCount(1);
     format.setSampleFormat(QAudioFormat::Int16);
     m_source = std::make_unique<QAudioSource>(device, format);
@@ -199,7 +208,7 @@ void QtAudioCapture::readAvailable()
 
 void QtAudioCapture::keepForPreRoll(const QByteArray &data)
 {
-    constexpr qsizetype limit = qsizetype(AacFileWriter::sampleRate) * preRollMilliseconds / 1000 * bytesPerSample;
+    constexpr qsizetype limit = qsizetype(AudioFileWriter::sampleRate) * preRollMilliseconds / 1000 * bytesPerSample;
     m_preRoll.append(data);
     if (m_preRoll.size() > limit)
         m_preRoll.remove(0, m_preRoll.size() - limit);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/AudioCapture.h"
+#include "platform/linux/AacEncoderModule.h"
 
 #include <QByteArray>
 #include <QElapsedTimer>
@@ -10,14 +11,14 @@
 #include <memory>
 #include <span>
 
-class AacFileWriter;
 class QAudioSource;
 class QIODevice;
 
 // The desktop audio server's default input (PulseAudio, or PipeWire's PulseAudio
 // service) through Qt Multimedia, at 16 kHz mono 16-bit, encoded into the .m4a as the
 // buffers arrive on the event loop. While prepared, keeps the latest audio so a
-// recording starts with what was said since the trigger went down.
+// recording starts with what was said since the trigger went down. The encoder module
+// is loaded at the first prepare() (or start()), not before: Quorla idles without it.
 class QtAudioCapture : public QObject, public AudioCapture
 {
     Q_OBJECT
@@ -29,7 +30,8 @@ public:
     // Qt reports a source that vanishes under a running stream as no error at all.
     static constexpr int stallMilliseconds = 1500;
 
-    explicit QtAudioCapture(QObject *parent = nullptr);
+    // An empty encoderModulePath means the installed module (AacEncoderModule).
+    explicit QtAudioCapture(QObject *parent = nullptr, const QString &encoderModulePath = {});
     ~QtAudioCapture() override;
 
     PermissionState permissionState() override;
@@ -55,7 +57,8 @@ private:
     QIODevice *m_input = nullptr;
     QByteArray m_preRoll;
     QByteArray m_partialSample;
-    std::unique_ptr<AacFileWriter> m_writer;
+    AacEncoderModule m_encoder;
+    std::unique_ptr<AudioFileWriter> m_writer;
     double m_finishedDuration = 0;
     float m_peakPower = -160.0f;
     std::exception_ptr m_failure;
