@@ -2,6 +2,8 @@
 #include "views/menu/RecentDictationMenuItem.h"
 
 #include <gtest/gtest.h>
+#include <ostream>
+#include <string>
 
 namespace {
 
@@ -9,6 +11,12 @@ struct TimeSavedCase {
     qint64 words;
     const char *expected;
 };
+
+// Named in the test list by their input, not by their bytes.
+void PrintTo(const TimeSavedCase &c, std::ostream *out)
+{
+    *out << c.words << " words";
+}
 
 class EstimatedTimeSaved : public ::testing::TestWithParam<TimeSavedCase> {};
 
@@ -38,6 +46,14 @@ struct TitleCase {
     const char *text;
     const char *expected;
 };
+
+void PrintTo(const TitleCase &c, std::ostream *out)
+{
+    *out << '"';
+    for (const char *p = c.text; *p; ++p)
+        *out << (*p == '\n' ? "\\n" : *p == '\t' ? "\\t" : std::string(1, *p));
+    *out << '"';
+}
 
 class MenuTitle : public ::testing::TestWithParam<TitleCase> {};
 
