@@ -24,8 +24,8 @@ public:
     virtual void release() = 0;
 
     // Starts writing a new recording to filePath. Throws QuorlaError::recordingFailed
-    // when the input refuses to start, or a PlatformError for file problems; no file
-    // is left behind then.
+    // when the input refuses to start, or a PlatformError for file problems or a
+    // missing encoder; no file is left behind then.
     virtual void start(const QString &filePath) = 0;
     // Seconds of audio in the file so far; after stop(), of the finished file.
     [[nodiscard]] virtual double currentTime() const = 0;
