@@ -19,6 +19,13 @@ std::optional<QUrl> usableAddress(const std::optional<QString> &value)
     return url;
 }
 
+std::optional<QString> environmentValue()
+{
+    if (!qEnvironmentVariableIsSet("QUORLA_API_BASE_URL"))
+        return std::nullopt;
+    return qEnvironmentVariable("QUORLA_API_BASE_URL");
+}
+
 bool isLoopbackHost(const QString &host)
 {
     if (host.compare(u"localhost", Qt::CaseInsensitive) == 0)
@@ -61,16 +68,12 @@ QUrl normalizedLatestReleaseURL(const std::optional<QString> &preferenceValue)
 
 std::optional<QUrl> environmentAPIBaseURL()
 {
-    if (!qEnvironmentVariableIsSet("QUORLA_API_BASE_URL"))
-        return std::nullopt;
-    return usableAddress(qEnvironmentVariable("QUORLA_API_BASE_URL"));
+    return usableAddress(environmentValue());
 }
 
 QUrl configuredAPIBaseURL(const PreferencesStore &preferences)
 {
-    if (const auto environment = environmentAPIBaseURL())
-        return *environment;
-    return normalizedAPIBaseURL(std::nullopt, preferences.stringValue(apiBaseURLPreferenceKey()));
+    return normalizedAPIBaseURL(environmentValue(), preferences.stringValue(apiBaseURLPreferenceKey()));
 }
 
 QUrl configuredLatestReleaseURL(const PreferencesStore &preferences)
