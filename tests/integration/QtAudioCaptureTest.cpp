@@ -1,5 +1,6 @@
 #include "AudioFileProbe.h"
 #include "FileSizeLimit.h"
+#include "ProcessMaps.h"
 
 #include "platform/linux/QtAudioCapture.h"
 #include "services/AudioRecorder.h"
@@ -122,6 +123,25 @@ TEST_F(QtAudioCaptureTest, onlyAudioSinceTheLatestPressReachesTheRecording)
         QTest::qWait(300);
         const float peak = recorder.stopRecording().maxPeakPower;
         EXPECT_TRUE(c.heard ? peak > -30.0f : peak < -50.0f) << peak;
+        QTest::qWait(300); // the beep's tail has left the null sink
+    }
+}
+
+// An idle Quorla hands FFmpeg back to the system; the next dictation maps it again.
+TEST_F(QtAudioCaptureTest, theEncoderIsUnloadedWhenIdleAndLoadedAgainForTheNextRecording)
+{
+    const auto idling = std::make_shared<QtAudioCapture>(nullptr, QString(), 300);
+    AudioRecorder idlingRecorder{idling, directory.filePath(QStringLiteral("Idle"))};
+    for (const char *round : {"first", "after an unload"}) {
+        SCOPED_TRACE(round);
+        idlingRecorder.startRecording();
+        ASSERT_TRUE(play(beepPath()));
+        const auto recording = idlingRecorder.stopRecording();
+        EXPECT_TRUE(AudioFileProbe::of(recording.fileURL));
+        EXPECT_GT(recording.maxPeakPower, -30.0f);
+        EXPECT_TRUE(idling->isEncoderLoaded()); // the wait starts when the input closes
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !idling->isEncoderLoaded(); }, 10000));
+        EXPECT_FALSE(isMappedHere("libavcodec"));
         QTest::qWait(300); // the beep's tail has left the null sink
     }
 }

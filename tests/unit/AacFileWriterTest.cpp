@@ -1,5 +1,6 @@
 #include "AudioFileProbe.h"
 #include "FileSizeLimit.h"
+#include "ProcessMaps.h"
 
 #include "platform/linux/AacEncoderModule.h"
 #include "platform/linux/PeakLevel.h"
@@ -142,17 +143,64 @@ TEST(AacEncoderModule, aMissingOrForeignModuleFailsTheStartWithAnAudioErrorNamin
         QLibraryInfo::path(QLibraryInfo::LibrariesPath) + "/libQt6Core.so.6", // no factory in it
     };
     for (const QString &module : modules) {
-        QtAudioCapture capture(nullptr, module);
-        const QString recording = directory.filePath("recording.m4a");
-        try {
-            capture.start(recording);
-            ADD_FAILURE() << "expected a PlatformError for " << module.toStdString();
-        } catch (const PlatformError &error) {
-            EXPECT_EQ(error.domain(), PlatformError::Domain::audio) << module.toStdString();
-            EXPECT_TRUE(error.description().contains(module)) << error.description().toStdString();
+        for (const bool pressedFirst : {false, true}) { // loaded by the press, or by the start
+            SCOPED_TRACE(module.toStdString() + (pressedFirst ? ", pressed first" : ""));
+            QtAudioCapture capture(nullptr, module);
+            if (pressedFirst)
+                capture.prepare();
+            const QString recording = directory.filePath("recording.m4a");
+            try {
+                capture.start(recording);
+                ADD_FAILURE() << "expected a PlatformError";
+            } catch (const PlatformError &error) {
+                EXPECT_EQ(error.domain(), PlatformError::Domain::audio);
+                EXPECT_TRUE(error.description().contains(module)) << error.description().toStdString();
+            }
+            EXPECT_FALSE(QFile::exists(recording));
         }
-        EXPECT_FALSE(QFile::exists(recording)) << module.toStdString();
     }
+}
+
+TEST(AacEncoderModule, unloadsOnlyWithNoWriterLeftAndItsErrorsOutliveIt)
+{
+    // Another module object of this process (the tests above) would keep FFmpeg mapped.
+    const bool mappedBefore = isMappedHere("libavcodec");
+    QTemporaryDir directory;
+    AacEncoderModule module;
+    module.loadInBackground(); // as a press does; the first writer waits for it
+    const QString uncreatable = directory.filePath("missing/x.m4a");
+    std::exception_ptr kept;
+    try {
+        (void)module.createWriter(uncreatable);
+    } catch (...) {
+        kept = std::current_exception();
+    }
+    ASSERT_TRUE(kept);
+    {
+        const auto writer = module.createWriter(directory.filePath("first.m4a"));
+        EXPECT_FALSE(module.unload()); // its code is still running the writer
+        writeInPieces(*writer, tone(0.3, 0.3));
+        writer->finish();
+    }
+    EXPECT_TRUE(module.unload());
+    EXPECT_FALSE(module.isLoaded());
+    if (!mappedBefore) {
+        EXPECT_FALSE(isMappedHere("libavcodec"));
+    }
+    try {
+        std::rethrow_exception(std::exchange(kept, nullptr));
+    } catch (const PlatformError &error) {
+        EXPECT_EQ(error.domain(), PlatformError::Domain::file);
+        EXPECT_TRUE(error.description().contains(uncreatable)) << error.description().toStdString();
+    }
+
+    const QString second = directory.filePath("second.m4a");
+    const auto writer = module.createWriter(second); // maps it again
+    writeInPieces(*writer, tone(0.3, 0.3));
+    writer->finish();
+    const auto probe = AudioFileProbe::of(second);
+    ASSERT_TRUE(probe);
+    EXPECT_EQ(probe->codecName, "aac");
 }
 
 TEST(PeakLevel, isTheLoudestSampleInDecibelsFullScaleNeverBelowMinus160)

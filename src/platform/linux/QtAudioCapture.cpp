@@ -32,12 +32,15 @@ std::span<const std::int16_t> samplesOf(const QByteArray &data)
 
 } // namespace
 
-QtAudioCapture::QtAudioCapture(QObject *parent, const QString &encoderModulePath)
+QtAudioCapture::QtAudioCapture(QObject *parent, const QString &encoderModulePath, int encoderIdleMilliseconds)
     : QObject(parent)
     , m_encoder(encoderModulePath)
 {
     m_stallCheck.setInterval(250);
     connect(&m_stallCheck, &QTimer::timeout, this, &QtAudioCapture::checkForStall);
+    m_encoderIdle.setSingleShot(true);
+    m_encoderIdle.setInterval(encoderIdleMilliseconds);
+    connect(&m_encoderIdle, &QTimer::timeout, this, &QtAudioCapture::unloadIdleEncoder);
 }
 
 QtAudioCapture::~QtAudioCapture()
@@ -75,15 +78,9 @@ void QtAudioCapture::prepare()
     } else {
         openInput();
     }
-    if (m_encoder.isLoaded())
-        return;
-    // After the input is open, so the audio server keeps what is said meanwhile; the
-    // start() of the hold then finds the encoder ready.
-    try {
-        m_encoder.load();
-    } catch (const PlatformError &error) {
-        qCWarning(lcAudioCapture) << error.description(); // start() reports it
-    }
+    // Loads while the hold is being recognized; the start() of the hold waits for the
+    // rest of it, if any, and reports a failure.
+    m_encoder.loadInBackground();
 }
 
 void QtAudioCapture::release()
@@ -143,6 +140,7 @@ bool QtAudioCapture::openInput()
 {
     if (m_source)
         return true;
+    m_encoderIdle.stop();
     const QAudioDevice device = QMediaDevices::defaultAudioInput();
     if (device.isNull()) {
         qCWarning(lcAudioCapture) << "the audio server offers no input";
@@ -173,6 +171,7 @@ void QtAudioCapture::closeInput()
     m_preRoll.clear();
     m_partialSample.clear();
     m_input = nullptr;
+    m_encoderIdle.start();
     if (!m_source)
         return;
     // This may run inside the source's own signal: let it go once that has returned.
@@ -232,6 +231,13 @@ void QtAudioCapture::checkForStall()
         return;
     qCWarning(lcAudioCapture) << "the input delivered nothing for" << m_sinceLastAudio.elapsed() << "ms";
     breakRecording(inputLost());
+}
+
+void QtAudioCapture::unloadIdleEncoder()
+{
+    // In use again: the next close starts the wait anew.
+    if (!m_source && !m_writer)
+        m_encoder.unload();
 }
 
 void QtAudioCapture::breakRecording(std::exception_ptr fault)

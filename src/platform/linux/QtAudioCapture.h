@@ -18,7 +18,8 @@ class QIODevice;
 // service) through Qt Multimedia, at 16 kHz mono 16-bit, encoded into the .m4a as the
 // buffers arrive on the event loop. While prepared, keeps the latest audio so a
 // recording starts with what was said since the trigger went down. The encoder module
-// is loaded at the first prepare() (or start()), not before: Quorla idles without it.
+// is loaded at a prepare() (or start()) and unloaded again once the input has been
+// closed for a while: Quorla idles without it.
 class QtAudioCapture : public QObject, public AudioCapture
 {
     Q_OBJECT
@@ -29,9 +30,12 @@ public:
     // A recording whose input delivers nothing for this long has lost its microphone:
     // Qt reports a source that vanishes under a running stream as no error at all.
     static constexpr int stallMilliseconds = 1500;
+    // Dictations come in bursts; loading the encoder again costs about 50 ms.
+    static constexpr int defaultEncoderIdleMilliseconds = 120000;
 
     // An empty encoderModulePath means the installed module (AacEncoderModule).
-    explicit QtAudioCapture(QObject *parent = nullptr, const QString &encoderModulePath = {});
+    explicit QtAudioCapture(QObject *parent = nullptr, const QString &encoderModulePath = {},
+                            int encoderIdleMilliseconds = defaultEncoderIdleMilliseconds);
     ~QtAudioCapture() override;
 
     PermissionState permissionState() override;
@@ -44,6 +48,8 @@ public:
     void stop() override;
     std::exception_ptr failure() const override { return m_failure; }
 
+    [[nodiscard]] bool isEncoderLoaded() const { return m_encoder.isLoaded(); }
+
 private:
     bool openInput();
     void closeInput();
@@ -52,6 +58,7 @@ private:
     void breakRecording(std::exception_ptr fault);
     void keepForPreRoll(const QByteArray &data);
     void checkForStall();
+    void unloadIdleEncoder();
 
     std::unique_ptr<QAudioSource> m_source;
     QIODevice *m_input = nullptr;
@@ -63,5 +70,6 @@ private:
     float m_peakPower = -160.0f;
     std::exception_ptr m_failure;
     QTimer m_stallCheck;
+    QTimer m_encoderIdle;
     QElapsedTimer m_sinceLastAudio;
 };
