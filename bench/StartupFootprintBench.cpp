@@ -1,5 +1,7 @@
 // Start-up time to the window shown and to the tray icon ready, and resident memory
-// with the window open, 10 s after it was closed and after one short recording. Runs the real shell (window,
+// with the window open, 10 s after it was closed, after one short recording and once
+// the encoder has been idle long enough to be unloaded; then how long the next press
+// holds the event loop to load the encoder again. Runs the real shell (window,
 // tray, model over the platform backends) on the current desktop; prints one line
 // per figure. Times count from the process's start (kernel start time) and from main().
 #include "app/AppModel.h"
@@ -7,6 +9,8 @@
 #include "app/MainWindowController.h"
 #include "app/TrayIcon.h"
 #include "platform/AudioCapture.h"
+#include "platform/linux/QtAudioCapture.h"
+#include "ResidentMemory.h"
 #include "stores/PreferencesStore.h"
 
 #include <QApplication>
@@ -37,36 +41,21 @@ double millisecondsSinceProcessStart()
     return (now - startTicks / double(sysconf(_SC_CLK_TCK))) * 1000.0;
 }
 
-// Resident memory, the part of it that is this process's own data (anonymous: heap,
-// stacks, caches) rather than mapped library code, and its fair share of pages it
-// shares with other programs.
-QByteArray footprint()
-{
-    QFile rollup(QStringLiteral("/proc/self/smaps_rollup"));
-    if (!rollup.open(QIODevice::ReadOnly))
-        return "unknown";
-    double rss = 0, pss = 0, owned = 0;
-    for (const QByteArray &line : rollup.readAll().split('\n')) {
-        const double kilobytes = line.mid(line.indexOf(':') + 1).trimmed().split(' ').value(0).toDouble();
-        if (line.startsWith("Rss:"))
-            rss = kilobytes;
-        else if (line.startsWith("Pss:"))
-            pss = kilobytes;
-        else if (line.startsWith("Anonymous:"))
-            owned = kilobytes;
-    }
-    return QByteArray::number(rss / 1024, 'f', 1) + " MB (own data " + QByteArray::number(owned / 1024, 'f', 1)
-        + " MB, proportional " + QByteArray::number(pss / 1024, 'f', 1) + " MB)";
-}
-
 // A push-to-talk of half a second: trigger down, the hold recognized 80 ms later, stop.
-// The encoder is loaded from then on.
+// Prints how long the press and the start held the event loop: opening the input, and
+// whatever of loading the encoder was not done by then.
 void recordOnce(AudioCapture &capture, const QString &filePath, std::function<void()> done)
 {
+    QElapsedTimer press;
+    press.start();
     capture.prepare();
+    std::printf("trigger press held the event loop %.1f ms\n", double(press.nsecsElapsed()) / 1e6);
     QTimer::singleShot(80, [&capture, filePath, done] {
         try {
+            QElapsedTimer start;
+            start.start();
             capture.start(filePath);
+            std::printf("starting the recording held the event loop %.1f ms\n", double(start.nsecsElapsed()) / 1e6);
         } catch (const std::exception &error) {
             std::printf("recording failed: %s\n", error.what());
             done();
@@ -90,6 +79,9 @@ void recordOnce(AudioCapture &capture, const QString &filePath, std::function<vo
 int main(int argc, char *argv[])
 {
     const double beforeMain = millisecondsSinceProcessStart();
+    // Each figure is visible as soon as it is measured, also when written to a file
+    // that a profiler watches.
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
     QElapsedTimer sinceMain;
     sinceMain.start();
     QApplication app(argc, argv);
@@ -119,14 +111,22 @@ int main(int argc, char *argv[])
         std::printf("window shown (first frame): %.1f ms after main, %.0f ms after process start\n", shown,
                     beforeMain + shown);
         QTimer::singleShot(2000, &app, [&] {
-            std::printf("resident with the window open: %s\n", footprint().constData());
+            std::printf("resident with the window open: %s\n", residentMemory().constData());
             window.close();
             QTimer::singleShot(10000, &app, [&] {
-                std::printf("resident 10 s after closing: %s, window %s\n", footprint().constData(),
+                std::printf("resident 10 s after closing: %s, window %s\n", residentMemory().constData(),
                             window.isOpen() ? "still built" : "released");
-                recordOnce(*backends.audioCapture, config.filePath(QStringLiteral("recording.m4a")), [] {
-                    std::printf("resident after one recording: %s\n", footprint().constData());
-                    QApplication::quit();
+                const QString recording = config.filePath(QStringLiteral("recording.m4a"));
+                recordOnce(*backends.audioCapture, recording, [&, recording] {
+                    std::printf("resident after one recording: %s\n", residentMemory().constData());
+                    const auto *capture = dynamic_cast<QtAudioCapture *>(backends.audioCapture.get());
+                    std::printf("waiting %d s for the encoder to idle out...\n",
+                                QtAudioCapture::defaultEncoderIdleMilliseconds / 1000 + 10);
+                    QTimer::singleShot(QtAudioCapture::defaultEncoderIdleMilliseconds + 10000, &app, [&, capture, recording] {
+                        std::printf("resident with the encoder idled out: %s, encoder %s\n", residentMemory().constData(),
+                                    capture && capture->isEncoderLoaded() ? "still loaded" : "unloaded");
+                        recordOnce(*backends.audioCapture, recording, [] { QApplication::quit(); });
+                    });
                 });
             });
         });
