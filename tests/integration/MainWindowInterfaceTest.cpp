@@ -1,5 +1,6 @@
 #include "ModelFixture.h"
 #include "QuickScene.h"
+#include "XTestKeyboard.h"
 
 #include "app/MainWindowController.h"
 
@@ -271,20 +272,37 @@ TEST_F(MainWindowInterface, everyVisibleControlHasAnAccessibleName)
     }
 }
 
+// Closed by Quorla, or with Ctrl+W while the modal setup sheet is open.
 TEST_F(MainWindowInterface, closingReleasesTheSceneAndShowBuildsItAgain)
 {
     AppModel &model = fixture.makeModel();
+    ASSERT_TRUE(model.requiresOnboarding());
     ASSERT_TRUE(open(model));
-    QSignalSpy released(m_controller.get(), &MainWindowController::windowReleased);
-    m_controller->close();
-    ASSERT_TRUE(released.wait(2000));
-    EXPECT_FALSE(m_controller->isOpen());
-    EXPECT_EQ(m_controller->window(), nullptr);
+    for (const bool withKeyboard : {false, true}) {
+        SCOPED_TRACE(withKeyboard ? "Ctrl+W over the setup sheet" : "closed by Quorla");
+        QSignalSpy released(m_controller.get(), &MainWindowController::windowReleased);
+        if (withKeyboard) {
+            ASSERT_TRUE(QTest::qWaitForWindowActive(m_controller->window())); // shortcuts go to the active window
+            QTest::qWait(300);
+            ASSERT_TRUE(find(QStringLiteral("onboardingSheet"))->property("opened").toBool());
+            XTestKeyboard keyboard; // through the X server: shortcuts as a user's keys reach them
+            ASSERT_TRUE(keyboard.isOpen());
+            keyboard.press("Control_L");
+            keyboard.press("w");
+            keyboard.release("w");
+            keyboard.release("Control_L");
+        } else {
+            m_controller->close();
+        }
+        ASSERT_TRUE(released.wait(2000));
+        EXPECT_FALSE(m_controller->isOpen());
+        EXPECT_EQ(m_controller->window(), nullptr);
 
-    m_controller->show();
-    ASSERT_NE(m_controller->window(), nullptr);
-    EXPECT_TRUE(QTest::qWaitForWindowExposed(m_controller->window()));
-    EXPECT_EQ(m_controller->window()->title(), QStringLiteral("Quorla"));
+        m_controller->show();
+        ASSERT_NE(m_controller->window(), nullptr);
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(m_controller->window()));
+        EXPECT_EQ(m_controller->window()->title(), QStringLiteral("Quorla"));
+    }
 }
 
 TEST_F(MainWindowInterface, homeShowsUsageAndEmptyHistory)
