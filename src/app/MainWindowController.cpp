@@ -6,6 +6,7 @@
 
 #include <QIcon>
 #include <QLoggingCategory>
+#include <QPixmapCache>
 #include <QQmlApplicationEngine>
 #include <QQuickStyle>
 #include <QQuickWindow>
@@ -22,6 +23,7 @@ Q_LOGGING_CATEGORY(lcWindow, "quorla.window")
 MainWindowController::MainWindowController(AppModel &model, QObject *parent)
     : QObject(parent)
     , m_model(model)
+    , m_icon(QIcon::fromTheme(QStringLiteral(QUORLA_APP_ID), QIcon(QStringLiteral(":/Quorla/app-icon.svg"))))
 {
     // Fusion draws with the palette the window hands it, light or dark.
     if (QQuickStyle::name().isEmpty())
@@ -70,7 +72,7 @@ void MainWindowController::build()
         m_engine.reset();
         return;
     }
-    m_window->setIcon(QIcon::fromTheme(QStringLiteral(QUORLA_APP_ID), QIcon(QStringLiteral(":/Quorla/app-icon.svg"))));
+    m_window->setIcon(m_icon);
     // A closed window is hidden; it is released after the close has run its course,
     // never inside it.
     connect(m_window.data(), &QWindow::visibleChanged, this, [this](bool visible) {
@@ -85,6 +87,8 @@ void MainWindowController::release()
         return;
     m_window = nullptr;
     m_engine.reset();
+    // The scene's icons and symbols, drawn at the window's sizes; drawn again when it opens.
+    QPixmapCache::clear();
 #ifdef __GLIBC__
     // Give the scene's freed heap back to the system, not just to the allocator.
     malloc_trim(0);

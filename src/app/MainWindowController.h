@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QIcon>
 #include <QObject>
 #include <QPointer>
 #include <QQuickWindow>
@@ -39,6 +40,9 @@ private:
     void release();
 
     AppModel &m_model;
+    // One icon for every window built: the pixmaps drawn from it are cached under the
+    // icon's identity, so a new icon per window would leave a new set behind each time.
+    QIcon m_icon;
     std::unique_ptr<QQmlApplicationEngine> m_engine;
     QPointer<QQuickWindow> m_window;
 };
