@@ -1,7 +1,8 @@
 // Start-up time to the window shown and to the tray icon ready, and resident memory
 // with the window open, 10 s after it was closed, after one short recording and once
 // the encoder has been idle long enough to be unloaded; then how long the next press
-// holds the event loop to load the encoder again. Runs the real shell (window,
+// holds the event loop to load the encoder again; last, what opening and closing the
+// window 30 more times leaves behind. Runs the real shell (window,
 // tray, model over the platform backends) on the current desktop; prints one line
 // per figure. Times count from the process's start (kernel start time) and from main().
 #include "app/AppModel.h"
@@ -74,6 +75,20 @@ void recordOnce(AudioCapture &capture, const QString &filePath, std::function<vo
     });
 }
 
+// Opens the window and closes it again, times over, with time to draw and to release.
+void reopen(MainWindowController &window, int times, std::function<void()> done)
+{
+    if (times == 0) {
+        done();
+        return;
+    }
+    window.show();
+    QTimer::singleShot(700, [&window, times, done] {
+        window.close();
+        QTimer::singleShot(700, [&window, times, done] { reopen(window, times - 1, done); });
+    });
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -125,7 +140,14 @@ int main(int argc, char *argv[])
                     QTimer::singleShot(QtAudioCapture::defaultEncoderIdleMilliseconds + 10000, &app, [&, capture, recording] {
                         std::printf("resident with the encoder idled out: %s, encoder %s\n", residentMemory().constData(),
                                     capture && capture->isEncoderLoaded() ? "still loaded" : "unloaded");
-                        recordOnce(*backends.audioCapture, recording, [] { QApplication::quit(); });
+                        recordOnce(*backends.audioCapture, recording, [&] {
+                            const QByteArray before = residentMemory();
+                            reopen(window, 30, [before] {
+                                std::printf("resident before and after opening and closing the window 30 more times: "
+                                            "%s, %s\n", before.constData(), residentMemory().constData());
+                                QApplication::quit();
+                            });
+                        });
                     });
                 });
             });
