@@ -278,6 +278,9 @@ TEST_F(MainWindowInterface, closingReleasesTheSceneAndShowBuildsItAgain)
     AppModel &model = fixture.makeModel();
     ASSERT_TRUE(model.requiresOnboarding());
     ASSERT_TRUE(open(model));
+    // Pixmaps drawn from the icon are cached under its identity: a new icon per
+    // window would leave a new set behind at every close.
+    const qint64 icon = m_controller->window()->icon().cacheKey();
     for (const bool withKeyboard : {false, true}) {
         SCOPED_TRACE(withKeyboard ? "Ctrl+W over the setup sheet" : "closed by Quorla");
         QSignalSpy released(m_controller.get(), &MainWindowController::windowReleased);
@@ -302,6 +305,7 @@ TEST_F(MainWindowInterface, closingReleasesTheSceneAndShowBuildsItAgain)
         ASSERT_NE(m_controller->window(), nullptr);
         EXPECT_TRUE(QTest::qWaitForWindowExposed(m_controller->window()));
         EXPECT_EQ(m_controller->window()->title(), QStringLiteral("Quorla"));
+        EXPECT_EQ(m_controller->window()->icon().cacheKey(), icon);
     }
 }
 
