@@ -30,7 +30,8 @@ public:
     // A recording whose input delivers nothing for this long has lost its microphone:
     // Qt reports a source that vanishes under a running stream as no error at all.
     static constexpr int stallMilliseconds = 1500;
-    // Dictations come in bursts; loading the encoder again costs about 50 ms.
+    // Dictations come in bursts; loading the encoder again takes 30-160 ms, mostly
+    // while the hold is being recognized.
     static constexpr int defaultEncoderIdleMilliseconds = 120000;
 
     // An empty encoderModulePath means the installed module (AacEncoderModule).
