@@ -3,6 +3,7 @@
 #include "models/QuorlaError.h"
 #include "services/AudioRecorder.h"
 #include "services/GlobalPushToTalkMonitor.h"
+#include "services/ServiceAddress.h"
 #include "services/TranslationLanguageCatalog.h"
 #include "stores/PreferencesStore.h"
 #include "support/PlatformError.h"
@@ -22,11 +23,10 @@ const QString typedWordCount = QStringLiteral("typedWordCount");
 } // namespace PreferenceKey
 
 AppModel::AppModel(AppServices services, QObject *parent)
-    : QObject(parent)
+    : WindowModel(services.words ? *services.words : PlatformWords::current(), parent)
     , m_services(std::move(services))
 {
-    if (!m_services.words)
-        m_services.words = &PlatformWords::current();
+    m_services.words = &words();
     m_triggerDisplay = m_services.pushToTalkMonitor->shortcut().displayString;
 
     readPreferences();
@@ -116,6 +116,23 @@ void AppModel::setTranslationLanguageCode(const QString &value)
         m_services.preferences->remove(PreferenceKey::translationLanguageCode);
     else
         m_services.preferences->setString(PreferenceKey::translationLanguageCode, normalized);
+}
+
+QString AppModel::serviceAddress() const
+{
+    return m_services.preferences->stringValue(ServiceAddress::apiBaseURLPreferenceKey()).value_or(QString());
+}
+
+void AppModel::setServiceAddress(const QString &address)
+{
+    if (address == serviceAddress())
+        return;
+    // Read at every request, so the next one goes to the new address.
+    if (address.trimmed().isEmpty())
+        m_services.preferences->remove(ServiceAddress::apiBaseURLPreferenceKey());
+    else
+        m_services.preferences->setString(ServiceAddress::apiBaseURLPreferenceKey(), address);
+    Q_EMIT serviceAddressChanged();
 }
 
 // ---- services
@@ -272,15 +289,7 @@ QVariant AppModel::availableAppUpdateVariant() const
 
 QString AppModel::microphonePermissionStateName() const
 {
-    switch (m_microphonePermissionState) {
-    case PermissionState::authorized:
-        return QStringLiteral("authorized");
-    case PermissionState::denied:
-        return QStringLiteral("denied");
-    case PermissionState::notDetermined:
-        break;
-    }
-    return QStringLiteral("notDetermined");
+    return rawValue(m_microphonePermissionState);
 }
 
 QVariant AppModel::currentInputLanguageHintVariant() const

@@ -49,3 +49,8 @@ void AppModel::checkForUpdates()
 {
     checkForUpdatesAndOpenDownload();
 }
+
+void AppModel::quitApplication()
+{
+    QCoreApplication::quit();
+}

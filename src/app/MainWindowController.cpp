@@ -1,7 +1,7 @@
 #include "MainWindowController.h"
 
 #include "AppInfo.h"
-#include "app/AppModel.h"
+#include "app/WindowModel.h"
 #include "views/icons/SymbolImageProvider.h"
 
 #include <QIcon>
@@ -20,7 +20,7 @@ Q_IMPORT_QML_PLUGIN(Quorla_ViewsPlugin)
 
 Q_LOGGING_CATEGORY(lcWindow, "quorla.window")
 
-MainWindowController::MainWindowController(AppModel &model, QObject *parent)
+MainWindowController::MainWindowController(WindowModel &model, QObject *parent)
     : QObject(parent)
     , m_model(model)
     , m_icon(QIcon::fromTheme(QStringLiteral(QUORLA_APP_ID), QIcon(QStringLiteral(":/Quorla/app-icon.svg"))))

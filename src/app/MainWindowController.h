@@ -6,7 +6,7 @@
 #include <QQuickWindow>
 #include <memory>
 
-class AppModel;
+class WindowModel;
 class QQmlApplicationEngine;
 
 // The main window's life: built on demand, shown and raised, and released with its
@@ -17,7 +17,7 @@ class MainWindowController : public QObject
     Q_OBJECT
 
 public:
-    explicit MainWindowController(AppModel &model, QObject *parent = nullptr);
+    explicit MainWindowController(WindowModel &model, QObject *parent = nullptr);
     ~MainWindowController() override;
 
     // Shows the window, building its scene first when it was released, and brings it
@@ -39,7 +39,7 @@ private:
     void build();
     void release();
 
-    AppModel &m_model;
+    WindowModel &m_model;
     // One icon for every window built: the pixmaps drawn from it are cached under the
     // icon's identity, so a new icon per window would leave a new set behind each time.
     QIcon m_icon;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDataStream>
 #include <QString>
 #include <optional>
 
@@ -9,4 +10,17 @@ struct CustomDictionaryEntry {
     std::optional<QString> replacement;
 
     friend bool operator==(const CustomDictionaryEntry &, const CustomDictionaryEntry &) = default;
+    // Carried to the window's process.
+    friend QDataStream &operator<<(QDataStream &out, const CustomDictionaryEntry &entry)
+    {
+        return out << entry.term << entry.replacement.has_value() << entry.replacement.value_or(QString());
+    }
+    friend QDataStream &operator>>(QDataStream &in, CustomDictionaryEntry &entry)
+    {
+        bool hasReplacement = false;
+        QString replacement;
+        in >> entry.term >> hasReplacement >> replacement;
+        entry.replacement = hasReplacement ? std::optional(replacement) : std::nullopt;
+        return in;
+    }
 };

@@ -1,9 +1,8 @@
 #include "MainWindowPresenter.h"
 
-#include "app/AppModel.h"
+#include "app/WindowModel.h"
 #include "models/AppSection.h"
 
-#include <QCoreApplication>
 #include <QGuiApplication>
 
 MainWindowPresenter::MainWindowPresenter(QObject *parent)
@@ -16,9 +15,9 @@ MainWindowPresenter::MainWindowPresenter(QObject *parent)
     });
 }
 
-void MainWindowPresenter::observe(AppModel &model)
+void MainWindowPresenter::observe(WindowModel &model)
 {
-    connect(&model, &AppModel::statusInputsChanged, this, &MainWindowPresenter::setupChanged);
+    connect(&model, &WindowModel::statusInputsChanged, this, &MainWindowPresenter::setupChanged);
     // Bindings read before the model arrived are stale now.
     Q_EMIT setupChanged();
 }
@@ -78,7 +77,7 @@ void MainWindowPresenter::contentAppeared()
     model()->refreshPermissions(true);
     model()->checkForAppUpdate();
     // A permission granted since launch may let the trigger work now.
-    if (model()->triggerRegistrationError())
+    if (!model()->triggerRegistrationErrorText().isEmpty())
         model()->startAppServices();
     presentOnboardingIfNeeded();
 }
@@ -115,7 +114,8 @@ void MainWindowPresenter::checkForUpdates()
 
 void MainWindowPresenter::quit()
 {
-    QCoreApplication::quit();
+    if (model())
+        model()->quitApplication();
 }
 
 void MainWindowPresenter::setOnboardingPresented(bool presented)

@@ -49,7 +49,7 @@ Q_SIGNALS:
     void setupChanged();
 
 protected:
-    void observe(AppModel &model) override;
+    void observe(WindowModel &model) override;
 
 private:
     void applicationBecameActive();

@@ -1,13 +1,13 @@
 #include "ModelPresenter.h"
 
-#include "app/AppModel.h"
+#include "app/WindowModel.h"
 
 ModelPresenter::ModelPresenter(QObject *parent)
     : QObject(parent)
 {
 }
 
-AppModel *ModelPresenter::model() const
+WindowModel *ModelPresenter::model() const
 {
     return m_model.data();
 }
@@ -19,7 +19,7 @@ QObject *ModelPresenter::modelObject() const
 
 void ModelPresenter::setModelObject(QObject *model)
 {
-    auto *appModel = qobject_cast<AppModel *>(model);
+    auto *appModel = qobject_cast<WindowModel *>(model);
     if (appModel == m_model)
         return;
     if (m_model)
@@ -30,7 +30,7 @@ void ModelPresenter::setModelObject(QObject *model)
     Q_EMIT modelChanged();
 }
 
-void ModelPresenter::observe(AppModel &model)
+void ModelPresenter::observe(WindowModel &model)
 {
     Q_UNUSED(model)
 }

@@ -1,11 +1,12 @@
 #include "DictionaryPresenter.h"
 
-#include "app/AppModel.h"
+#include "app/WindowModel.h"
 #include "models/CustomDictionary.h"
 
-void DictionaryPresenter::observe(AppModel &model)
+void DictionaryPresenter::observe(WindowModel &model)
 {
-    connect(&model, &AppModel::customDictionaryEntriesChanged, this, &DictionaryPresenter::entriesChanged);
+    connect(&model, &WindowModel::customDictionaryEntriesChanged, this, &DictionaryPresenter::entriesChanged);
+    connect(&model, &WindowModel::customDictionaryEntryAdded, this, &DictionaryPresenter::entryAdded);
     // Bindings read before the model arrived are stale now.
     Q_EMIT entriesChanged();
 }
@@ -77,19 +78,21 @@ bool DictionaryPresenter::hasEntries() const
     return model() && !model()->customDictionaryEntries().isEmpty();
 }
 
-bool DictionaryPresenter::addTerm()
+void DictionaryPresenter::addTerm()
 {
     if (!model() || !canAddTerm())
-        return false;
+        return;
     const std::optional<QString> replacement =
         m_usesReplacement ? std::optional(m_replacementDraft) : std::nullopt;
-    if (!model()->addCustomDictionaryEntry(m_termDraft, replacement, m_usesReplacement))
-        return false;
+    model()->submitCustomDictionaryEntry(m_termDraft, replacement, m_usesReplacement);
+}
+
+void DictionaryPresenter::entryAdded()
+{
     m_termDraft.clear();
     m_replacementDraft.clear();
     Q_EMIT draftsChanged();
     Q_EMIT termAdded();
-    return true;
 }
 
 void DictionaryPresenter::removeEntry(int index)

@@ -53,5 +53,5 @@ Q_SIGNALS:
     void recordingChanged();
 
 protected:
-    void observe(AppModel &model) override;
+    void observe(WindowModel &model) override;
 };

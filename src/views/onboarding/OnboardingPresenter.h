@@ -36,5 +36,5 @@ Q_SIGNALS:
     void keyChanged();
 
 protected:
-    void observe(AppModel &model) override;
+    void observe(WindowModel &model) override;
 };

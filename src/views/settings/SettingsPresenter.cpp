@@ -1,12 +1,10 @@
 #include "SettingsPresenter.h"
 
-#include "app/AppModel.h"
+#include "app/WindowModel.h"
 #include "models/TranscriptionMode.h"
 #include "models/TriggerKey.h"
 #include "services/ServiceAddress.h"
 #include "services/TranslationLanguageCatalog.h"
-#include "stores/PreferencesStore.h"
-
 
 SettingsPresenter::SettingsPresenter(QObject *parent)
     : ModelPresenter(parent)
@@ -19,11 +17,12 @@ SettingsPresenter::SettingsPresenter(QObject *parent)
     }
 }
 
-void SettingsPresenter::observe(AppModel &model)
+void SettingsPresenter::observe(WindowModel &model)
 {
-    connect(&model, &AppModel::translationLanguageCodeChanged, this, &SettingsPresenter::translationChanged);
-    connect(&model, &AppModel::transcriptionModeChanged, this, &SettingsPresenter::transcriptionModeChanged);
-    connect(&model, &AppModel::triggerDisplayChanged, this, &SettingsPresenter::triggerChanged);
+    connect(&model, &WindowModel::translationLanguageCodeChanged, this, &SettingsPresenter::translationChanged);
+    connect(&model, &WindowModel::transcriptionModeChanged, this, &SettingsPresenter::transcriptionModeChanged);
+    connect(&model, &WindowModel::triggerDisplayChanged, this, &SettingsPresenter::triggerChanged);
+    connect(&model, &WindowModel::serviceAddressChanged, this, &SettingsPresenter::serviceAddressChanged);
     // Bindings read before the model arrived are stale now.
     Q_EMIT translationChanged();
     Q_EMIT transcriptionModeChanged();
@@ -56,13 +55,13 @@ QStringList SettingsPresenter::transcriptionModeChoices() const
 
 int SettingsPresenter::transcriptionModeIndex() const
 {
-    return model() && model()->transcriptionMode() == TranscriptionMode::moreAccurate ? 1 : 0;
+    return model() && transcriptionModeFromRawValue(model()->transcriptionModeName()) == TranscriptionMode::moreAccurate ? 1 : 0;
 }
 
 void SettingsPresenter::setTranscriptionModeIndex(int index)
 {
     if (model() && index >= 0 && index < int(allTranscriptionModes.size()))
-        model()->setTranscriptionMode(allTranscriptionModes[index]);
+        model()->setTranscriptionModeName(rawValue(allTranscriptionModes[index]));
 }
 
 QStringList SettingsPresenter::triggerChoices() const
@@ -95,21 +94,13 @@ void SettingsPresenter::setTriggerIndex(int index)
 
 QString SettingsPresenter::serviceAddress() const
 {
-    if (!model())
-        return QString();
-    return model()->services().preferences->stringValue(ServiceAddress::apiBaseURLPreferenceKey()).value_or(QString());
+    return model() ? model()->serviceAddress() : QString();
 }
 
 void SettingsPresenter::setServiceAddress(const QString &address)
 {
-    if (!model() || address == serviceAddress())
-        return;
-    auto &preferences = *model()->services().preferences;
-    if (address.trimmed().isEmpty())
-        preferences.remove(ServiceAddress::apiBaseURLPreferenceKey());
-    else
-        preferences.setString(ServiceAddress::apiBaseURLPreferenceKey(), address);
-    Q_EMIT serviceAddressChanged();
+    if (model())
+        model()->setServiceAddress(address);
 }
 
 QString SettingsPresenter::serviceAddressMessage() const

@@ -47,7 +47,7 @@ Q_SIGNALS:
     void serviceAddressChanged();
 
 protected:
-    void observe(AppModel &model) override;
+    void observe(WindowModel &model) override;
 
 private:
     QStringList m_translationCodes; // parallel to translationChoices; "" first
