@@ -1,0 +1,46 @@
+#pragma once
+
+#include "app/WindowLinkProtocol.h"
+
+#include <QObject>
+#include <QPointer>
+
+class QLocalSocket;
+class WindowModel;
+
+// Serves the model to a window in another process over a connected socket: every
+// property at once, then each change as it happens; applies the window's writes and
+// carries out its requests. Anything it cannot read ends the link.
+class WindowModelHost : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Takes the socket; the link lives until either side closes it.
+    WindowModelHost(WindowModel &model, QLocalSocket *socket, QObject *parent = nullptr);
+    ~WindowModelHost() override;
+
+    [[nodiscard]] bool isConnected() const;
+    void requestShow();
+    void requestClose();
+
+Q_SIGNALS:
+    // The window drew its first frame.
+    void windowShown();
+    void disconnected();
+
+private Q_SLOTS:
+    // Sends the properties the signal that called it announces.
+    void propertiesChanged();
+
+private:
+    void readFrames();
+    void handle(const QByteArray &body);
+    void perform(WindowLink::Request request, const QVariantList &arguments);
+    void sendProperties(int notifySignalIndex);
+    void send(const QByteArray &body);
+    void drop(const char *why);
+
+    WindowModel &m_model;
+    QPointer<QLocalSocket> m_socket;
+};

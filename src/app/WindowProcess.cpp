@@ -1,0 +1,108 @@
+#include "WindowProcess.h"
+
+#include "app/WindowModelHost.h"
+
+#include <QLocalSocket>
+#include <QLoggingCategory>
+#include <QProcess>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+Q_LOGGING_CATEGORY(lcWindowProcess, "quorla.window.process")
+
+WindowProcess::WindowProcess(WindowModel &model, QString program, QObject *parent)
+    : QObject(parent)
+    , m_model(model)
+    , m_program(std::move(program))
+{
+}
+
+WindowProcess::~WindowProcess()
+{
+    // Closing the link ends the window's process; wait briefly so none outlives us.
+    if (m_process) {
+        delete m_host;
+        if (!m_process->waitForFinished(2000))
+            m_process->kill();
+        m_process->waitForFinished(1000);
+    }
+}
+
+bool WindowProcess::isOpen() const
+{
+    return m_process && m_process->state() != QProcess::NotRunning;
+}
+
+qint64 WindowProcess::processId() const
+{
+    return m_process ? m_process->processId() : 0;
+}
+
+void WindowProcess::show()
+{
+    if (isOpen() && m_host)
+        m_host->requestShow();
+    else
+        start();
+}
+
+void WindowProcess::close()
+{
+    if (m_host)
+        m_host->requestClose();
+}
+
+void WindowProcess::start()
+{
+    int ends[2];
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+        qCWarning(lcWindowProcess) << "no socket for the window:" << strerror(errno);
+        return;
+    }
+    const int windowEnd = ends[1];
+    auto *process = new QProcess(this);
+    process->setProgram(m_program);
+    process->setArguments({QStringLiteral("--window-link"), QString::number(linkDescriptor)});
+    process->setProcessChannelMode(QProcess::ForwardedChannels);
+    // Runs in the child between fork and exec: only async-signal-safe calls.
+    process->setChildProcessModifier([windowEnd] {
+        if (windowEnd == linkDescriptor)
+            ::fcntl(windowEnd, F_SETFD, 0);
+        else
+            ::dup2(windowEnd, linkDescriptor);
+    });
+    auto *socket = new QLocalSocket;
+    if (!socket->setSocketDescriptor(ends[0])) {
+        ::close(ends[0]);
+        ::close(windowEnd);
+        delete socket;
+        delete process;
+        return;
+    }
+    m_process = process;
+    m_host = new WindowModelHost(m_model, socket, this);
+    connect(m_host, &WindowModelHost::windowShown, this, &WindowProcess::windowShown);
+    connect(process, &QProcess::finished, this, &WindowProcess::finished);
+    connect(process, &QProcess::errorOccurred, this, [this, process](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) {
+            qCWarning(lcWindowProcess) << "the window could not start:" << process->errorString();
+            finished();
+        }
+    });
+    process->start();
+    ::close(windowEnd);
+}
+
+void WindowProcess::finished()
+{
+    if (!m_process)
+        return;
+    if (m_process->exitStatus() == QProcess::CrashExit || m_process->exitCode() != 0)
+        qCWarning(lcWindowProcess) << "the window's process ended with" << m_process->exitCode()
+                                   << m_process->errorString();
+    m_process->deleteLater();
+    m_process = nullptr;
+    delete m_host;
+    Q_EMIT windowReleased();
+}
