@@ -1,14 +1,15 @@
 // Start-up time to the window shown and to the tray icon ready, and resident memory
 // with the window open, 10 s after it was closed, after one short recording and once
 // the encoder has been idle long enough to be unloaded; then how long the next press
-// holds the event loop to load the encoder again; last, what opening and closing the
-// window 30 more times leaves behind. Runs the real shell (window,
-// tray, model over the platform backends) on the current desktop; prints one line
-// per figure. Times count from the process's start (kernel start time) and from main().
+// holds the event loop to load the encoder again; last, how long reopening the window
+// takes and what opening and closing it 30 more times leaves behind. Runs the real
+// shell (tray, model over the platform backends, the window in its own process) on
+// the current desktop; prints one line per figure. Times count from the process's
+// start (kernel start time) and from main().
 #include "app/AppModel.h"
 #include "app/AppServicesFactory.h"
-#include "app/MainWindowController.h"
 #include "app/TrayIcon.h"
+#include "app/WindowProcess.h"
 #include "platform/AudioCapture.h"
 #include "platform/linux/QtAudioCapture.h"
 #include "ResidentMemory.h"
@@ -18,10 +19,10 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QNetworkAccessManager>
-#include <QQuickWindow>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <cstdio>
+#include <algorithm>
 #include <functional>
 #include <unistd.h>
 
@@ -75,18 +76,37 @@ void recordOnce(AudioCapture &capture, const QString &filePath, std::function<vo
     });
 }
 
-// Opens the window and closes it again, times over, with time to draw and to release.
-void reopen(MainWindowController &window, int times, std::function<void()> done)
+// Opens the window and closes it again, times over: each open starts the window's
+// process anew. Collects how long each took from the request to the first frame.
+void reopen(WindowProcess &window, int times, QList<double> &openTimes, std::function<void()> done)
 {
     if (times == 0) {
         done();
         return;
     }
-    window.show();
-    QTimer::singleShot(700, [&window, times, done] {
-        window.close();
-        QTimer::singleShot(700, [&window, times, done] { reopen(window, times - 1, done); });
+    auto *opening = new QElapsedTimer;
+    opening->start();
+    auto shown = std::make_shared<QMetaObject::Connection>();
+    *shown = QObject::connect(&window, &WindowProcess::windowShown, [&window, &openTimes, opening, shown] {
+        QObject::disconnect(*shown);
+        openTimes.append(double(opening->nsecsElapsed()) / 1e6);
+        delete opening;
+        QTimer::singleShot(300, &window, &WindowProcess::close);
     });
+    auto released = std::make_shared<QMetaObject::Connection>();
+    *released = QObject::connect(&window, &WindowProcess::windowReleased, [&window, times, &openTimes, done, released] {
+        QObject::disconnect(*released);
+        QTimer::singleShot(300, [&window, times, &openTimes, done] { reopen(window, times - 1, openTimes, done); });
+    });
+    window.show();
+}
+
+double median(QList<double> values)
+{
+    if (values.isEmpty())
+        return 0;
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
 }
 
 } // namespace
@@ -109,7 +129,7 @@ int main(int argc, char *argv[])
     QNetworkAccessManager network;
     AppModel model(makeAppServices(backends, preferences, &network));
 
-    MainWindowController window(model);
+    WindowProcess window(model, WindowProcess::installedProgram());
     TrayIcon tray(model);
     std::printf("tray available: %s\n", QSystemTrayIcon::isSystemTrayAvailable() ? "yes" : "no");
     std::printf("tray icon ready: %.1f ms after main, %.0f ms after process start\n", double(sinceMain.nsecsElapsed()) / 1e6,
@@ -117,20 +137,20 @@ int main(int argc, char *argv[])
     model.startAppServices();
     window.show();
 
-    bool firstFrame = true;
-    QObject::connect(window.window(), &QQuickWindow::frameSwapped, &app, [&] {
-        if (!firstFrame)
-            return;
-        firstFrame = false;
+    QList<double> openTimes;
+    auto firstFrame = std::make_shared<QMetaObject::Connection>();
+    *firstFrame = QObject::connect(&window, &WindowProcess::windowShown, &app, [&, firstFrame] {
+        QObject::disconnect(*firstFrame);
         const double shown = double(sinceMain.nsecsElapsed()) / 1e6;
         std::printf("window shown (first frame): %.1f ms after main, %.0f ms after process start\n", shown,
                     beforeMain + shown);
         QTimer::singleShot(2000, &app, [&] {
-            std::printf("resident with the window open: %s\n", residentMemory().constData());
+            std::printf("resident with the window open: %s; the window's process: %s\n", residentMemory().constData(),
+                        residentMemory(window.processId()).constData());
             window.close();
             QTimer::singleShot(10000, &app, [&] {
                 std::printf("resident 10 s after closing: %s, window %s\n", residentMemory().constData(),
-                            window.isOpen() ? "still built" : "released");
+                            window.isOpen() ? "still running" : "process ended");
                 const QString recording = config.filePath(QStringLiteral("recording.m4a"));
                 recordOnce(*backends.audioCapture, recording, [&, recording] {
                     std::printf("resident after one recording: %s\n", residentMemory().constData());
@@ -142,10 +162,16 @@ int main(int argc, char *argv[])
                                     capture && capture->isEncoderLoaded() ? "still loaded" : "unloaded");
                         recordOnce(*backends.audioCapture, recording, [&] {
                             const QByteArray before = residentMemory();
-                            reopen(window, 30, [before] {
-                                std::printf("resident before and after opening and closing the window 30 more times: "
-                                            "%s, %s\n", before.constData(), residentMemory().constData());
-                                QApplication::quit();
+                            reopen(window, 30, openTimes, [&, before] {
+                                std::printf("window reopened from the tray, request to first frame: median %.0f ms, "
+                                            "worst %.0f ms\n", median(openTimes),
+                                            openTimes.isEmpty() ? 0.0
+                                                                : *std::max_element(openTimes.cbegin(), openTimes.cend()));
+                                QTimer::singleShot(10000, &app, [before] {
+                                    std::printf("resident before and after opening and closing the window 30 more "
+                                                "times: %s, %s\n", before.constData(), residentMemory().constData());
+                                    QApplication::quit();
+                                });
                             });
                         });
                     });

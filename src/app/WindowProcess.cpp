@@ -2,6 +2,8 @@
 
 #include "app/WindowModelHost.h"
 
+#include <QCoreApplication>
+#include <QDir>
 #include <QLocalSocket>
 #include <QLoggingCategory>
 #include <QProcess>
@@ -20,13 +22,20 @@ WindowProcess::WindowProcess(WindowModel &model, QString program, QObject *paren
 
 WindowProcess::~WindowProcess()
 {
+    if (!m_process)
+        return;
     // Closing the link ends the window's process; wait briefly so none outlives us.
-    if (m_process) {
-        delete m_host;
-        if (!m_process->waitForFinished(2000))
-            m_process->kill();
+    m_process->disconnect(this);
+    delete m_host;
+    if (!m_process->waitForFinished(2000)) {
+        m_process->kill();
         m_process->waitForFinished(1000);
     }
+}
+
+QString WindowProcess::installedProgram()
+{
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../lib/quorla/quorla-window"));
 }
 
 bool WindowProcess::isOpen() const

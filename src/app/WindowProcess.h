@@ -17,8 +17,10 @@ class WindowProcess : public QObject
     Q_OBJECT
 
 public:
-    // program: the quorla executable, started with --window-link.
+    // program: the window's executable, started with --window-link.
     WindowProcess(WindowModel &model, QString program, QObject *parent = nullptr);
+    // quorla-window in lib/quorla beside bin/, in the build tree as installed.
+    static QString installedProgram();
     ~WindowProcess() override;
 
     // Starts the window's process, or brings its window to the front.

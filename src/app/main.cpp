@@ -2,7 +2,6 @@
 #include "app/AppModel.h"
 #include "app/AppServicesFactory.h"
 #include "app/TranscribeCommand.h"
-#include "app/WindowApplication.h"
 #include "app/WindowProcess.h"
 #include "app/SingleInstance.h"
 #include "app/TrayIcon.h"
@@ -10,16 +9,12 @@
 
 #include <QApplication>
 #include <QNetworkAccessManager>
-#include <cstdlib>
 
 int main(int argc, char *argv[])
 {
     // The command line needs no display: decided before any GUI object exists.
     if (argc > 1 && qstrcmp(argv[1], "transcribe") == 0)
         return runTranscribeCommand(argc, argv);
-    // The window's own process, started by the Quorla that dictates.
-    if (argc > 2 && qstrcmp(argv[1], "--window-link") == 0)
-        return runWindowApplication(argc, argv, std::atoi(argv[2]));
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral(QUORLA_APP_NAME));
     QApplication::setApplicationVersion(QStringLiteral(QUORLA_VERSION));
@@ -37,7 +32,7 @@ int main(int argc, char *argv[])
     network.setTransferTimeout(60000);
     AppModel model(makeAppServices(backends, preferences, &network));
 
-    WindowProcess window(model, QCoreApplication::applicationFilePath());
+    WindowProcess window(model, WindowProcess::installedProgram());
     TrayIcon tray(model);
     QObject::connect(&instance, &SingleInstance::activationRequested, &window, &WindowProcess::show);
     QObject::connect(&tray, &TrayIcon::openRequested, &window, &WindowProcess::show);

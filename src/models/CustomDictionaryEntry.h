@@ -20,7 +20,10 @@ struct CustomDictionaryEntry {
         bool hasReplacement = false;
         QString replacement;
         in >> entry.term >> hasReplacement >> replacement;
-        entry.replacement = hasReplacement ? std::optional(replacement) : std::nullopt;
+        if (hasReplacement)
+            entry.replacement = replacement;
+        else
+            entry.replacement.reset();
         return in;
     }
 };

@@ -1,6 +1,7 @@
 // The built quorla on the headless desktop: closing its window never quits it, and a
 // second launch hands over to it and brings the window back.
 #include <QDeadlineTimer>
+#include <QFileInfo>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
@@ -33,6 +34,23 @@ bool waitForMainWindow(bool visible)
     const QDeadlineTimer deadline(15000);
     while (!deadline.hasExpired()) {
         if (visibleMainWindows().isEmpty() != visible)
+            return true;
+        QTest::qWait(100);
+    }
+    return false;
+}
+
+// The process that owns a window, from its _NET_WM_PID.
+qint64 processOfWindow(const QString &window)
+{
+    return xdotool({QStringLiteral("getwindowpid"), window}).value(0).toLongLong();
+}
+
+bool waitForProcessEnd(qint64 processId)
+{
+    const QDeadlineTimer deadline(10000);
+    while (!deadline.hasExpired()) {
+        if (!QFileInfo::exists(QStringLiteral("/proc/%1").arg(processId)))
             return true;
         QTest::qWait(100);
     }
@@ -89,11 +107,17 @@ TEST_F(ApplicationLife, closingKeepsQuorlaRunningAndASecondLaunchBringsTheWindow
     launchFirst();
     ASSERT_TRUE(waitForMainWindow(true)) << m_first.readAllStandardError().toStdString();
 
-    // Closed with the window menu's shortcut, once Escape has put the setup sheet away.
+    // The window runs in a process of its own, which ends when the window closes.
     const QString window = visibleMainWindows().value(0);
+    const qint64 windowProcess = processOfWindow(window);
+    EXPECT_GT(windowProcess, 0);
+    EXPECT_NE(windowProcess, m_first.processId());
+
+    // Closed with the window menu's shortcut, once Escape has put the setup sheet away.
     xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), window, QStringLiteral("key"),
              QStringLiteral("--clearmodifiers"), QStringLiteral("Escape"), QStringLiteral("ctrl+w")});
     ASSERT_TRUE(waitForMainWindow(false));
+    EXPECT_TRUE(waitForProcessEnd(windowProcess));
     expectRunning();
 
     launchSecond();
@@ -105,6 +129,21 @@ TEST_F(ApplicationLife, closingKeepsQuorlaRunningAndASecondLaunchBringsTheWindow
     ASSERT_TRUE(waitForMainWindow(false));
     launchSecond();
     EXPECT_TRUE(waitForMainWindow(true));
+}
+
+TEST_F(ApplicationLife, quitInTheWindowEndsQuorlaAndItsWindow)
+{
+    launchFirst();
+    ASSERT_TRUE(waitForMainWindow(true)) << m_first.readAllStandardError().toStdString();
+    const QString window = visibleMainWindows().value(0);
+    const qint64 windowProcess = processOfWindow(window);
+
+    xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), window, QStringLiteral("key"),
+             QStringLiteral("--clearmodifiers"), QStringLiteral("Escape"), QStringLiteral("ctrl+q")});
+    ASSERT_TRUE(m_first.waitForFinished(10000));
+    EXPECT_EQ(m_first.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(m_first.exitCode(), 0);
+    EXPECT_TRUE(waitForProcessEnd(windowProcess));
 }
 
 } // namespace
