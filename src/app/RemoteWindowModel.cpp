@@ -2,31 +2,25 @@
 
 #include "support/PlatformWords.h"
 
-#include <QLocalSocket>
-#include <QLoggingCategory>
 #include <QMetaMethod>
 #include <QMetaProperty>
-
-Q_LOGGING_CATEGORY(lcRemoteModel, "quorla.window.link")
 
 using namespace WindowLink;
 
 RemoteWindowModel::RemoteWindowModel(QLocalSocket *socket, QObject *parent)
     : WindowModel(PlatformWords::current(), parent)
-    , m_socket(socket)
+    , m_link(socket, "The window")
 {
-    m_socket->setParent(this);
-    connect(m_socket, &QLocalSocket::readyRead, this, &RemoteWindowModel::readFrames);
-    connect(m_socket, &QLocalSocket::disconnected, this, &RemoteWindowModel::linkLost);
-    readFrames();
+    connect(&m_link, &WindowLinkSocket::frameReceived, this, &RemoteWindowModel::handle);
+    connect(&m_link, &WindowLinkSocket::disconnected, this, &RemoteWindowModel::linkLost);
+    m_link.readFrames();
 }
 
 RemoteWindowModel::~RemoteWindowModel() = default;
 
 void RemoteWindowModel::reportShown()
 {
-    if (m_socket && m_socket->state() == QLocalSocket::ConnectedState)
-        send(*m_socket, frame(Message::shown));
+    m_link.send(frame(Message::shown));
 }
 
 void RemoteWindowModel::write(const char *name, const QVariant &value)
@@ -34,31 +28,12 @@ void RemoteWindowModel::write(const char *name, const QVariant &value)
     const QByteArray key(name);
     apply({{key, value}});
     ++m_pendingWrites[key];
-    if (m_socket && m_socket->state() == QLocalSocket::ConnectedState)
-        send(*m_socket, frame(Message::write, key, value));
+    m_link.send(frame(Message::write, key, value));
 }
 
 void RemoteWindowModel::request(Request request, const QVariantList &arguments)
 {
-    if (m_socket && m_socket->state() == QLocalSocket::ConnectedState)
-        send(*m_socket, frame(Message::request, request, arguments));
-}
-
-void RemoteWindowModel::drop(const char *why)
-{
-    qCWarning(lcRemoteModel) << "closing the link to Quorla:" << why;
-    if (m_socket)
-        m_socket->abort();
-}
-
-void RemoteWindowModel::readFrames()
-{
-    while (m_socket && m_socket->bytesAvailable() > 0) {
-        const std::optional<QByteArray> body = nextFrame(*m_socket);
-        if (!body)
-            return;
-        handle(*body);
-    }
+    m_link.send(frame(Message::request, request, arguments));
 }
 
 void RemoteWindowModel::handle(const QByteArray &body)
@@ -72,7 +47,7 @@ void RemoteWindowModel::handle(const QByteArray &body)
         PropertyValues values;
         in >> values;
         if (in.status() != QDataStream::Ok)
-            return drop("unreadable properties");
+            return m_link.drop("unreadable properties");
         // A value sent before our own write was applied there would undo it.
         values.removeIf([this](const auto &value) { return m_pendingWrites.value(value.first) > 0; });
         apply(values);
@@ -87,7 +62,7 @@ void RemoteWindowModel::handle(const QByteArray &body)
         QVariant value;
         in >> name >> value;
         if (in.status() != QDataStream::Ok)
-            return drop("an unreadable write");
+            return m_link.drop("an unreadable write");
         if (--m_pendingWrites[name] <= 0) {
             m_pendingWrites.remove(name);
             apply({{name, value}});
@@ -108,7 +83,7 @@ void RemoteWindowModel::handle(const QByteArray &body)
         Q_EMIT closeRequested();
         return;
     default:
-        return drop("an unknown message");
+        return m_link.drop("an unknown message");
     }
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "app/WindowLinkProtocol.h"
+#include "app/WindowLinkSocket.h"
 #include "app/WindowModel.h"
 
 #include <QHash>
-#include <QPointer>
 
 class QLocalSocket;
 
@@ -100,13 +100,11 @@ private:
     }
     void write(const char *name, const QVariant &value);
     void request(WindowLink::Request request, const QVariantList &arguments = {});
-    void readFrames();
     void handle(const QByteArray &body);
     // Stores the values and announces each changed property's signal once.
     void apply(const WindowLink::PropertyValues &values);
-    void drop(const char *why);
 
-    QPointer<QLocalSocket> m_socket;
+    WindowLinkSocket m_link;
     QHash<QByteArray, QVariant> m_values;
     // Writes sent and not yet applied there, per property.
     QHash<QByteArray, int> m_pendingWrites;

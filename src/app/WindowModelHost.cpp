@@ -2,23 +2,18 @@
 
 #include "app/WindowModel.h"
 
-#include <QLocalSocket>
-#include <QLoggingCategory>
 #include <QMetaMethod>
 #include <QMetaProperty>
-
-Q_LOGGING_CATEGORY(lcWindowHost, "quorla.window.host")
 
 using namespace WindowLink;
 
 WindowModelHost::WindowModelHost(WindowModel &model, QLocalSocket *socket, QObject *parent)
     : QObject(parent)
     , m_model(model)
-    , m_socket(socket)
+    , m_link(socket, "Quorla")
 {
-    m_socket->setParent(this);
-    connect(m_socket, &QLocalSocket::readyRead, this, &WindowModelHost::readFrames);
-    connect(m_socket, &QLocalSocket::disconnected, this, &WindowModelHost::disconnected);
+    connect(&m_link, &WindowLinkSocket::frameReceived, this, &WindowModelHost::handle);
+    connect(&m_link, &WindowLinkSocket::disconnected, this, &WindowModelHost::disconnected);
 
     // One connection per notify signal; the slot asks which one fired.
     const QMetaObject &meta = WindowModel::staticMetaObject;
@@ -32,27 +27,26 @@ WindowModelHost::WindowModelHost(WindowModel &model, QLocalSocket *socket, QObje
         }
     }
     connect(&m_model, &WindowModel::customDictionaryEntryAdded, this,
-            [this] { send(frame(Message::signal, QByteArray("customDictionaryEntryAdded"))); });
+            [this] { m_link.send(frame(Message::signal, QByteArray("customDictionaryEntryAdded"))); });
     sendProperties(-1);
-    // Frames that arrived with the socket.
-    readFrames();
+    m_link.readFrames();
 }
 
 WindowModelHost::~WindowModelHost() = default;
 
 bool WindowModelHost::isConnected() const
 {
-    return m_socket && m_socket->state() == QLocalSocket::ConnectedState;
+    return m_link.isConnected();
 }
 
 void WindowModelHost::requestShow()
 {
-    send(frame(Message::show));
+    m_link.send(frame(Message::show));
 }
 
 void WindowModelHost::requestClose()
 {
-    send(frame(Message::close));
+    m_link.send(frame(Message::close));
 }
 
 void WindowModelHost::propertiesChanged()
@@ -72,30 +66,7 @@ void WindowModelHost::sendProperties(int notifySignalIndex)
         if (notifySignalIndex < 0 || property.notifySignalIndex() == notifySignalIndex)
             values.append({QByteArray(property.name()), property.read(&m_model)});
     }
-    send(frame(Message::properties, values));
-}
-
-void WindowModelHost::send(const QByteArray &body)
-{
-    if (isConnected())
-        WindowLink::send(*m_socket, body);
-}
-
-void WindowModelHost::drop(const char *why)
-{
-    qCWarning(lcWindowHost) << "closing the window's link:" << why;
-    if (m_socket)
-        m_socket->abort();
-}
-
-void WindowModelHost::readFrames()
-{
-    while (m_socket && m_socket->bytesAvailable() > 0) {
-        const std::optional<QByteArray> body = nextFrame(*m_socket);
-        if (!body)
-            return;
-        handle(*body);
-    }
+    m_link.send(frame(Message::properties, values));
 }
 
 void WindowModelHost::handle(const QByteArray &body)
@@ -112,10 +83,10 @@ void WindowModelHost::handle(const QByteArray &body)
         const QMetaObject &meta = WindowModel::staticMetaObject;
         const int index = meta.indexOfProperty(name.constData());
         if (in.status() != QDataStream::Ok || index < meta.propertyOffset() || !meta.property(index).isWritable())
-            return drop("an unreadable write");
+            return m_link.drop("an unreadable write");
         const QMetaProperty property = meta.property(index);
         property.write(&m_model, value);
-        send(frame(Message::writeDone, name, property.read(&m_model)));
+        m_link.send(frame(Message::writeDone, name, property.read(&m_model)));
         return;
     }
     case Message::request: {
@@ -123,7 +94,7 @@ void WindowModelHost::handle(const QByteArray &body)
         QVariantList arguments;
         in >> request >> arguments;
         if (in.status() != QDataStream::Ok)
-            return drop("an unreadable request");
+            return m_link.drop("an unreadable request");
         perform(request, arguments);
         return;
     }
@@ -131,7 +102,7 @@ void WindowModelHost::handle(const QByteArray &body)
         Q_EMIT windowShown();
         return;
     default:
-        return drop("an unknown message");
+        return m_link.drop("an unknown message");
     }
 }
 
@@ -182,5 +153,5 @@ void WindowModelHost::perform(Request request, const QVariantList &arguments)
         m_model.checkForAppUpdate();
         return;
     }
-    drop("an unknown request");
+    m_link.drop("an unknown request");
 }

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "app/WindowLinkProtocol.h"
+#include "app/WindowLinkSocket.h"
 
 #include <QObject>
-#include <QPointer>
 
 class QLocalSocket;
 class WindowModel;
@@ -34,13 +34,10 @@ private Q_SLOTS:
     void propertiesChanged();
 
 private:
-    void readFrames();
     void handle(const QByteArray &body);
     void perform(WindowLink::Request request, const QVariantList &arguments);
     void sendProperties(int notifySignalIndex);
-    void send(const QByteArray &body);
-    void drop(const char *why);
 
     WindowModel &m_model;
-    QPointer<QLocalSocket> m_socket;
+    WindowLinkSocket m_link;
 };
