@@ -6,14 +6,10 @@
 
 #include <QIcon>
 #include <QLoggingCategory>
-#include <QPixmapCache>
 #include <QQmlApplicationEngine>
 #include <QQuickStyle>
 #include <QQuickWindow>
 #include <QtQml/qqmlextensionplugin.h>
-#ifdef __GLIBC__
-#include <malloc.h>
-#endif
 
 // The interface module is linked statically; this keeps its plugin in the binary.
 Q_IMPORT_QML_PLUGIN(Quorla_ViewsPlugin)
@@ -29,8 +25,8 @@ MainWindowController::MainWindowController(WindowModel &model, QObject *parent)
     if (QQuickStyle::name().isEmpty())
         QQuickStyle::setStyle(QStringLiteral("Fusion"));
     // A few static pages need no GPU. The software scene graph keeps a GL driver out of
-    // a process that lives all session (Mesa's costs about 100 MB resident and
-    // doubles the time to the first frame).
+    // the window's process (Mesa's costs about 100 MB resident and doubles the time to
+    // the first frame).
     if (qEnvironmentVariableIsEmpty("QT_QUICK_BACKEND"))
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
@@ -87,11 +83,5 @@ void MainWindowController::release()
         return;
     m_window = nullptr;
     m_engine.reset();
-    // The scene's icons and symbols, drawn at the window's sizes; drawn again when it opens.
-    QPixmapCache::clear();
-#ifdef __GLIBC__
-    // Give the scene's freed heap back to the system, not just to the allocator.
-    malloc_trim(0);
-#endif
     Q_EMIT windowReleased();
 }

@@ -9,9 +9,9 @@
 class WindowModel;
 class QQmlApplicationEngine;
 
-// The main window's life: built on demand, shown and raised, and released with its
-// whole QML scene when the user closes it, so Quorla living in the tray holds little
-// memory. Closing never quits the application.
+// The main window's life in the window's process: built on demand, shown and raised
+// (restored when minimized), and released with its whole QML scene when the user
+// closes it, after which that process ends. Closing never quits Quorla itself.
 class MainWindowController : public QObject
 {
     Q_OBJECT

@@ -26,22 +26,29 @@ int runWindowApplication(int argc, char *argv[], int linkDescriptor)
     }
     RemoteWindowModel model(socket);
     MainWindowController window(model);
+    // Each show is acknowledged once it is done: the first after the first frame, a
+    // later one at once. A show that arrives after the window closed is not, so
+    // Quorla starts the window again once this process has ended.
+    bool released = false;
     const auto show = [&] {
+        if (released || !model.isReady())
+            return;
         const bool first = !window.isOpen();
         window.show();
         if (first && window.window())
             QObject::connect(window.window(), &QQuickWindow::frameSwapped, &model, &RemoteWindowModel::reportShown,
                              Qt::SingleShotConnection);
+        else
+            model.reportShown();
     };
     QObject::connect(&model, &RemoteWindowModel::ready, &window, show);
-    QObject::connect(&model, &RemoteWindowModel::showRequested, &window, [&] {
-        if (model.isReady())
-            show();
-    });
+    QObject::connect(&model, &RemoteWindowModel::showRequested, &window, show);
     QObject::connect(&model, &RemoteWindowModel::closeRequested, &window, &MainWindowController::close);
     QObject::connect(&model, &RemoteWindowModel::linkLost, &app, &QGuiApplication::quit);
-    QObject::connect(&window, &MainWindowController::windowReleased, &app, &QGuiApplication::quit);
-    if (model.isReady())
-        show();
+    QObject::connect(&window, &MainWindowController::windowReleased, &app, [&] {
+        released = true;
+        QGuiApplication::quit();
+    });
+    show();
     return QGuiApplication::exec();
 }

@@ -20,7 +20,7 @@ enum class Message : quint8 {
     // window -> dictating process
     write,          // QByteArray name, QVariant value
     request,        // Request, QVariantList arguments
-    shown,          // the window drew its first frame
+    shown,          // the window drew its first frame, or came to the front
 };
 
 // The model's requests, by what they ask for.

@@ -25,7 +25,7 @@ public:
     void requestClose();
 
 Q_SIGNALS:
-    // The window drew its first frame.
+    // The window drew its first frame, or came to the front when asked to show.
     void windowShown();
     void disconnected();
 

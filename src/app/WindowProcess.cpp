@@ -50,6 +50,7 @@ qint64 WindowProcess::processId() const
 
 void WindowProcess::show()
 {
+    m_showPending = true;
     if (isOpen() && m_host)
         m_host->requestShow();
     else
@@ -91,11 +92,15 @@ void WindowProcess::start()
     }
     m_process = process;
     m_host = new WindowModelHost(m_model, socket, this);
-    connect(m_host, &WindowModelHost::windowShown, this, &WindowProcess::windowShown);
+    connect(m_host, &WindowModelHost::windowShown, this, [this] {
+        m_showPending = false;
+        Q_EMIT windowShown();
+    });
     connect(process, &QProcess::finished, this, &WindowProcess::finished);
     connect(process, &QProcess::errorOccurred, this, [this, process](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart) {
             qCWarning(lcWindowProcess) << "the window could not start:" << process->errorString();
+            m_showPending = false;
             finished();
         }
     });
@@ -107,11 +112,18 @@ void WindowProcess::finished()
 {
     if (!m_process)
         return;
-    if (m_process->exitStatus() == QProcess::CrashExit || m_process->exitCode() != 0)
+    const bool failed = m_process->exitStatus() == QProcess::CrashExit || m_process->exitCode() != 0;
+    if (failed)
         qCWarning(lcWindowProcess) << "the window's process ended with" << m_process->exitCode()
                                    << m_process->errorString();
     m_process->deleteLater();
     m_process = nullptr;
     delete m_host;
+    // Asked to show as it was closing: open it again (never after a failure, which
+    // would only repeat).
+    const bool reopen = m_showPending && !failed;
+    m_showPending = reopen;
     Q_EMIT windowReleased();
+    if (reopen)
+        start();
 }

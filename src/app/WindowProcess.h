@@ -34,7 +34,7 @@ public:
     static constexpr int linkDescriptor = 3;
 
 Q_SIGNALS:
-    // The window drew its first frame.
+    // The window drew its first frame, or came to the front when it was open.
     void windowShown();
     // The window's process ended (closed, quit or failed).
     void windowReleased();
@@ -47,4 +47,6 @@ private:
     QString m_program;
     QPointer<QProcess> m_process;
     QPointer<WindowModelHost> m_host;
+    // A show not yet acknowledged by the window's process.
+    bool m_showPending = false;
 };
