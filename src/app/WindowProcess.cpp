@@ -7,6 +7,7 @@
 #include <QLocalSocket>
 #include <QLoggingCategory>
 #include <QProcess>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
