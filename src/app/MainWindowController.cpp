@@ -45,7 +45,6 @@ void MainWindowController::show()
         m_window->show();
     m_window->raise();
     m_window->requestActivate();
-    Q_EMIT windowShown();
 }
 
 void MainWindowController::close()

@@ -30,8 +30,6 @@ public:
     [[nodiscard]] QQmlApplicationEngine *engine() const { return m_engine.get(); }
 
 Q_SIGNALS:
-    // The scene was built and the window shown.
-    void windowShown();
     // The window was closed and its scene destroyed.
     void windowReleased();
 
