@@ -81,6 +81,13 @@ public:
     QCoro::Task<> globalPressToTalkEnded();
     QCoro::Task<> globalToggleRecordingBegan();
     QCoro::Task<> globalToggleRecordingEnded();
+    // From `quorla dictation start|stop|toggle|cancel`: start and stop act as the trigger
+    // going down and up; stop, toggle and cancel end whatever recording is running.
+    QCoro::Task<> commandPressToTalkBegan();
+    QCoro::Task<> commandPressToTalkEnded();
+    QCoro::Task<> commandToggleRecordingRequested();
+    // Ends the recording and deletes it unsent; nothing while transcribing.
+    void cancelRecording();
     // A recording started from Quorla's own window.
     QCoro::Task<> startManualRecording() override;
     QCoro::Task<> stopRecordingAndTranscribe() override;
@@ -209,6 +216,7 @@ private:
     std::optional<DictationSession> m_activeSession;
     bool m_isGlobalTriggerHeld = false;
     bool m_isToggleRecordingRequested = false;
+    bool m_isCommandRecordingRequested = false;
     bool m_isObservingInputSource = false;
     std::optional<QDateTime> m_lastInputSourceChangeAt;
     std::optional<QDateTime> m_lastRecordingStartedAt;

@@ -34,6 +34,9 @@ QString startFailureStatus(DictationSource source, const QString &trigger)
         return QStringLiteral("Couldn't start dictation from %1.").arg(trigger);
     case DictationSource::fnToggle:
         return QStringLiteral("Couldn't start dictation from %1 + Space.").arg(trigger);
+    case DictationSource::commandHold:
+    case DictationSource::commandToggle:
+        return QStringLiteral("Couldn't start dictation from %1.").arg(commandToStart(source));
     case DictationSource::manual:
         break;
     }
@@ -42,11 +45,15 @@ QString startFailureStatus(DictationSource source, const QString &trigger)
 
 QString finishFailureStatus(const std::optional<DictationSession> &session, const QString &trigger)
 {
-    switch (session ? session->source : DictationSource::manual) {
+    const DictationSource source = session ? session->source : DictationSource::manual;
+    switch (source) {
     case DictationSource::fnHold:
         return QStringLiteral("Couldn't finish dictation from %1.").arg(trigger);
     case DictationSource::fnToggle:
         return QStringLiteral("Couldn't finish dictation from %1 + Space.").arg(trigger);
+    case DictationSource::commandHold:
+    case DictationSource::commandToggle:
+        return QStringLiteral("Couldn't finish dictation from %1.").arg(commandToFinish(source));
     case DictationSource::manual:
         break;
     }
@@ -164,7 +171,9 @@ QCoro::Task<> AppModel::startRecording(DictationSource source)
     } else {
         refreshPermissions(false);
         if (m_accessibilityPermissionGranted) {
-            ApplicationHandlePtr application = m_services.pushToTalkMonitor->capturedTargetApplication();
+            // A command's target is whatever has focus as it arrives.
+            ApplicationHandlePtr application =
+                isCommandSource(session.source) ? nullptr : m_services.pushToTalkMonitor->capturedTargetApplication();
             if (!application)
                 application = m_services.workspace->frontmostApplication();
             if (application) {
@@ -205,6 +214,8 @@ QCoro::Task<> AppModel::startRecording(DictationSource source)
         session.replaceTriggerSpace = true;
     } else if (session.source == DictationSource::fnToggle) {
         wanted = m_isToggleRecordingRequested;
+    } else if (isCommandSource(session.source)) {
+        wanted = m_isCommandRecordingRequested;
     } else if (session.source == DictationSource::fnHold) {
         wanted = m_isGlobalTriggerHeld;
         if (wanted && changedWithinTriggerWindow(m_lastInputSourceChangeAt, m_services.now())) {
@@ -214,9 +225,10 @@ QCoro::Task<> AppModel::startRecording(DictationSource source)
         }
     }
     if (!wanted) {
+        const QString again = isCommandSource(session.source) ? QStringLiteral("Run %1").arg(commandToStart(session.source))
+                                                              : QStringLiteral("Use %1").arg(m_triggerDisplay);
         setStatusMessage(grantedDuringThisStart
-                             ? QStringLiteral("Microphone access is ready. Use %1 again to start dictating.")
-                                   .arg(m_triggerDisplay)
+                             ? QStringLiteral("Microphone access is ready. %1 again to start dictating.").arg(again)
                              : defaultStatusMessage());
         co_return;
     }

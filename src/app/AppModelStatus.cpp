@@ -53,6 +53,12 @@ QString AppModel::recordingStatusMessage(const DictationSession &session) const
             ? QStringLiteral("Recording for %1%2. Release %3 to transcribe.")
                   .arg(statusApplicationName(*session.insertionTarget), language, trigger)
             : QStringLiteral("Recording%1... release %2 to transcribe.").arg(language, trigger);
+    case DictationSource::commandHold:
+    case DictationSource::commandToggle:
+        return session.insertionTarget
+            ? QStringLiteral("Recording for %1%2. Run %3 to transcribe.")
+                  .arg(statusApplicationName(*session.insertionTarget), language, commandToFinish(session.source))
+            : QStringLiteral("Recording%1... run %2 to transcribe.").arg(language, commandToFinish(session.source));
     case DictationSource::manual:
         break;
     }

@@ -6,7 +6,26 @@
 #include <QString>
 #include <optional>
 
-enum class DictationSource { manual, fnHold, fnToggle };
+// commandHold and commandToggle come from `quorla dictation start|toggle` (D-Bus), for
+// desktops where Quorla cannot see the trigger key or for scripts and switch devices.
+enum class DictationSource { manual, fnHold, fnToggle, commandHold, commandToggle };
+
+inline bool isCommandSource(DictationSource source)
+{
+    return source == DictationSource::commandHold || source == DictationSource::commandToggle;
+}
+
+// The commands that start and end a command's recording, as status lines quote them.
+inline QString commandToStart(DictationSource source)
+{
+    return source == DictationSource::commandToggle ? QStringLiteral("`quorla dictation toggle`")
+                                                    : QStringLiteral("`quorla dictation start`");
+}
+inline QString commandToFinish(DictationSource source)
+{
+    return source == DictationSource::commandToggle ? QStringLiteral("`quorla dictation toggle`")
+                                                    : QStringLiteral("`quorla dictation stop`");
+}
 
 // One dictation from its start to its transcript.
 struct DictationSession {
