@@ -36,7 +36,9 @@ SingleInstance::Role SingleInstance::claim()
     }
     if (reply.value() != QDBusConnectionInterface::ServiceRegistered)
         return Role::secondary;
-    if (!m_bus.registerObject(objectPath(m_applicationId), this, QDBusConnection::ExportScriptableSlots))
+    // Adaptors too: the dictation interface hangs off this object.
+    if (!m_bus.registerObject(objectPath(m_applicationId), this,
+                              QDBusConnection::ExportScriptableSlots | QDBusConnection::ExportAdaptors))
         qCWarning(lcInstance) << "could not export the activation object" << m_bus.lastError().message();
     return Role::primary;
 }

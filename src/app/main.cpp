@@ -1,6 +1,8 @@
 #include "AppInfo.h"
 #include "app/AppModel.h"
 #include "app/AppServicesFactory.h"
+#include "app/DictationCommand.h"
+#include "app/DictationControl.h"
 #include "app/TranscribeCommand.h"
 #include "app/WindowProcess.h"
 #include "app/SingleInstance.h"
@@ -15,6 +17,8 @@ int main(int argc, char *argv[])
     // The command line needs no display: decided before any GUI object exists.
     if (argc > 1 && qstrcmp(argv[1], "transcribe") == 0)
         return runTranscribeCommand(argc, argv);
+    if (argc > 1 && qstrcmp(argv[1], "dictation") == 0)
+        return runDictationCommand(argc, argv);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral(QUORLA_APP_NAME));
     QApplication::setApplicationVersion(QStringLiteral(QUORLA_VERSION));
@@ -23,7 +27,8 @@ int main(int argc, char *argv[])
     QApplication::setQuitOnLastWindowClosed(false);
 
     SingleInstance instance(QStringLiteral(QUORLA_APP_ID), QDBusConnection::sessionBus());
-    if (instance.claim() == SingleInstance::Role::secondary)
+    const SingleInstance::Role role = instance.claim();
+    if (role == SingleInstance::Role::secondary)
         return instance.activatePrimary() ? 0 : 1;
 
     auto preferences = std::make_shared<PreferencesStore>(PreferencesStore::defaultFilePath());
@@ -32,6 +37,9 @@ int main(int argc, char *argv[])
     network.setTransferTimeout(60000);
     AppModel model(makeAppServices(backends, preferences, &network));
 
+    if (role == SingleInstance::Role::primary)
+        new DictationControl(model, &instance, QDBusConnection::sessionBus(),
+                             SingleInstance::objectPath(QStringLiteral(QUORLA_APP_ID)));
     WindowProcess window(model, WindowProcess::installedProgram());
     TrayIcon tray(model);
     QObject::connect(&instance, &SingleInstance::activationRequested, &window, &WindowProcess::show);
