@@ -18,6 +18,8 @@ TrayIcon::TrayIcon(AppModel &model, QObject *parent)
     });
     connect(&m_model, &AppModel::recentTranscriptsChanged, this, &TrayIcon::rebuildMenu);
     connect(&m_model, &AppModel::isRecordingChanged, this, &TrayIcon::updateIcon);
+    connect(&m_model, &AppModel::isRecordingChanged, this, &TrayIcon::updateDictationAction);
+    connect(&m_model, &AppModel::isBusyChanged, this, &TrayIcon::updateDictationAction);
     connect(&m_model, &AppModel::showMenuBarIconChanged, this, &TrayIcon::updateVisibility);
     rebuildMenu();
     updateIcon();
@@ -41,6 +43,19 @@ void TrayIcon::rebuildMenu()
         connect(action, &QAction::triggered, this, [this, entry] { m_model.copyTranscript(entry); });
     }
     m_menu.addSeparator();
+    // The window's own recording, without opening the window.
+    m_dictationAction = m_menu.addAction(QString());
+    // Queued: a finished dictation rebuilds this menu, which must not happen inside the click.
+    connect(
+        m_dictationAction, &QAction::triggered, this,
+        [this] {
+            if (m_model.isRecording())
+                m_model.stopRecordingAndTranscribe();
+            else
+                m_model.startManualRecording();
+        },
+        Qt::QueuedConnection);
+    updateDictationAction();
     connect(m_menu.addAction(QStringLiteral("Open Quorla")), &QAction::triggered, this, &TrayIcon::openRequested);
     connect(m_menu.addAction(QStringLiteral("Quit")), &QAction::triggered, this, &TrayIcon::quitRequested);
 }
@@ -52,6 +67,15 @@ void TrayIcon::updateIcon()
     m_icon.setIcon(QIcon(m_model.isRecording() ? QStringLiteral(":/Quorla/app-icon-recording.svg")
                                                : QStringLiteral(":/Quorla/app-icon.svg")));
     m_icon.setToolTip(m_model.isRecording() ? QStringLiteral("Quorla: recording") : QStringLiteral("Quorla"));
+}
+
+void TrayIcon::updateDictationAction()
+{
+    if (!m_dictationAction)
+        return;
+    m_dictationAction->setText(m_model.isRecording() ? QStringLiteral("Stop Dictation")
+                                                     : QStringLiteral("Start Dictation"));
+    m_dictationAction->setEnabled(m_model.isRecording() || !m_model.isBusy());
 }
 
 void TrayIcon::updateVisibility()

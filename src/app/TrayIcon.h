@@ -2,12 +2,14 @@
 
 #include <QMenu>
 #include <QObject>
+#include <QPointer>
 #include <QSystemTrayIcon>
 
 class AppModel;
 
 // The tray item: present exactly while "showMenuBarIcon" is on, a distinct picture
-// while recording, and a menu with the latest dictations, "Open Quorla" and "Quit".
+// while recording, and a menu with the latest dictations, "Start Dictation" (or
+// "Stop Dictation"), "Open Quorla" and "Quit".
 class TrayIcon : public QObject
 {
     Q_OBJECT
@@ -30,10 +32,12 @@ Q_SIGNALS:
 private:
     void rebuildMenu();
     void updateIcon();
+    void updateDictationAction();
     void updateVisibility();
 
     AppModel &m_model;
     QMenu m_menu;
     QSystemTrayIcon m_icon;
     QString m_symbol;
+    QPointer<QAction> m_dictationAction;
 };

@@ -6,7 +6,6 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QCoro/QCoroTask>
 #include <QSignalSpy>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -39,19 +38,19 @@ TEST(TrayIcon, followsThePreferenceAndOffersRecentOpenAndQuit)
     EXPECT_FALSE(tray.isShown());
 
     EXPECT_EQ(actionTexts(tray.menu()), (QStringList{QStringLiteral("Recent"), QStringLiteral("No recent dictations"),
-                                                     QStringLiteral("---"), QStringLiteral("Open Quorla"),
-                                                     QStringLiteral("Quit")}));
+                                                     QStringLiteral("---"), QStringLiteral("Start Dictation"),
+                                                     QStringLiteral("Open Quorla"), QStringLiteral("Quit")}));
     EXPECT_FALSE(tray.menu().actions().at(1)->isEnabled());
 
     QSignalSpy open(&tray, &TrayIcon::openRequested);
     QSignalSpy quit(&tray, &TrayIcon::quitRequested);
-    tray.menu().actions().at(3)->trigger();
     tray.menu().actions().at(4)->trigger();
+    tray.menu().actions().at(5)->trigger();
     EXPECT_EQ(open.count(), 1);
     EXPECT_EQ(quit.count(), 1);
 }
 
-// While a dictation records, the icon shows it; afterwards the menu offers the text.
+// A dictation started and stopped from the menu shows in the icon; afterwards the menu offers the text.
 TEST(TrayIcon, showsTheRecordingAndCopiesARecentDictation)
 {
     ModelFixture fixture;
@@ -61,13 +60,17 @@ TEST(TrayIcon, showsTheRecordingAndCopiesARecentDictation)
 
     const QImage idle = tray.picture().pixmap(22, 22).toImage();
     ASSERT_FALSE(idle.isNull());
-    QCoro::waitFor(model.startManualRecording());
+    QAction *dictation = tray.menu().actions().at(3);
+    dictation->trigger();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return model.isRecording(); }));
+    EXPECT_EQ(dictation->text(), QStringLiteral("Stop Dictation"));
     EXPECT_EQ(tray.symbol(), QStringLiteral("waveform.badge.microphone"));
     const QImage recording = tray.picture().pixmap(22, 22).toImage();
     ASSERT_FALSE(recording.isNull());
     EXPECT_NE(recording, idle);
     fixture.speech->transcript = QStringLiteral("Call me back  after\nlunch, please, it is urgent");
-    QCoro::waitFor(model.stopRecordingAndTranscribe());
+    dictation->trigger();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !model.isBusy() && !model.recentTranscripts().isEmpty(); }));
     EXPECT_EQ(tray.symbol(), QStringLiteral("waveform.mid"));
 
     QApplication::clipboard()->clear();
