@@ -136,6 +136,38 @@ DetailPage {
     }
 
     SectionCard {
+        title: "Use another key or a command"
+        detail: "Where Quorla can't see the trigger key, or to dictate from a script, bind a key in your desktop's settings to a command. The text goes to the application that has focus when dictation starts."
+        DictationCommandLines { id: commandLines }
+        Repeater {
+            model: commandLines.bindings
+            ColumnLayout {
+                required property var modelData
+                Layout.fillWidth: true
+                spacing: 4
+                Label { text: modelData.desktop; color: AppTheme.secondaryText }
+                RowLayout {
+                    Layout.fillWidth: true
+                    TextEdit {
+                        Layout.fillWidth: true
+                        text: modelData.lines
+                        readOnly: true
+                        selectByMouse: true
+                        font.family: "monospace"
+                        color: AppTheme.primaryText
+                        Accessible.name: modelData.desktop
+                    }
+                    Button {
+                        text: "Copy"
+                        Accessible.name: "Copy for " + modelData.desktop
+                        onClicked: commandLines.copy(modelData.lines)
+                    }
+                }
+            }
+        }
+    }
+
+    SectionCard {
         title: "Permissions"
         PermissionRowsColumn { presenter: setup }
     }
