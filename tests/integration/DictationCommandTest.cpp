@@ -14,16 +14,17 @@ namespace {
 
 struct Outcome {
     int exitCode = -1;
-    QString out;
-    QString err;
+    QString out, err;
 };
 
-Outcome run(const QString &program, const QStringList &arguments, const QProcessEnvironment &environment = {})
+Outcome run(const QString &program, const QStringList &arguments, const QByteArray &input = {},
+            const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
 {
     QProcess process;
-    if (!environment.isEmpty())
-        process.setProcessEnvironment(environment);
+    process.setProcessEnvironment(environment);
     process.start(program, arguments);
+    process.write(input);
+    process.closeWriteChannel();
     if (!process.waitForFinished(30000))
         process.kill();
     return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
@@ -54,7 +55,7 @@ protected:
 
     Outcome dictation(const QString &command)
     {
-        return run(QStringLiteral(QUORLA_BINARY), {QStringLiteral("dictation"), command}, environment);
+        return run(QStringLiteral(QUORLA_BINARY), {QStringLiteral("dictation"), command}, {}, environment);
     }
     bool stateBecomes(const QString &state)
     {
@@ -87,11 +88,8 @@ TEST_F(DictationCommandTest, startStopToggleAndCancelDictateIntoTheFocusedField)
     EXPECT_EQ(alone.exitCode, 1);
     EXPECT_EQ(alone.err.trimmed(), QStringLiteral("Quorla is not running. Start it with `quorla`."));
 
-    QProcess store;
-    store.start(QStringLiteral("secret-tool"), QStringList{QStringLiteral("store"), QStringLiteral("--label=Quorla")} + keyItem);
-    store.write("sk-command");
-    store.closeWriteChannel();
-    ASSERT_TRUE(store.waitForFinished(10000));
+    ASSERT_EQ(run(QStringLiteral("secret-tool"), QStringList{QStringLiteral("store"), QStringLiteral("--label=Quorla")} + keyItem,
+                  "sk-command").exitCode, 0);
     quorla.setProcessEnvironment(environment);
     quorla.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     quorla.start(QStringLiteral(QUORLA_BINARY), {});

@@ -45,6 +45,10 @@ const struct {
     {DictationSource::fnHold, "Couldn't start dictation from Fn.", "Couldn't finish dictation from Fn."},
     {DictationSource::fnToggle, "Couldn't start dictation from Fn + Space.", "Couldn't finish dictation from Fn + Space."},
     {DictationSource::manual, "Couldn't start recording.", "Couldn't finish transcription."},
+    {DictationSource::commandHold, "Couldn't start dictation from `quorla dictation start`.",
+     "Couldn't finish dictation from `quorla dictation stop`."},
+    {DictationSource::commandToggle, "Couldn't start dictation from `quorla dictation toggle`.",
+     "Couldn't finish dictation from `quorla dictation toggle`."},
 };
 
 // Every case runs with the trigger called "Fn" and with another name: the expected
@@ -74,15 +78,19 @@ protected:
     }
     void begin(DictationSource source)
     {
-        QCoro::waitFor(source == DictationSource::fnHold     ? model->globalPressToTalkBegan()
-                       : source == DictationSource::fnToggle ? model->globalToggleRecordingBegan()
-                                                             : model->startManualRecording());
+        QCoro::waitFor(source == DictationSource::fnHold          ? model->globalPressToTalkBegan()
+                       : source == DictationSource::fnToggle      ? model->globalToggleRecordingBegan()
+                       : source == DictationSource::commandHold   ? model->commandPressToTalkBegan()
+                       : source == DictationSource::commandToggle ? model->commandToggleRecordingRequested()
+                                                                  : model->startManualRecording());
     }
     void end(DictationSource source)
     {
-        QCoro::waitFor(source == DictationSource::fnHold     ? model->globalPressToTalkEnded()
-                       : source == DictationSource::fnToggle ? model->globalToggleRecordingEnded()
-                                                             : model->stopRecordingAndTranscribe());
+        QCoro::waitFor(source == DictationSource::fnHold          ? model->globalPressToTalkEnded()
+                       : source == DictationSource::fnToggle      ? model->globalToggleRecordingEnded()
+                       : source == DictationSource::commandHold   ? model->commandPressToTalkEnded()
+                       : source == DictationSource::commandToggle ? model->commandToggleRecordingRequested()
+                                                                  : model->stopRecordingAndTranscribe());
     }
     void dictate(DictationSource source)
     {
@@ -141,6 +149,14 @@ TEST_P(AppModelDictationTest, eachSourceWalksThroughItsStatusLines)
          {"Recording in German... focus a text field before starting if you want Quorla to insert text.",
           "Recording in German... press Space or Fn to transcribe.", "Transcribing dictation in German...",
           "Transcript ready and copied to the clipboard."}},
+        {DictationSource::commandHold, Target::named, true, true,
+         {"Dictation armed for TextEdit in German. Waiting for microphone...",
+          "Recording for TextEdit in German. Run `quorla dictation stop` to transcribe.",
+          "Transcribing dictation in German...", "Typing into TextEdit...",
+          "Transcript inserted into TextEdit and copied to the clipboard."}},
+        {DictationSource::commandToggle, Target::none, false, false,
+         {"Recording... focus a text field before starting if you want Quorla to insert text.",
+          "Recording... run `quorla dictation toggle` to transcribe.", "Transcribing dictation...", "Transcript ready."}},
         {DictationSource::manual, Target::named, true, true, {"Requesting microphone access in German...",
           "Recording in German... press Stop & Transcribe when you're done.", "Transcribing audio in German...",
           "Transcript ready and copied to the clipboard."}},
