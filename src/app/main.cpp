@@ -1,6 +1,8 @@
 #include "AppInfo.h"
 #include "app/AppModel.h"
 #include "app/AppServicesFactory.h"
+#include "app/CommandLine.h"
+#include "app/DoctorCommand.h"
 #include "app/TranscribeCommand.h"
 #include "app/WindowProcess.h"
 #include "app/SingleInstance.h"
@@ -15,6 +17,11 @@ int main(int argc, char *argv[])
     // The command line needs no display: decided before any GUI object exists.
     if (argc > 1 && qstrcmp(argv[1], "transcribe") == 0)
         return runTranscribeCommand(argc, argv);
+    if (argc > 1 && qstrcmp(argv[1], "doctor") == 0)
+        return runDoctorCommand(argc, argv);
+    LaunchOptions launch;
+    if (const auto status = answeredCommandLine(argc, argv, &launch))
+        return *status;
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral(QUORLA_APP_NAME));
     QApplication::setApplicationVersion(QStringLiteral(QUORLA_VERSION));
@@ -24,7 +31,7 @@ int main(int argc, char *argv[])
 
     SingleInstance instance(QStringLiteral(QUORLA_APP_ID), QDBusConnection::sessionBus());
     if (instance.claim() == SingleInstance::Role::secondary)
-        return instance.activatePrimary() ? 0 : 1;
+        return launch.background || instance.activatePrimary() ? 0 : 1;
 
     auto preferences = std::make_shared<PreferencesStore>(PreferencesStore::defaultFilePath());
     const PlatformBackends backends = makePlatformBackends(*preferences);
@@ -39,6 +46,7 @@ int main(int argc, char *argv[])
     QObject::connect(&tray, &TrayIcon::quitRequested, &app, &QApplication::quit);
 
     model.startAppServices();
-    window.show();
+    if (!launch.background)
+        window.show();
     return QApplication::exec();
 }

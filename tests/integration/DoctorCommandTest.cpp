@@ -1,0 +1,84 @@
+#include "AppInfo.h"
+#include "FakeOpenAIServer.h"
+#include "LockedCollection.h"
+#include "platform/linux/SecretServiceCredentialStore.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace {
+
+// `quorla doctor` as built, on the test desktop with its own preferences and the fake
+// service in place of OpenAI.
+struct DoctorRun {
+    QTemporaryDir home;
+    FakeOpenAIServer server;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+
+    DoctorRun()
+    {
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
+        environment.insert(QStringLiteral("QUORLA_API_BASE_URL"), server.baseURL().toString());
+        server.setReply("/v1/models", FakeOpenAIServer::json(200, R"({"data": []})"));
+    }
+    std::pair<int, QByteArray> run(const QStringList &options)
+    {
+        QProcess quorla;
+        quorla.setProcessEnvironment(environment);
+        QSignalSpy finished(&quorla, &QProcess::finished);
+        quorla.start(QStringLiteral(QUORLA_BINARY), QStringList{QStringLiteral("doctor")} + options);
+        if (!finished.wait(60000))
+            quorla.kill();
+        return {quorla.exitCode(), quorla.readAllStandardOutput()};
+    }
+};
+
+TEST(DoctorCommandTest, everythingIsWellOnTheTestDesktop)
+{
+    ASSERT_FALSE(qEnvironmentVariableIsEmpty("QUORLA_TEST_SESSION_DIR")) << "needs the headless desktop";
+    SecretServiceCredentialStore keyring;
+    ASSERT_EQ(keyring.add(QStringLiteral(QUORLA_APP_ID), QStringLiteral("openai-api-key"), "sk-doctor").outcome,
+              CredentialStore::Outcome::success);
+    const auto forget = qScopeGuard([&] { keyring.remove(QStringLiteral(QUORLA_APP_ID), QStringLiteral("openai-api-key")); });
+    QDBusMessage enable = QDBusMessage::createMethodCall(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
+                                                         QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Set"));
+    enable << QStringLiteral("org.a11y.Status") << QStringLiteral("IsEnabled") << QVariant::fromValue(QDBusVariant(true));
+    QDBusConnection::sessionBus().call(enable);
+    // Something for the virtual microphone to hear while the doctor listens.
+    QProcess tone;
+    tone.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral(
+        "sox -n -r 48000 -c 2 -b 16 -e signed -t raw - synth 20 sine 440 | pacat -d vsink --raw --rate=48000 --channels=2")});
+    const auto silence = qScopeGuard([&] { tone.kill(); tone.waitForFinished(); });
+
+    DoctorRun doctor;
+    const auto [status, output] = doctor.run({QStringLiteral("--json")});
+    const QJsonObject report = QJsonDocument::fromJson(output).object();
+    EXPECT_EQ(status, 0) << output.toStdString();
+    EXPECT_TRUE(report[u"dictationCanWork"].toBool());
+    for (const QJsonValue &check : report[u"checks"].toArray())
+        EXPECT_EQ(check[u"status"].toString(), QStringLiteral("ok")) << check[u"what"].toString().toStdString();
+    EXPECT_EQ(doctor.server.requests().value(0).headers.value("authorization"), "Bearer sk-doctor");
+    EXPECT_FALSE(output.contains("sk-doctor"));
+}
+
+TEST(DoctorCommandTest, aLockedKeyringAndNoAudioServerFailWithTheirFixes)
+{
+    const LockedCollection locked;
+    ASSERT_TRUE(locked.isLocked);
+    DoctorRun doctor;
+    // A runtime folder of its own, where no audio server runs: the desktop's stays up.
+    doctor.environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), doctor.home.path());
+    doctor.environment.insert(QStringLiteral("PULSE_SERVER"), QStringLiteral("unix:") + doctor.home.filePath(QStringLiteral("native")));
+    const auto [status, output] = doctor.run({});
+    EXPECT_EQ(status, 1);
+    const QString text = QString::fromUtf8(output);
+    EXPECT_TRUE(text.contains(QStringLiteral("fail  No audio server is reachable  \u2014 Start PipeWire"))) << output.toStdString();
+    EXPECT_TRUE(text.contains(QStringLiteral("fail  The keyring's default collection is locked  \u2014 Unlock"))) << output.toStdString();
+}
+
+} // namespace
