@@ -45,17 +45,16 @@ TEST(DoctorCommandTest, everythingIsWellOnTheTestDesktop)
     ASSERT_EQ(keyring.add(QStringLiteral(QUORLA_APP_ID), QStringLiteral("openai-api-key"), "sk-doctor").outcome,
               CredentialStore::Outcome::success);
     const auto forget = qScopeGuard([&] { keyring.remove(QStringLiteral(QUORLA_APP_ID), QStringLiteral("openai-api-key")); });
-    QDBusMessage enable = QDBusMessage::createMethodCall(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
-                                                         QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Set"));
-    enable << QStringLiteral("org.a11y.Status") << QStringLiteral("IsEnabled") << QVariant::fromValue(QDBusVariant(true));
-    QDBusConnection::sessionBus().call(enable);
+    QProcess::execute(QStringLiteral("dbus-send"), {QStringLiteral("--session"), QStringLiteral("--dest=org.a11y.Bus"),
+        QStringLiteral("/org/a11y/bus"), QStringLiteral("org.freedesktop.DBus.Properties.Set"),
+        QStringLiteral("string:org.a11y.Status"), QStringLiteral("string:IsEnabled"), QStringLiteral("variant:boolean:true")});
     // Something for the virtual microphone to hear while the doctor listens.
-    QProcess tone;
-    tone.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral(
-        "sox -n -r 48000 -c 2 -b 16 -e signed -t raw - synth 20 sine 440 | pacat -d vsink --raw --rate=48000 --channels=2")});
-    const auto silence = qScopeGuard([&] { tone.kill(); tone.waitForFinished(); });
-
     DoctorRun doctor;
+    const QString tonePath = doctor.home.filePath(QStringLiteral("tone.wav"));
+    QProcess::execute(QStringLiteral("sox"), QStringLiteral("-n -r 48000 -c 2 %1 synth 20 sine 440 vol 0.3").arg(tonePath).split(u' '));
+    QProcess tone;
+    tone.start(QStringLiteral("paplay"), {QStringLiteral("-d"), QStringLiteral("vsink"), tonePath});
+    const auto silence = qScopeGuard([&] { tone.kill(); tone.waitForFinished(); });
     const auto [status, output] = doctor.run({QStringLiteral("--json")});
     const QJsonObject report = QJsonDocument::fromJson(output).object();
     EXPECT_EQ(status, 0) << output.toStdString();

@@ -15,6 +15,8 @@ namespace {
 
 using Status = DoctorCheck::Status;
 using Outcome = CredentialStore::Outcome;
+using Type = DesktopProbe::SessionType;
+using Access = DesktopProbe::TriggerAccess;
 
 struct DoctorSetup {
     QTemporaryDir home;
@@ -53,33 +55,28 @@ TEST(DoctorTest, eachProblemGivesItsRowAndItsFix)
         QString fix;
     } cases[] = {
         {{}, Status::ok, "The service answers and accepts the API key", ""},
-        {[](auto &s) { s.desktop->sessionAnswer = {DesktopProbe::SessionType::none, {}}; },
-         Status::fail, "No graphical session", "inside your desktop session"},
-        {[](auto &s) { s.desktop->sessionAnswer.type = DesktopProbe::SessionType::wayland; },
-         Status::warn, "Wayland session; the trigger key is seen only", "Log in to an X11 session"},
-        {[](auto &s) { s.desktop->trigger = DesktopProbe::TriggerAccess::noTriggerKey; },
-         Status::fail, "Trigger Right Ctrl: this keyboard has no such key", "Choose another trigger key"},
-        {[](auto &s) { s.desktop->bus.enabled = false; },
-         Status::warn, "Accessibility is switched off", "Allow Accessibility in Quorla's Settings"},
+        {[](auto &s) { s.desktop->sessionAnswer = {}; }, Status::fail, "No graphical session", "inside your desktop"},
+        {[](auto &s) { s.desktop->sessionAnswer.type = Type::wayland; }, Status::warn, "Wayland session;", "X11 session"},
+        {[](auto &s) { s.desktop->trigger = Access::noTriggerKey; }, Status::fail, "Right Ctrl: this keyboard has no",
+         "Choose another trigger key"},
+        {[](auto &s) { s.desktop->bus.enabled = false; }, Status::warn, "Accessibility is switched off", "Allow Acc"},
         {[](auto &s) { s.desktop->synthesizesKeys = false; }, Status::warn, "No paste route", "XTEST"},
         {[](auto &s) { s.desktop->audio.reachable = false; }, Status::fail, "No audio server", "pipewire-pulse"},
-        {[](auto &s) { s.desktop->audio.defaultInput.clear(); },
-         Status::fail, "no default input", "Connect a microphone"},
+        {[](auto &s) { s.desktop->audio.defaultInput.clear(); }, Status::fail, "no default input", "Connect a mic"},
         {[](auto &s) { s.audio->peakPower = -160.0f; }, Status::warn, "silent for a second (peak -160 dBFS)", "Unmute"},
-        {[](auto &s) { s.audio->startFailure = QuorlaError(QuorlaError::Kind::recordingFailed); },
-         Status::fail, "Recording from the default input failed", "no other program holds it"},
-        {[](auto &s) { s.credentials->collection = {Outcome::interactionNotAllowed, 2}; },
-         Status::fail, "default collection is locked", "Unlock your keyring"},
-        {[](auto &s) { s.credentials->failure = CredentialStore::Result{Outcome::serviceUnavailable, 2}; },
-         Status::fail, "No Secret Service", "GNOME Keyring, KWallet or KeePassXC"},
-        {[](auto &s) { s.credentials->items.clear(); },
-         Status::fail, "No API key is stored", "save your OpenAI API key"},
-        {[](auto &s) { s.server.setReply("/v1/models", FakeOpenAIServer::json(401, "{}")); },
-         Status::fail, "The service refuses the API key (HTTP 401)", "Save a valid key"},
-        {[](auto &s) { s.writePreferences(R"({"apiBaseURL": "http://example.com"})"); },
-         Status::fail, "Service http://example.com isn't HTTPS", "http:// only on this computer"},
-        {[](auto &s) { s.writePreferences(R"({"apiBaseURL": "http://127.0.0.1:1"})"); },
-         Status::fail, "The service can't be reached", "Check the network connection"},
+        {[](auto &s) { s.audio->startFailure = QuorlaError(QuorlaError::Kind::recordingFailed); }, Status::fail,
+         "Recording from the default input failed", "no other program holds it"},
+        {[](auto &s) { s.credentials->collection = {Outcome::interactionNotAllowed, 2}; }, Status::fail,
+         "default collection is locked", "Unlock your keyring"},
+        {[](auto &s) { s.credentials->failure = CredentialStore::Result{Outcome::serviceUnavailable, 2}; }, Status::fail,
+         "No Secret Service", "GNOME Keyring, KWallet or KeePassXC"},
+        {[](auto &s) { s.credentials->items.clear(); }, Status::fail, "No API key is stored", "save your OpenAI API"},
+        {[](auto &s) { s.server.setReply("/v1/models", FakeOpenAIServer::json(401, "{}")); }, Status::fail,
+         "The service refuses the API key (HTTP 401)", "Save a valid key"},
+        {[](auto &s) { s.writePreferences(R"({"apiBaseURL": "http://example.com"})"); }, Status::fail,
+         "Service http://example.com isn't HTTPS", "http:// only on this computer"},
+        {[](auto &s) { s.writePreferences(R"({"apiBaseURL": "http://127.0.0.1:1"})"); }, Status::fail,
+         "The service can't be reached", "Check the network connection"},
         {[](auto &s) { QFile(s.preferencesPath + QStringLiteral(".corrupt")).open(QIODevice::WriteOnly); },
          Status::warn, "Unreadable preferences were set aside", "Copy what you need"},
     };
