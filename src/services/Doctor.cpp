@@ -226,9 +226,11 @@ QCoro::Task<QList<DoctorCheck>> Doctor::run()
         QByteArray value;
     };
     QFuture<DesktopProbe::Session> session = onWorkerThread([desktop] { return desktop->session(); });
-    QFuture<DesktopProbe::TriggerAccess> access = onWorkerThread([desktop, key] { return desktop->triggerAccess(key); });
+    // One thread for both X11 questions: Xlib keeps its extension records process-wide.
+    QFuture<std::pair<DesktopProbe::TriggerAccess, bool>> keys = onWorkerThread([desktop, key] {
+        return std::pair(desktop->triggerAccess(key), desktop->canSynthesizeKeys());
+    });
     QFuture<DesktopProbe::AccessibilityBus> bus = onWorkerThread([desktop] { return desktop->accessibilityBus(); });
-    QFuture<bool> canPaste = onWorkerThread([desktop] { return desktop->canSynthesizeKeys(); });
     QFuture<DesktopProbe::AudioServer> audioServer = onWorkerThread([desktop] { return desktop->audioServer(); });
     QFuture<CredentialStore::Result> collection = onWorkerThread([credentials] { return credentials->defaultCollection(); });
     QFuture<StoredKey> stored = onWorkerThread([credentials] {
@@ -241,12 +243,11 @@ QCoro::Task<QList<DoctorCheck>> Doctor::run()
 
     const DesktopProbe::Session sessionAnswer = co_await session;
     checks.append(sessionCheck(sessionAnswer));
-    const DesktopProbe::TriggerAccess accessAnswer = co_await access;
-    checks.append(triggerCheck(accessAnswer, key.displayName));
+    const std::pair<DesktopProbe::TriggerAccess, bool> keysAnswer = co_await keys;
+    checks.append(triggerCheck(keysAnswer.first, key.displayName));
     const DesktopProbe::AccessibilityBus busAnswer = co_await bus;
     checks.append(accessibilityCheck(busAnswer));
-    const bool pasteAnswer = co_await canPaste;
-    checks.append(pasteCheck(pasteAnswer));
+    checks.append(pasteCheck(keysAnswer.second));
     const DesktopProbe::AudioServer server = co_await audioServer;
     checks.append(audioServerChecks(server));
     if (server.reachable && !server.defaultInput.isEmpty()) {

@@ -8,8 +8,6 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDBusObjectPath>
-#include <QDBusVariant>
 #include <QDeadlineTimer>
 #include <QDirIterator>
 #include <QProcess>

@@ -1,10 +1,6 @@
 #pragma once
 
-#include <QDBusArgument>
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusObjectPath>
-#include <QDBusVariant>
+#include <QtDBus>
 #include <gtest/gtest.h>
 
 inline const QString secretsName = QStringLiteral("org.freedesktop.secrets");
