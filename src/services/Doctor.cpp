@@ -133,8 +133,8 @@ DoctorCheck accessibilityCheck(const DesktopProbe::AccessibilityBus &bus)
                     QStringLiteral("Install at-spi2-core, then log in again."));
     if (!bus.enabled)
         return warn(QStringLiteral("Accessibility is switched off; text will be pasted, not typed in"),
-                    QStringLiteral("Allow Accessibility in Quorla's Settings, or turn on assistive technologies in "
-                                   "your desktop's settings."));
+                    QStringLiteral("Press Grant Access next to Accessibility in Quorla's Settings, or turn on "
+                                   "assistive technologies in your desktop's settings."));
     return ok(QStringLiteral("Accessibility bus reachable and enabled"));
 }
 

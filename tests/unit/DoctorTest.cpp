@@ -56,7 +56,7 @@ TEST(DoctorTest, eachProblemGivesItsRowAndItsFix)
         {[](auto &s) { s.desktop->sessionAnswer.type = Probe::SessionType::wayland; }, Status::warn, "Wayland", "X11"},
         {[](auto &s) { s.desktop->trigger = Probe::TriggerAccess::noTriggerKey; }, Status::fail, "Right Ctrl: this keyboard has no",
          "Choose another trigger key"},
-        {[](auto &s) { s.desktop->bus.enabled = false; }, Status::warn, "Accessibility is switched off", "Allow Acc"},
+        {[](auto &s) { s.desktop->bus.enabled = false; }, Status::warn, "Accessibility is switched off", "Grant Access"},
         {[](auto &s) { s.desktop->synthesizesKeys = false; }, Status::warn, "No paste route", "XTEST"},
         {[](auto &s) { s.desktop->audio.reachable = false; }, Status::fail, "No audio server", "pipewire-pulse"},
         {[](auto &s) { s.desktop->audio.defaultInput.clear(); }, Status::fail, "no default input", "Connect a mic"},
