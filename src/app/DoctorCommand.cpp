@@ -47,10 +47,11 @@ int runDoctorCommand(int argc, char **argv)
     parser.setApplicationDescription(QStringLiteral(
         "Checks what dictation needs (session, trigger key, accessibility, microphone, keyring, API key, "
         "service) and says how to fix what is wrong. Exits with 0 when dictation can work, 1 otherwise."));
-    parser.addPositionalArgument(QStringLiteral("doctor"), QString(), QStringLiteral("doctor"));
+    parser.addPositionalArgument(QStringLiteral("doctor"), QStringLiteral("The command."), QStringLiteral("doctor"));
     const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Print the checks as JSON."));
     parser.addOption(json);
-    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help."));
+    parser.addOption(help);
     if (!parser.parse(QCoreApplication::arguments()) || parser.positionalArguments().size() != 1) {
         write(stderr, (parser.errorText().isEmpty() ? QStringLiteral("Unexpected argument.") : parser.errorText())
                           + QStringLiteral("\nTry \"quorla doctor --help\".\n"));
