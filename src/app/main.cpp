@@ -3,6 +3,8 @@
 #include "app/AppServicesFactory.h"
 #include "app/DictationCommand.h"
 #include "app/DictationControl.h"
+#include "app/CommandLine.h"
+#include "app/DoctorCommand.h"
 #include "app/TranscribeCommand.h"
 #include "app/WindowProcess.h"
 #include "app/SingleInstance.h"
@@ -19,6 +21,11 @@ int main(int argc, char *argv[])
         return runTranscribeCommand(argc, argv);
     if (argc > 1 && qstrcmp(argv[1], "dictation") == 0)
         return runDictationCommand(argc, argv);
+    if (argc > 1 && qstrcmp(argv[1], "doctor") == 0)
+        return runDoctorCommand(argc, argv);
+    LaunchOptions launch;
+    if (const auto status = answeredCommandLine(argc, argv, &launch))
+        return *status;
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral(QUORLA_APP_NAME));
     QApplication::setApplicationVersion(QStringLiteral(QUORLA_VERSION));
@@ -29,7 +36,7 @@ int main(int argc, char *argv[])
     SingleInstance instance(QStringLiteral(QUORLA_APP_ID), QDBusConnection::sessionBus());
     const SingleInstance::Role role = instance.claim();
     if (role == SingleInstance::Role::secondary)
-        return instance.activatePrimary() ? 0 : 1;
+        return launch.background || instance.activatePrimary() ? 0 : 1;
 
     auto preferences = std::make_shared<PreferencesStore>(PreferencesStore::defaultFilePath());
     const PlatformBackends backends = makePlatformBackends(*preferences);
@@ -47,6 +54,7 @@ int main(int argc, char *argv[])
     QObject::connect(&tray, &TrayIcon::quitRequested, &app, &QApplication::quit);
 
     model.startAppServices();
-    window.show();
+    if (!launch.background)
+        window.show();
     return QApplication::exec();
 }

@@ -36,4 +36,7 @@ public:
     virtual Result exists(const QString &service, const QString &account) = 0;
     // Deletes the item; itemNotFound when there was none.
     virtual Result remove(const QString &service, const QString &account) = 0;
+    // The store new items go to: success when it is open, interactionNotAllowed when it
+    // is locked, itemNotFound when there is none. Never unlocks.
+    virtual Result defaultCollection() = 0;
 };

@@ -5,6 +5,7 @@
 class Accessibility;
 class AudioCapture;
 class CredentialStore;
+class DesktopProbe;
 class InputSourceProvider;
 class KeySynthesizer;
 class KeyboardHook;
@@ -27,3 +28,7 @@ PlatformBackends makePlatformBackends(PreferencesStore &preferences);
 
 // Only the credential store, for the command line (no display needed).
 std::shared_ptr<CredentialStore> makeCredentialStore();
+
+// For `quorla doctor`: the desktop's answers, and a microphone of its own.
+std::shared_ptr<DesktopProbe> makeDesktopProbe();
+std::shared_ptr<AudioCapture> makeAudioCapture();

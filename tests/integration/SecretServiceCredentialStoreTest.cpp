@@ -1,4 +1,5 @@
 #include "AppInfo.h"
+#include "LockedCollection.h"
 #include "ModelFixture.h"
 #include "platform/linux/SecretServiceCredentialStore.h"
 #include "stores/KeychainStore.h"
@@ -7,8 +8,6 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDBusObjectPath>
-#include <QDBusVariant>
 #include <QDeadlineTimer>
 #include <QDirIterator>
 #include <QProcess>
@@ -22,7 +21,6 @@ namespace {
 
 using Outcome = CredentialStore::Outcome;
 
-const QString secretsName = QStringLiteral("org.freedesktop.secrets");
 const QString noServiceSentence = PlatformWords::linuxDesktop().credentialServiceUnavailable;
 
 // Sets an environment variable until the guard goes, however the test ends.
@@ -32,41 +30,6 @@ auto scopedEnvironment(const char *name, const QString &value)
     qputenv(name, value.toLocal8Bit());
     return qScopeGuard([name, old] { old ? qputenv(name, *old) : qunsetenv(name); });
 }
-
-QDBusMessage callKeyring(const QString &interface, const QString &method, const QVariantList &arguments)
-{
-    QDBusMessage call = QDBusMessage::createMethodCall(secretsName, QStringLiteral("/org/freedesktop/secrets"),
-                                                       interface, method);
-    call.setArguments(arguments);
-    return QDBusConnection::sessionBus().call(call);
-}
-
-// Locks the login collection for one test and unlocks it however the test ends.
-// Unlocking through the Secret Service API needs a prompt; gnome-keyring's own
-// interface takes the password the test desktop created the collection with.
-struct LockedCollection {
-    const QDBusObjectPath login{QStringLiteral("/org/freedesktop/secrets/collection/login")};
-    const bool isLocked = callKeyring(QStringLiteral("org.freedesktop.Secret.Service"), QStringLiteral("Lock"),
-                                      {QVariant::fromValue(QList<QDBusObjectPath>{login})})
-                              .type() == QDBusMessage::ReplyMessage;
-    ~LockedCollection()
-    {
-        const QDBusMessage session = callKeyring(QStringLiteral("org.freedesktop.Secret.Service"),
-                                                 QStringLiteral("OpenSession"),
-                                                 {QStringLiteral("plain"), QVariant::fromValue(QDBusVariant(QString()))});
-        QDBusArgument secret;
-        secret.beginStructure();
-        secret << qvariant_cast<QDBusObjectPath>(session.arguments().value(1)) << QByteArray()
-               << (qEnvironmentVariableIsEmpty("KEYRING_PASSWORD") ? QByteArray("ci") : qgetenv("KEYRING_PASSWORD"))
-               << QStringLiteral("text/plain");
-        secret.endStructure();
-        const QDBusMessage unlocked =
-            callKeyring(QStringLiteral("org.gnome.keyring.InternalUnsupportedGuiltRiddenInterface"),
-                        QStringLiteral("UnlockWithMasterPassword"),
-                        {QVariant::fromValue(login), QVariant::fromValue(secret)});
-        EXPECT_EQ(unlocked.type(), QDBusMessage::ReplyMessage) << "the login collection stays locked";
-    }
-};
 
 // The real gnome-keyring of the test desktop. Each test keeps its items under a
 // service name of its own and removes them afterwards.

@@ -53,7 +53,10 @@ public:
         return items.remove(service + QLatin1Char('/') + account) ? Result{} : Result{Outcome::itemNotFound, 0};
     }
 
+    Result defaultCollection() override { return failure.value_or(collection); }
+
     QHash<QString, QByteArray> items;
+    Result collection; // what defaultCollection() answers
     std::optional<Result> failure;
     QMap<Call, Result> failures;
 

@@ -1,6 +1,7 @@
 #include "platform/PlatformBackends.h"
 
 #include "platform/linux/AtSpiAccessibility.h"
+#include "platform/linux/LinuxDesktopProbe.h"
 #include "platform/linux/XkbInputSourceProvider.h"
 #include "platform/linux/SecretServiceCredentialStore.h"
 #include "platform/linux/X11KeySynthesizer.h"
@@ -16,7 +17,7 @@ PlatformBackends makePlatformBackends(PreferencesStore &preferences)
         TriggerKey::normalized(preferences.stringValue(TriggerKey::preferenceKey)));
     backends.workspace = std::make_shared<X11Workspace>();
     backends.accessibility = std::make_shared<AtSpiAccessibility>();
-    backends.audioCapture = std::make_shared<QtAudioCapture>();
+    backends.audioCapture = makeAudioCapture();
     backends.inputSource = std::make_shared<XkbInputSourceProvider>();
     backends.credentialStore = makeCredentialStore();
     backends.keySynthesizer = std::make_shared<X11KeySynthesizer>();
@@ -26,4 +27,14 @@ PlatformBackends makePlatformBackends(PreferencesStore &preferences)
 std::shared_ptr<CredentialStore> makeCredentialStore()
 {
     return std::make_shared<SecretServiceCredentialStore>();
+}
+
+std::shared_ptr<DesktopProbe> makeDesktopProbe()
+{
+    return std::make_shared<LinuxDesktopProbe>();
+}
+
+std::shared_ptr<AudioCapture> makeAudioCapture()
+{
+    return std::make_shared<QtAudioCapture>();
 }

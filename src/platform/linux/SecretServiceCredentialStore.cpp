@@ -330,3 +330,18 @@ Result SecretServiceCredentialStore::remove(const QString &service, const QStrin
         return {};
     });
 }
+
+Result SecretServiceCredentialStore::defaultCollection()
+{
+    return converse([](Conversation &conversation) -> Result {
+        QByteArray collection;
+        if (!conversation.defaultCollection(&collection))
+            return conversation.failure();
+        if (collection.isEmpty())
+            return {Outcome::itemNotFound, SECRET_ERROR_NO_SUCH_OBJECT};
+        bool locked = true;
+        if (!conversation.isCollectionLocked(collection, &locked))
+            return conversation.failure();
+        return locked ? lockedResult : Result{};
+    });
+}

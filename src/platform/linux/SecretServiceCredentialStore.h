@@ -15,4 +15,5 @@ public:
     Result copy(const QString &service, const QString &account, QByteArray *value) override;
     Result exists(const QString &service, const QString &account) override;
     Result remove(const QString &service, const QString &account) override;
+    Result defaultCollection() override;
 };

@@ -52,6 +52,34 @@ struct X11KeyboardConnection::Private {
             XCloseDisplay(display);
     }
 
+    // The display, the extensions and the trigger's keycodes; no grab yet.
+    OpenResult connect()
+    {
+        display = XOpenDisplay(nullptr);
+        if (!display)
+            return OpenResult::noDisplay;
+        int event = 0;
+        int error = 0;
+        int major = 2;
+        int minor = 2;
+        if (!XQueryExtension(display, "XInputExtension", &xiOpcode, &event, &error)
+            || XIQueryVersion(display, &major, &minor) != Success || major * 100 + minor < 202)
+            return OpenResult::noXInput2;
+        if (!hasXTest())
+            return OpenResult::noXTest;
+        resolveKeycodes();
+        return triggerKeycodes.empty() ? OpenResult::noTriggerKey : OpenResult::ok;
+    }
+
+    bool hasXTest() const
+    {
+        int event = 0;
+        int error = 0;
+        int major = 0;
+        int minor = 0;
+        return display && XTestQueryExtension(display, &event, &error, &major, &minor);
+    }
+
     void resolveKeycodes()
     {
         triggerKeycodes.clear();
@@ -235,23 +263,8 @@ X11KeyboardConnection::OpenResult X11KeyboardConnection::open(const std::vector<
     d = std::make_unique<Private>();
     d->triggerKeysyms = triggerKeysyms;
     d->acceptSynthesizedKeys = acceptSynthesizedKeys;
-    d->display = XOpenDisplay(nullptr);
-    if (!d->display)
-        return OpenResult::noDisplay;
-
-    int event = 0;
-    int error = 0;
-    int major = 2;
-    int minor = 2;
-    if (!XQueryExtension(d->display, "XInputExtension", &d->xiOpcode, &event, &error)
-        || XIQueryVersion(d->display, &major, &minor) != Success || major * 100 + minor < 202)
-        return OpenResult::noXInput2;
-    if (!XTestQueryExtension(d->display, &event, &error, &major, &minor))
-        return OpenResult::noXTest;
-
-    d->resolveKeycodes();
-    if (d->triggerKeycodes.empty())
-        return OpenResult::noTriggerKey;
+    if (const OpenResult status = d->connect(); status != OpenResult::ok)
+        return status;
     d->findXTestDevices();
 
     int screen = 0;
@@ -266,6 +279,16 @@ X11KeyboardConnection::OpenResult X11KeyboardConnection::open(const std::vector<
     d->grabTriggerKeysUnlessModifiers();
     d->selectRawKeys();
     return OpenResult::ok;
+}
+
+X11KeyboardConnection::Probe X11KeyboardConnection::probe(const std::vector<std::string> &triggerKeysyms)
+{
+    Private connection;
+    connection.triggerKeysyms = triggerKeysyms;
+    Probe probe;
+    probe.trigger = connection.connect();
+    probe.xtest = connection.hasXTest();
+    return probe;
 }
 
 void X11KeyboardConnection::waitForKeys(int wakeFd, const std::function<void(const KeyEvent &)> &onKey)

@@ -31,6 +31,12 @@ public:
     // "Control_R") that some key of the current keymap produces. Keys from the XTEST
     // devices, which is how Quorla types, are left out unless acceptSynthesizedKeys.
     OpenResult open(const std::vector<std::string> &triggerKeysyms, bool acceptSynthesizedKeys);
+    // What open() would answer, and whether XTest is there, without grabbing or watching.
+    struct Probe {
+        OpenResult trigger = OpenResult::noDisplay;
+        bool xtest = false;
+    };
+    static Probe probe(const std::vector<std::string> &triggerKeysyms);
     // Waits until keys arrive, wakeFd becomes readable or grabsInPlace changes; reports
     // each trigger and Space key in order. Call setSpaceGrabbed from onKey to act before
     // the next key is read.

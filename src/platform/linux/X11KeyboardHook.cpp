@@ -111,6 +111,11 @@ void X11KeyboardHook::install(Events events)
         throw QuorlaError::hotkeyRegistrationFailed(waylandNotice.arg(m_trigger.displayName));
 }
 
+X11KeyboardConnection::Probe X11KeyboardHook::probe(const TriggerKey &key)
+{
+    return X11KeyboardConnection::probe(keysymsFor(key.id));
+}
+
 void X11KeyboardHook::uninstall()
 {
     if (m_thread.joinable()) {

@@ -2,6 +2,7 @@
 
 #include "models/TriggerKey.h"
 #include "platform/KeyboardHook.h"
+#include "platform/linux/X11KeyboardConnection.h"
 #include "services/SpaceCaptureTracker.h"
 
 #include <QObject>
@@ -40,6 +41,8 @@ public:
     void setSpaceCaptureWanted(bool) override {}
     [[nodiscard]] QString triggerDisplayName() const override { return m_trigger.displayName; }
     void setTriggerKey(const TriggerKey &key) override;
+    // What install() would meet for this key, without grabbing anything.
+    static X11KeyboardConnection::Probe probe(const TriggerKey &key);
     // Test hook: waits until the X server has carried out the key grabs asked for so far
     // (a trigger such as Menu at install; Space once a trigger press was seen), and with
     // spaceGrabbed until Space is taken, so a key sent next meets them. False when not

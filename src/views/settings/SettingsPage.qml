@@ -12,6 +12,7 @@ DetailPage {
     subtitle: "Dictation, translation, your OpenAI key and the permissions Quorla uses."
 
     SettingsPresenter { id: settings; objectName: "settingsPresenter"; model: page.appModel }
+    SystemPresenter { id: system; objectName: "systemPresenter" }
     OnboardingPresenter { id: setup; model: page.appModel }
 
     SectionCard {
@@ -170,6 +171,60 @@ DetailPage {
     SectionCard {
         title: "Permissions"
         PermissionRowsColumn { presenter: setup }
+    }
+
+    SectionCard {
+        title: "Start and checks"
+        Switch {
+            objectName: "startAtLoginSwitch"
+            text: "Start Quorla when you log in"
+            checked: system.startsAtLogin
+            Accessible.name: text
+            onToggled: system.startsAtLogin = checked
+        }
+        InlineNotice {
+            Layout.fillWidth: true
+            visible: text.length > 0
+            text: system.startsAtLoginMessage
+        }
+        RowLayout {
+            Button {
+                objectName: "runChecksButton"
+                text: "Run checks"
+                enabled: !system.checking
+                Accessible.name: text
+                onClicked: system.runChecks()
+            }
+            Label {
+                Layout.fillWidth: true
+                text: system.checksSummary
+                color: AppTheme.secondaryText
+                wrapMode: Text.Wrap
+            }
+        }
+        Repeater {
+            model: system.checks
+            delegate: ColumnLayout {
+                required property var modelData
+                Layout.fillWidth: true
+                spacing: 2
+                RowLayout {
+                    Layout.fillWidth: true
+                    StatusPill {
+                        text: modelData.status
+                        tone: modelData.tone
+                    }
+                    Label { Layout.fillWidth: true; text: modelData.what; wrapMode: Text.Wrap }
+                }
+                Label {
+                    Layout.fillWidth: true
+                    visible: modelData.fix.length > 0
+                    text: modelData.fix
+                    color: AppTheme.secondaryText
+                    wrapMode: Text.Wrap
+                }
+            }
+        }
     }
 
     OpenAIKeyHelpSheet { id: keyHelp; saveKeyStepText: setup.saveKeyStepText }
