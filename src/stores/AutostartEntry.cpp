@@ -16,7 +16,7 @@ QString quotedArgument(QString argument)
     static const QString reserved = QStringLiteral(" \t\n\"'\\><~|&;$*?#()`");
     if (std::none_of(argument.begin(), argument.end(), [](QChar c) { return reserved.contains(c); }))
         return argument;
-    for (const QString escaped : {QStringLiteral("\\"), QStringLiteral("\""), QStringLiteral("`"), QStringLiteral("$")})
+    for (const QString &escaped : {QStringLiteral("\\"), QStringLiteral("\""), QStringLiteral("`"), QStringLiteral("$")})
         argument.replace(escaped, u'\\' + escaped);
     return u'"' + argument + u'"';
 }
