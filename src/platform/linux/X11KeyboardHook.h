@@ -2,7 +2,7 @@
 
 #include "models/TriggerKey.h"
 #include "platform/KeyboardHook.h"
-#include "services/SpaceCaptureTracker.h"
+#include "platform/SpaceCaptureTracker.h"
 
 #include <QObject>
 #include <atomic>
