@@ -19,6 +19,7 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QLocale>
+#include <QLoggingCategory>
 #include <QNetworkAccessManager>
 #include <QTimer>
 #include <cstdio>
@@ -175,6 +176,8 @@ int runTranscribeCommand(int argc, char **argv)
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral(QUORLA_APP_NAME));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUORLA_VERSION));
+    // Standard error carries only the failure's message; QT_LOGGING_RULES still turns the log on.
+    QLoggingCategory::setFilterRules(QStringLiteral("quorla.*.warning=false"));
 
     // The first argument is the command's own name.
     QStringList arguments = QCoreApplication::arguments();

@@ -10,7 +10,7 @@
 #include <QLoggingCategory>
 #include <exception>
 
-Q_LOGGING_CATEGORY(lcDictation, "quorla.dictation")
+Q_LOGGING_CATEGORY(lcDictation, "quorla.dictation", QtWarningMsg)
 
 namespace {
 

@@ -15,7 +15,7 @@
 #include <QLoggingCategory>
 #include <QNetworkRequest>
 
-Q_LOGGING_CATEGORY(lcSpeech, "quorla.speech")
+Q_LOGGING_CATEGORY(lcSpeech, "quorla.speech", QtWarningMsg)
 
 namespace {
 

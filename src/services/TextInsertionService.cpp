@@ -16,7 +16,7 @@
 
 #include <QCoro/QCoroTimer>
 
-Q_LOGGING_CATEGORY(lcInsertion, "quorla.insertion")
+Q_LOGGING_CATEGORY(lcInsertion, "quorla.insertion", QtWarningMsg)
 
 namespace {
 
