@@ -274,18 +274,23 @@ QCoro::Task<> AppModel::stopRecordingAndTranscribe()
         const std::optional<InputLanguageHint> language =
             session ? session->transcriptionLanguage : std::optional<InputLanguageHint>();
         const bool fromTrigger = session && session->source != DictationSource::manual;
-        setStatusMessage((fromTrigger ? QStringLiteral("Transcribing dictation%1...")
-                                      : QStringLiteral("Transcribing audio%1..."))
-                             .arg(statusLanguagePart(language)));
-
         const DictationRequest request = dictationRequest(recordingPath, apiKey, language);
-        const auto showStep = [this, self, &request](DictationStep step) {
+        const auto showStep = [this, self, fromTrigger, &request](DictationStep step) {
             if (!self)
                 return;
-            if (step == DictationStep::polishing)
+            switch (step) {
+            case DictationStep::transcribing:
+                setStatusMessage((fromTrigger ? QStringLiteral("Transcribing dictation%1...")
+                                              : QStringLiteral("Transcribing audio%1..."))
+                                     .arg(statusLanguagePart(request.language)));
+                break;
+            case DictationStep::polishing:
                 setStatusMessage(QStringLiteral("Cleaning up text..."));
-            else if (step == DictationStep::translating)
+                break;
+            case DictationStep::translating:
                 setStatusMessage(QStringLiteral("Translating transcript to %1...").arg(request.translationTarget->displayName));
+                break;
+            }
         };
         const QString transcript = co_await DictationPipeline(speech).run(request, showStep);
         if (modelGone())
