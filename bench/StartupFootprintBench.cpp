@@ -13,6 +13,7 @@
 #include "platform/AudioCapture.h"
 #include "platform/linux/QtAudioCapture.h"
 #include "ResidentMemory.h"
+#include "stores/PreferenceKeys.h"
 #include "stores/PreferencesStore.h"
 
 #include <QApplication>
@@ -124,8 +125,8 @@ int main(int argc, char *argv[])
 
     QTemporaryDir config;
     auto preferences = std::make_shared<PreferencesStore>(config.filePath(QStringLiteral("preferences.json")));
-    preferences->setBool(QStringLiteral("showMenuBarIcon"), true);
-    const PlatformBackends backends = makePlatformBackends(*preferences);
+    preferences->setBool(PreferenceKeys::showMenuBarIcon, true);
+    const PlatformBackends backends = makePlatformBackends(TriggerKey::normalized(preferences->stringValue(PreferenceKeys::triggerKey)));
     QNetworkAccessManager network;
     AppModel model(makeAppServices(backends, preferences, &network));
 

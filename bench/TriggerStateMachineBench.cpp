@@ -1,5 +1,5 @@
 // Cost of one trigger state machine step, and proof that it never allocates.
-#include "services/PushToTalkTriggerStateMachine.h"
+#include "models/PushToTalkTriggerStateMachine.h"
 
 #include <benchmark/benchmark.h>
 

@@ -5,22 +5,12 @@
 #include "services/GlobalPushToTalkMonitor.h"
 #include "services/ServiceAddress.h"
 #include "services/TranslationLanguageCatalog.h"
+#include "stores/PreferenceKeys.h"
 #include "stores/PreferencesStore.h"
 #include "support/PlatformError.h"
 #include "support/PlatformWords.h"
 
 #include <QPointer>
-
-namespace PreferenceKey {
-const QString shouldPolishTranscript = QStringLiteral("shouldPolishTranscript");
-const QString polishPrompt = QStringLiteral("polishPrompt");
-const QString transcriptionMode = QStringLiteral("transcriptionMode");
-const QString translationLanguageCode = QStringLiteral("translationLanguageCode");
-const QString autoCopyTranscript = QStringLiteral("autoCopyTranscript");
-const QString showMenuBarIcon = QStringLiteral("showMenuBarIcon");
-const QString typedCharacterCount = QStringLiteral("typedCharacterCount");
-const QString typedWordCount = QStringLiteral("typedWordCount");
-} // namespace PreferenceKey
 
 AppModel::AppModel(AppServices services, QObject *parent)
     : WindowModel(services.words ? *services.words : PlatformWords::current(), parent)
@@ -32,8 +22,8 @@ AppModel::AppModel(AppServices services, QObject *parent)
     readPreferences();
     m_customDictionaryEntries = loadCustomDictionaryEntries();
     auto &preferences = *m_services.preferences;
-    setTypingStatistics({preferences.integerValue(PreferenceKey::typedCharacterCount).value_or(0),
-                         preferences.integerValue(PreferenceKey::typedWordCount).value_or(0)});
+    setTypingStatistics({preferences.integerValue(PreferenceKeys::typedCharacterCount).value_or(0),
+                         preferences.integerValue(PreferenceKeys::typedWordCount).value_or(0)});
 
     loadStoredAPIKeyMetadata();
     refreshPermissions(true);
@@ -52,75 +42,71 @@ AppModel::~AppModel() = default;
 void AppModel::readPreferences()
 {
     const auto &preferences = *m_services.preferences;
-    m_shouldPolishTranscript = preferences.boolValue(PreferenceKey::shouldPolishTranscript).value_or(false);
-    m_polishPrompt = preferences.stringValue(PreferenceKey::polishPrompt).value_or(QString());
+    m_shouldPolishTranscript = preferences.boolValue(PreferenceKeys::shouldPolishTranscript).value_or(false);
+    m_polishPrompt = preferences.stringValue(PreferenceKeys::polishPrompt).value_or(QString());
     m_transcriptionMode =
-        transcriptionModeFromRawValue(preferences.stringValue(PreferenceKey::transcriptionMode).value_or(QString()));
+        transcriptionModeFromRawValue(preferences.stringValue(PreferenceKeys::transcriptionMode).value_or(QString()));
     m_translationLanguageCode =
-        TranslationLanguageCatalog::normalizedCode(preferences.stringValue(PreferenceKey::translationLanguageCode))
+        TranslationLanguageCatalog::normalizedCode(preferences.stringValue(PreferenceKeys::translationLanguageCode))
             .value_or(QString());
-    m_autoCopyTranscript = preferences.boolValue(PreferenceKey::autoCopyTranscript).value_or(true);
-    m_showMenuBarIcon = preferences.boolValue(PreferenceKey::showMenuBarIcon).value_or(false);
+    m_autoCopyTranscript = preferences.boolValue(PreferenceKeys::autoCopyTranscript).value_or(true);
+    m_showMenuBarIcon = preferences.boolValue(PreferenceKeys::showMenuBarIcon).value_or(false);
 }
 
 // ---- preferences
 
 void AppModel::setApiKeyDraft(const QString &draft)
 {
-    assign(m_apiKeyDraft, draft, &AppModel::apiKeyDraftChanged);
+    assign(m_apiKey.draft, draft, &AppModel::apiKeyDraftChanged);
 }
 
 void AppModel::setShouldPolishTranscript(bool value)
 {
     assign(m_shouldPolishTranscript, value, &AppModel::shouldPolishTranscriptChanged);
-    m_services.preferences->setBool(PreferenceKey::shouldPolishTranscript, value);
+    m_services.preferences->setBool(PreferenceKeys::shouldPolishTranscript, value);
 }
 
 void AppModel::setPolishPrompt(const QString &value)
 {
     assign(m_polishPrompt, value, &AppModel::polishPromptChanged);
     if (value.trimmed().isEmpty())
-        m_services.preferences->remove(PreferenceKey::polishPrompt);
+        m_services.preferences->remove(PreferenceKeys::polishPrompt);
     else
-        m_services.preferences->setString(PreferenceKey::polishPrompt, value);
+        m_services.preferences->setString(PreferenceKeys::polishPrompt, value);
 }
 
 void AppModel::setTranscriptionMode(TranscriptionMode value)
 {
     assign(m_transcriptionMode, value, &AppModel::transcriptionModeChanged);
-    m_services.preferences->setString(PreferenceKey::transcriptionMode, rawValue(value));
+    m_services.preferences->setString(PreferenceKeys::transcriptionMode, rawValue(value));
 }
 
 void AppModel::setAutoCopyTranscript(bool value)
 {
     assign(m_autoCopyTranscript, value, &AppModel::autoCopyTranscriptChanged);
-    m_services.preferences->setBool(PreferenceKey::autoCopyTranscript, value);
+    m_services.preferences->setBool(PreferenceKeys::autoCopyTranscript, value);
 }
 
 void AppModel::setShowMenuBarIcon(bool value)
 {
     assign(m_showMenuBarIcon, value, &AppModel::showMenuBarIconChanged);
-    m_services.preferences->setBool(PreferenceKey::showMenuBarIcon, value);
+    m_services.preferences->setBool(PreferenceKeys::showMenuBarIcon, value);
 }
 
 void AppModel::setTranslationLanguageCode(const QString &value)
 {
-    assign(m_translationLanguageCode, value, &AppModel::translationLanguageCodeChanged);
+    // Observers only ever see the canonical code.
     const QString normalized = TranslationLanguageCatalog::normalizedCode(value).value_or(QString());
-    if (normalized != value) {
-        // Setting again runs this step once more, with the canonical code.
-        setTranslationLanguageCode(normalized);
-        return;
-    }
+    assign(m_translationLanguageCode, normalized, &AppModel::translationLanguageCodeChanged);
     if (normalized.isEmpty())
-        m_services.preferences->remove(PreferenceKey::translationLanguageCode);
+        m_services.preferences->remove(PreferenceKeys::translationLanguageCode);
     else
-        m_services.preferences->setString(PreferenceKey::translationLanguageCode, normalized);
+        m_services.preferences->setString(PreferenceKeys::translationLanguageCode, normalized);
 }
 
 QString AppModel::serviceAddress() const
 {
-    return m_services.preferences->stringValue(ServiceAddress::apiBaseURLPreferenceKey()).value_or(QString());
+    return m_services.preferences->stringValue(PreferenceKeys::apiBaseURL).value_or(QString());
 }
 
 void AppModel::setServiceAddress(const QString &address)
@@ -129,9 +115,9 @@ void AppModel::setServiceAddress(const QString &address)
         return;
     // Read at every request, so the next one goes to the new address.
     if (address.trimmed().isEmpty())
-        m_services.preferences->remove(ServiceAddress::apiBaseURLPreferenceKey());
+        m_services.preferences->remove(PreferenceKeys::apiBaseURL);
     else
-        m_services.preferences->setString(ServiceAddress::apiBaseURLPreferenceKey(), address);
+        m_services.preferences->setString(PreferenceKeys::apiBaseURL, address);
     Q_EMIT serviceAddressChanged();
 }
 
@@ -233,7 +219,7 @@ void AppModel::setIsRecording(bool value)
 
 void AppModel::setHasStoredAPIKey(bool value)
 {
-    if (assign(m_hasStoredAPIKey, value, &AppModel::hasStoredAPIKeyChanged))
+    if (assign(m_apiKey.hasStoredKey, value, &AppModel::hasStoredAPIKeyChanged))
         Q_EMIT statusInputsChanged();
 }
 

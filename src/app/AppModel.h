@@ -1,10 +1,11 @@
 #pragma once
 
+#include "app/APIKeyState.h"
 #include "app/AppServices.h"
 #include "app/WindowModel.h"
 #include "models/AppUpdate.h"
 #include "models/CustomDictionaryEntry.h"
-#include "models/DictationSession.h"
+#include "app/DictationSession.h"
 #include "models/InputLanguageHint.h"
 #include "models/PermissionState.h"
 #include "models/TranscriptEntry.h"
@@ -20,6 +21,8 @@
 #include <QVariant>
 #include <exception>
 #include <optional>
+
+struct DictationRequest;
 
 // The single observable controller: preferences, the dictation session, status
 // lines, the custom dictionary, history and statistics, the API key and input
@@ -38,7 +41,7 @@ public:
     [[nodiscard]] QString triggerDisplay() const override { return m_triggerDisplay; }
 
     // ---- observable state
-    [[nodiscard]] QString apiKeyDraft() const override { return m_apiKeyDraft; }
+    [[nodiscard]] QString apiKeyDraft() const override { return m_apiKey.draft; }
     void setApiKeyDraft(const QString &draft) override;
     [[nodiscard]] QList<CustomDictionaryEntry> customDictionaryEntries() const override { return m_customDictionaryEntries; }
     [[nodiscard]] QList<TranscriptEntry> recentTranscripts() const override { return m_recentTranscripts; }
@@ -49,7 +52,7 @@ public:
     [[nodiscard]] const std::optional<QString> &errorMessage() const { return m_errorMessage; }
     [[nodiscard]] bool isBusy() const override { return m_isBusy; }
     [[nodiscard]] bool isRecording() const override { return m_isRecording; }
-    [[nodiscard]] bool hasStoredAPIKey() const override { return m_hasStoredAPIKey; }
+    [[nodiscard]] bool hasStoredAPIKey() const override { return m_apiKey.hasStoredKey; }
     [[nodiscard]] const std::optional<QString> &triggerRegistrationError() const { return m_triggerRegistrationError; }
     [[nodiscard]] bool accessibilityPermissionGranted() const override { return m_accessibilityPermissionGranted; }
     [[nodiscard]] PermissionState microphonePermissionState() const { return m_microphonePermissionState; }
@@ -99,7 +102,6 @@ public:
     void refreshPermissions(bool refreshInputLanguage) override;
     void requestAccessibilityAccess() override;
     [[nodiscard]] QString defaultStatusMessage() const override;
-    [[nodiscard]] QString recordingStatusMessage(const DictationSession &session) const;
     [[nodiscard]] bool requiresOnboarding() const override;
     void openSettingsPane(const QString &anchor) override;
 
@@ -110,12 +112,9 @@ public:
                                      bool replacementEnabled) override;
     void removeCustomDictionaryEntry(const CustomDictionaryEntry &entry) override;
     void clearCustomDictionary() override;
-    void persistCustomDictionaryEntries();
-    [[nodiscard]] QList<CustomDictionaryEntry> loadCustomDictionaryEntries() const;
 
     // ---- history and statistics
     void recordInsertedTranscript(const QString &transcript);
-    void persistTypingStatistics();
     void copyTranscript(const TranscriptEntry &entry) override;
     void clearTranscript() override;
 
@@ -124,19 +123,12 @@ public:
     void clearAPIKey() override;
     // The key for a request; throws QuorlaError::missingAPIKey or the store's error.
     QString validatedAPIKey();
-    void loadStoredAPIKeyMetadata();
 
     // ---- input language
-    void refreshCurrentInputLanguageHint();
-    void startObservingInputSourceChanges();
     void handleInputSourceChange(const QDateTime &now);
-    static std::optional<TranslationLanguage> translationLanguage(const std::optional<QString> &code);
-    static bool shouldTranslateTranscript(const std::optional<TranslationLanguage> &target,
-                                          const std::optional<InputLanguageHint> &source);
     [[nodiscard]] QString translationLanguageSummary() const override;
 
     // ---- updates
-    static QString currentAppVersion();
     QCoro::Task<> checkForAppUpdate() override;
     // "Check for Updates...": no update framework here, so a newer release opens in the browser.
     QCoro::Task<> checkForUpdatesAndOpenDownload();
@@ -182,8 +174,28 @@ private:
     void setAvailableAppUpdate(const std::optional<AppUpdate> &update);
     void setCurrentInputLanguageHint(const std::optional<InputLanguageHint> &hint);
 
+    [[nodiscard]] QString recordingStatusMessage(const DictationSession &session) const;
+    void persistCustomDictionaryEntries();
+    [[nodiscard]] QList<CustomDictionaryEntry> loadCustomDictionaryEntries() const;
+    void persistTypingStatistics();
+    void loadStoredAPIKeyMetadata();
+    void refreshCurrentInputLanguageHint();
+    void startObservingInputSourceChanges();
+    static QString currentAppVersion();
     QCoro::Task<> startRecording(DictationSource source);
     bool promoteActiveHoldSessionToToggle();
+    // What the dictation pipeline gets, taken from the settings and the dictionary now.
+    [[nodiscard]] DictationRequest dictationRequest(const QString &recordingPath, const QString &apiKey,
+                                                    const std::optional<InputLanguageHint> &language) const;
+    void rememberSavedAPIKey(const std::optional<QString> &key);
+    // Holding the trigger can make the desktop switch the input source: a switch this
+    // close to a hold's start was caused by the trigger, not by the user.
+    static constexpr qint64 triggerCausedInputSourceChangeMs = 500;
+    static bool isTriggerCausedInputSourceChange(const QDateTime &earlier, const QDateTime &later)
+    {
+        const qint64 elapsed = earlier.msecsTo(later);
+        return elapsed >= 0 && elapsed <= triggerCausedInputSourceChangeMs;
+    }
     QCoro::Task<InsertionOutcome> insertTranscriptIfNeeded(QString transcript, std::optional<DictationSession> session);
     [[nodiscard]] QString finalStatusMessage(const std::optional<DictationSession> &session,
                                              const InsertionOutcome &outcome) const;
@@ -191,7 +203,7 @@ private:
     AppServices m_services;
     QString m_triggerDisplay;
 
-    QString m_apiKeyDraft;
+    APIKeyState m_apiKey;
     QList<CustomDictionaryEntry> m_customDictionaryEntries;
     QList<TranscriptEntry> m_recentTranscripts;
     TypingStatistics m_typingStatistics;
@@ -200,7 +212,6 @@ private:
     std::optional<QString> m_errorMessage;
     bool m_isBusy = false;
     bool m_isRecording = false;
-    bool m_hasStoredAPIKey = false;
     std::optional<QString> m_triggerRegistrationError;
     bool m_accessibilityPermissionGranted = false;
     PermissionState m_microphonePermissionState = PermissionState::notDetermined;
@@ -220,5 +231,4 @@ private:
     bool m_isObservingInputSource = false;
     std::optional<QDateTime> m_lastInputSourceChangeAt;
     std::optional<QDateTime> m_lastRecordingStartedAt;
-    std::optional<QString> m_cachedAPIKey;
 };

@@ -4,32 +4,25 @@
 
 #include "models/QuorlaError.h"
 #include "stores/KeychainStore.h"
+#include "stores/PreferenceKeys.h"
 #include "stores/PreferencesStore.h"
 #include "support/PlatformWords.h"
 
-namespace PreferenceKey {
-const QString hasStoredAPIKey = QStringLiteral("hasStoredAPIKey");
-} // namespace PreferenceKey
-
 void AppModel::saveAPIKey()
 {
-    const QString key = m_apiKeyDraft.trimmed();
+    const QString key = m_apiKey.draft.trimmed();
     setErrorMessage(std::nullopt);
     auto &keychain = *m_services.keychainStore;
     try {
         if (!key.isEmpty()) {
             keychain.saveString(key, KeychainStore::apiKeyAccount());
             setApiKeyDraft(QString());
-            m_cachedAPIKey = key;
-            setHasStoredAPIKey(true);
-            m_services.preferences->setBool(PreferenceKey::hasStoredAPIKey, true);
+            rememberSavedAPIKey(key);
             setStatusMessage(m_services.words->apiKeySavedStatus);
         } else {
             keychain.deleteItem(KeychainStore::apiKeyAccount());
             setApiKeyDraft(QString());
-            m_cachedAPIKey.reset();
-            setHasStoredAPIKey(false);
-            m_services.preferences->setBool(PreferenceKey::hasStoredAPIKey, false);
+            rememberSavedAPIKey(std::nullopt);
             setStatusMessage(QStringLiteral("Saved API key removed."));
         }
     } catch (...) {
@@ -48,39 +41,37 @@ void AppModel::clearAPIKey()
         setStatusMessage(QStringLiteral("Couldn't remove the saved API key."));
         return;
     }
-    m_cachedAPIKey.reset();
-    setHasStoredAPIKey(false);
-    m_services.preferences->setBool(PreferenceKey::hasStoredAPIKey, false);
+    rememberSavedAPIKey(std::nullopt);
     setStatusMessage(QStringLiteral("Saved API key removed."));
 }
 
 QString AppModel::validatedAPIKey()
 {
-    // An unsaved key typed into the field is used as it stands.
-    const QString draft = m_apiKeyDraft.trimmed();
-    if (!draft.isEmpty())
-        return draft;
-    if (m_cachedAPIKey && !m_cachedAPIKey->isEmpty())
-        return *m_cachedAPIKey;
-
+    if (const std::optional<QString> known = m_apiKey.knownKey())
+        return *known;
     // A read failure propagates as it is; only a definite answer changes the saved state.
-    const std::optional<QString> stored = m_services.keychainStore->loadString(KeychainStore::apiKeyAccount());
-    const QString key = stored.value_or(QString()).trimmed();
-    if (!key.isEmpty()) {
-        m_cachedAPIKey = key;
-        setHasStoredAPIKey(true);
-        m_services.preferences->setBool(PreferenceKey::hasStoredAPIKey, true);
-        return key;
-    }
-    m_cachedAPIKey.reset();
-    setHasStoredAPIKey(false);
-    m_services.preferences->setBool(PreferenceKey::hasStoredAPIKey, false);
-    throw QuorlaError(QuorlaError::Kind::missingAPIKey);
+    const QString stored =
+        m_services.keychainStore->loadString(KeychainStore::apiKeyAccount()).value_or(QString()).trimmed();
+    rememberSavedAPIKey(stored.isEmpty() ? std::nullopt : std::optional(stored));
+    if (stored.isEmpty())
+        throw QuorlaError(QuorlaError::Kind::missingAPIKey);
+    return stored;
+}
+
+void AppModel::rememberSavedAPIKey(const std::optional<QString> &key)
+{
+    m_apiKey.savedKey = key;
+    // The marker is written only when the saved state really changed, so reading the
+    // key again writes nothing.
+    if (m_apiKey.hasStoredKey == key.has_value())
+        return;
+    setHasStoredAPIKey(key.has_value());
+    m_services.preferences->setBool(PreferenceKeys::hasStoredAPIKey, key.has_value());
 }
 
 void AppModel::loadStoredAPIKeyMetadata()
 {
-    const bool marker = m_services.preferences->boolValue(PreferenceKey::hasStoredAPIKey).value_or(false);
+    const bool marker = m_services.preferences->boolValue(PreferenceKeys::hasStoredAPIKey).value_or(false);
     bool exists = false;
     try {
         // Only whether the item exists: the key itself is read by the first request.
@@ -90,5 +81,5 @@ void AppModel::loadStoredAPIKeyMetadata()
         return;
     }
     setHasStoredAPIKey(marker || exists);
-    m_services.preferences->setBool(PreferenceKey::hasStoredAPIKey, marker || exists);
+    m_services.preferences->setBool(PreferenceKeys::hasStoredAPIKey, marker || exists);
 }

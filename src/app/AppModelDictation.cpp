@@ -4,13 +4,14 @@
 #include "models/CustomDictionary.h"
 #include "models/QuorlaError.h"
 #include "models/TranscriptHistory.h"
-#include "models/TranscriptionPrompt.h"
 #include "platform/Workspace.h"
 #include "services/AudioRecorder.h"
+#include "services/DictationPipeline.h"
 #include "services/GlobalPushToTalkMonitor.h"
 #include "services/InputSourceLanguageDetector.h"
 #include "services/SpeechService.h"
 #include "services/TextInserter.h"
+#include "services/TranslationLanguageCatalog.h"
 
 #include <QClipboard>
 #include <QFile>
@@ -24,8 +25,6 @@ namespace {
 constexpr double shortestSpeechSeconds = 0.22;
 constexpr double levelTestedUpToSeconds = 0.75;
 constexpr float quietestSpeechDecibels = -20.0f;
-// An input-source change this soon after the trigger was caused by the trigger itself.
-constexpr qint64 triggerCausedInputSourceChangeMs = 500;
 
 QString startFailureStatus(DictationSource source, const QString &trigger)
 {
@@ -64,23 +63,6 @@ bool isSilent(const AudioRecorder::FinishedRecording &recording)
 {
     return recording.duration <= shortestSpeechSeconds
         || (recording.duration <= levelTestedUpToSeconds && recording.maxPeakPower < quietestSpeechDecibels);
-}
-
-// Replies are trimmed here; the speech client already dropped trailing follow-up offers.
-QString cleanedReply(const QString &reply)
-{
-    const QString cleaned = reply.trimmed();
-    if (cleaned.isEmpty())
-        throw QuorlaError(QuorlaError::Kind::emptyTranscription);
-    return cleaned;
-}
-
-bool changedWithinTriggerWindow(const std::optional<QDateTime> &changedAt, const QDateTime &now)
-{
-    if (!changedAt)
-        return false;
-    const qint64 elapsed = changedAt->msecsTo(now);
-    return elapsed >= 0 && elapsed <= triggerCausedInputSourceChangeMs;
 }
 
 } // namespace
@@ -218,7 +200,8 @@ QCoro::Task<> AppModel::startRecording(DictationSource source)
         wanted = m_isCommandRecordingRequested;
     } else if (session.source == DictationSource::fnHold) {
         wanted = m_isGlobalTriggerHeld;
-        if (wanted && changedWithinTriggerWindow(m_lastInputSourceChangeAt, m_services.now())) {
+        if (wanted && m_lastInputSourceChangeAt
+            && isTriggerCausedInputSourceChange(*m_lastInputSourceChangeAt, m_services.now())) {
             // Holding the trigger switched the input source: that press was not meant as dictation.
             setStatusMessage(QStringLiteral("Input language changed. Hold %1 again to dictate.").arg(m_triggerDisplay));
             co_return;
@@ -250,6 +233,22 @@ QCoro::Task<> AppModel::startRecording(DictationSource source)
 
 // ---- finish
 
+DictationRequest AppModel::dictationRequest(const QString &recordingPath, const QString &apiKey,
+                                            const std::optional<InputLanguageHint> &language) const
+{
+    DictationRequest request;
+    request.recordingPath = recordingPath;
+    request.apiKey = apiKey;
+    request.mode = m_transcriptionMode;
+    request.language = language;
+    request.dictionaryGuidance = customDictionaryGuidance(m_customDictionaryEntries);
+    request.polish = m_shouldPolishTranscript;
+    if (!m_polishPrompt.trimmed().isEmpty())
+        request.polishPrompt = m_polishPrompt;
+    request.translationTarget = TranslationLanguageCatalog::translationLanguage(m_translationLanguageCode);
+    return request;
+}
+
 QCoro::Task<> AppModel::stopRecordingAndTranscribe()
 {
     if (m_isBusy)
@@ -277,6 +276,8 @@ QCoro::Task<> AppModel::stopRecordingAndTranscribe()
         recordingPath = recording.fileURL;
 
         if (isSilent(recording)) {
+            qCInfo(lcDictation) << "recording of" << recording.duration << "s at" << recording.maxPeakPower
+                                << "dBFS holds no speech: not sent";
             setStatusMessage(QStringLiteral("No speech detected. Try dictating again."));
             setIsBusy(false);
             co_return;
@@ -285,36 +286,27 @@ QCoro::Task<> AppModel::stopRecordingAndTranscribe()
         const std::optional<InputLanguageHint> language =
             session ? session->transcriptionLanguage : std::optional<InputLanguageHint>();
         const bool fromTrigger = session && session->source != DictationSource::manual;
-        setStatusMessage((fromTrigger ? QStringLiteral("Transcribing dictation%1...")
-                                      : QStringLiteral("Transcribing audio%1..."))
-                             .arg(statusLanguagePart(language)));
-
-        const std::optional<QString> languageCode =
-            language ? std::optional<QString>(language->code) : std::optional<QString>();
-        const std::optional<QString> prompt = transcriptionPrompt(customDictionaryGuidance(m_customDictionaryEntries));
-        QString reply = co_await speech->transcribeAudio(recordingPath, apiKey, m_transcriptionMode, languageCode, prompt);
+        const DictationRequest request = dictationRequest(recordingPath, apiKey, language);
+        const auto showStep = [this, self, fromTrigger, &request](DictationStep step) {
+            if (!self)
+                return;
+            switch (step) {
+            case DictationStep::transcribing:
+                setStatusMessage((fromTrigger ? QStringLiteral("Transcribing dictation%1...")
+                                              : QStringLiteral("Transcribing audio%1..."))
+                                     .arg(statusLanguagePart(request.language)));
+                break;
+            case DictationStep::polishing:
+                setStatusMessage(QStringLiteral("Cleaning up text..."));
+                break;
+            case DictationStep::translating:
+                setStatusMessage(QStringLiteral("Translating transcript to %1...").arg(request.translationTarget->displayName));
+                break;
+            }
+        };
+        const QString transcript = co_await DictationPipeline(speech).run(request, showStep);
         if (modelGone())
             co_return;
-        QString transcript = cleanedReply(reply);
-
-        if (m_shouldPolishTranscript) {
-            setStatusMessage(QStringLiteral("Cleaning up text..."));
-            const std::optional<QString> guidance = customDictionaryGuidance(m_customDictionaryEntries);
-            const std::optional<QString> polishPrompt = m_polishPrompt;
-            reply = co_await speech->polishTranscript(transcript, apiKey, guidance, polishPrompt);
-            if (modelGone())
-                co_return;
-            transcript = cleanedReply(reply);
-        }
-
-        const std::optional<TranslationLanguage> target = translationLanguage(m_translationLanguageCode);
-        if (shouldTranslateTranscript(target, language)) {
-            setStatusMessage(QStringLiteral("Translating transcript to %1...").arg(target->displayName));
-            reply = co_await speech->translateTranscript(transcript, apiKey, *target, language);
-            if (modelGone())
-                co_return;
-            transcript = cleanedReply(reply);
-        }
 
         setRecentTranscripts(updatedTranscriptHistory(m_recentTranscripts, transcript, m_services.now()));
 
@@ -323,6 +315,10 @@ QCoro::Task<> AppModel::stopRecordingAndTranscribe()
             co_return;
         if (outcome.kind == InsertionOutcome::Kind::inserted)
             recordInsertedTranscript(transcript);
+        qCInfo(lcDictation) << "insertion:"
+                            << (outcome.kind == InsertionOutcome::Kind::inserted          ? "done"
+                                : outcome.kind == InsertionOutcome::Kind::insertionFailed ? "failed"
+                                                                                          : "no target");
 
         // After insertion, so the clipboard ends up holding the transcript.
         if (m_autoCopyTranscript) {

@@ -2,6 +2,7 @@
 #include "AppModel.h"
 
 #include "models/TranscriptHistory.h"
+#include "stores/PreferenceKeys.h"
 #include "stores/PreferencesStore.h"
 
 #include <QClipboard>
@@ -15,8 +16,8 @@ void AppModel::recordInsertedTranscript(const QString &transcript)
 
 void AppModel::persistTypingStatistics()
 {
-    m_services.preferences->setInteger(QStringLiteral("typedCharacterCount"), m_typingStatistics.typedCharacterCount);
-    m_services.preferences->setInteger(QStringLiteral("typedWordCount"), m_typingStatistics.typedWordCount);
+    m_services.preferences->setInteger(PreferenceKeys::typedCharacterCount, m_typingStatistics.typedCharacterCount);
+    m_services.preferences->setInteger(PreferenceKeys::typedWordCount, m_typingStatistics.typedWordCount);
 }
 
 void AppModel::copyTranscript(const TranscriptEntry &entry)

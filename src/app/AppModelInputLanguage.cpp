@@ -6,7 +6,6 @@
 #include "services/TranslationLanguageCatalog.h"
 
 #include <QPointer>
-#include <QRegularExpression>
 
 void AppModel::refreshCurrentInputLanguageHint()
 {
@@ -39,8 +38,7 @@ void AppModel::handleInputSourceChange(const QDateTime &now)
         return;
     if (!m_lastRecordingStartedAt)
         return;
-    const qint64 elapsed = m_lastRecordingStartedAt->msecsTo(now);
-    if (elapsed < 0 || elapsed > 500)
+    if (!isTriggerCausedInputSourceChange(*m_lastRecordingStartedAt, now))
         return;
     // Holding the trigger switched the input source: that press was not meant as dictation.
     m_services.audioRecorder->cancelRecording();
@@ -50,36 +48,9 @@ void AppModel::handleInputSourceChange(const QDateTime &now)
     setStatusMessage(QStringLiteral("Input language changed. Hold %1 again to dictate.").arg(m_triggerDisplay));
 }
 
-std::optional<TranslationLanguage> AppModel::translationLanguage(const std::optional<QString> &code)
-{
-    const auto normalized = TranslationLanguageCatalog::normalizedCode(code);
-    if (!normalized)
-        return std::nullopt;
-    const auto &byCode = TranslationLanguageCatalog::languagesByCode();
-    const auto found = byCode.constFind(*normalized);
-    return found == byCode.constEnd() ? std::nullopt : std::optional(*found);
-}
-
-bool AppModel::shouldTranslateTranscript(const std::optional<TranslationLanguage> &target,
-                                         const std::optional<InputLanguageHint> &source)
-{
-    static const QRegularExpression twoLetters(QStringLiteral("^[a-z]{2}$"));
-    if (!target)
-        return false;
-    const QString targetCode = target->code.trimmed().toLower();
-    if (!twoLetters.match(targetCode).hasMatch())
-        return false;
-    if (!source)
-        return true;
-    const QString sourceCode = source->code.trimmed().toLower();
-    if (!twoLetters.match(sourceCode).hasMatch())
-        return true;
-    return targetCode != sourceCode;
-}
-
 QString AppModel::translationLanguageSummary() const
 {
-    if (const auto language = translationLanguage(m_translationLanguageCode))
+    if (const auto language = TranslationLanguageCatalog::translationLanguage(m_translationLanguageCode))
         return QStringLiteral("Translate each finished transcript to %1 before inserting, copying, and saving. "
                               "Quorla skips translation when the detected dictation language already matches.")
             .arg(language->displayName);

@@ -25,7 +25,7 @@ void AppModel::requestAccessibilityAccess()
 QString AppModel::defaultStatusMessage() const
 {
     const QString &trigger = m_triggerDisplay;
-    if (!m_hasStoredAPIKey)
+    if (!m_apiKey.hasStoredKey)
         return QStringLiteral("Save your OpenAI API key, then focus a text field and hold %1 or press %1 + Space.")
             .arg(trigger);
     if (m_triggerRegistrationError && !m_triggerRegistrationError->isEmpty())
@@ -67,7 +67,7 @@ QString AppModel::recordingStatusMessage(const DictationSession &session) const
 
 bool AppModel::requiresOnboarding() const
 {
-    return !m_hasStoredAPIKey || m_microphonePermissionState == PermissionState::denied
+    return !m_apiKey.hasStoredKey || m_microphonePermissionState == PermissionState::denied
         || m_triggerRegistrationError.has_value();
 }
 

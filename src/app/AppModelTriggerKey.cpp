@@ -2,11 +2,12 @@
 
 #include "models/TriggerKey.h"
 #include "services/GlobalPushToTalkMonitor.h"
+#include "stores/PreferenceKeys.h"
 #include "stores/PreferencesStore.h"
 
 QString AppModel::triggerKey() const
 {
-    return TriggerKey::normalized(m_services.preferences->stringValue(TriggerKey::preferenceKey)).id;
+    return TriggerKey::normalized(m_services.preferences->stringValue(PreferenceKeys::triggerKey)).id;
 }
 
 void AppModel::setTriggerKey(const QString &id)
@@ -14,9 +15,9 @@ void AppModel::setTriggerKey(const QString &id)
     const QString previousId = triggerKey();
     const std::optional<TriggerKey> chosen = TriggerKey::withId(id);
     if (chosen)
-        m_services.preferences->setString(TriggerKey::preferenceKey, chosen->id);
+        m_services.preferences->setString(PreferenceKeys::triggerKey, chosen->id);
     else
-        m_services.preferences->remove(TriggerKey::preferenceKey);
+        m_services.preferences->remove(PreferenceKeys::triggerKey);
     const TriggerKey key = chosen.value_or(TriggerKey::defaultKey());
 
     auto &monitor = *m_services.pushToTalkMonitor;

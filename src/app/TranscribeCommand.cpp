@@ -1,24 +1,25 @@
 #include "TranscribeCommand.h"
 
 #include "AppInfo.h"
-#include "app/AppModel.h"
 #include "models/CustomDictionary.h"
 #include "models/QuorlaError.h"
-#include "models/TranscriptionPrompt.h"
 #include "platform/PlatformBackends.h"
-#include "services/FollowUpPhrases.h"
+#include "services/DictationPipeline.h"
+#include "services/InputSourceLanguageDetector.h"
 #include "services/OpenAIClient.h"
 #include "services/ServiceAddress.h"
+#include "services/TranslationLanguageCatalog.h"
+#include "stores/CustomDictionaryStorage.h"
 #include "stores/KeychainStore.h"
+#include "stores/PreferenceKeys.h"
 #include "stores/PreferencesStore.h"
 #include "support/PlatformError.h"
 #include "support/PlatformWords.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QLocale>
+#include <QLoggingCategory>
 #include <QNetworkAccessManager>
 #include <QTimer>
 #include <cstdio>
@@ -44,36 +45,6 @@ void writeLine(FILE *stream, const QString &text)
     std::fflush(stream);
 }
 
-// The dictionary as the window stores it: the encoded entries, else the older term list.
-QList<CustomDictionaryEntry> storedCustomDictionaryEntries(const PreferencesStore &preferences)
-{
-    QList<CustomDictionaryEntry> entries;
-    if (const auto data = preferences.dataValue(QStringLiteral("customDictionaryEntries"))) {
-        const QJsonDocument document = QJsonDocument::fromJson(*data);
-        bool decodes = document.isArray();
-        for (const QJsonValue &value : document.array()) {
-            const QJsonValue term = value.toObject().value(u"term");
-            const QJsonValue replacement = value.toObject().value(u"replacement");
-            if (!term.isString() || !(replacement.isString() || replacement.isUndefined() || replacement.isNull())) {
-                decodes = false;
-                break;
-            }
-            entries.append({term.toString(),
-                            replacement.isString() ? std::optional(replacement.toString()) : std::nullopt});
-        }
-        if (decodes)
-            return cleanedCustomDictionaryEntries(entries);
-        entries.clear();
-    }
-    const QStringList terms =
-        preferences.stringListValue(QStringLiteral("customDictionaryTerms")).value_or(QStringList());
-    for (const QString &term : terms) {
-        if (const auto normalized = normalizedCustomDictionaryText(term))
-            entries.append({*normalized, std::nullopt});
-    }
-    return cleanedCustomDictionaryEntries(entries);
-}
-
 // The environment's key wins, as with other command-line tools; else the stored one.
 QString commandLineAPIKey()
 {
@@ -87,49 +58,36 @@ QString commandLineAPIKey()
     return storedKey;
 }
 
-QString cleaned(const QString &text)
+// The same request a dictation from the window would send: the stored settings, with
+// the command line's options in their place; --language is the speech language.
+DictationRequest dictationRequest(const TranscribeOptions &options, const PreferencesStore &preferences,
+                                  const QString &apiKey)
 {
-    return normalizedWithoutFollowUpPhrases(text.trimmed());
+    DictationRequest request;
+    request.recordingPath = options.filePath;
+    request.apiKey = apiKey;
+    request.mode = options.mode.value_or(transcriptionModeFromRawValue(
+        preferences.stringValue(PreferenceKeys::transcriptionMode).value_or(QString())));
+    if (options.languageCode)
+        request.language = InputSourceLanguageDetector::makeLanguageHint(*options.languageCode, QLocale());
+    request.dictionaryGuidance = customDictionaryGuidance(loadedCustomDictionaryEntries(preferences));
+    request.polish = options.polish.value_or(preferences.boolValue(PreferenceKeys::shouldPolishTranscript).value_or(false));
+    const QString polishPrompt = preferences.stringValue(PreferenceKeys::polishPrompt).value_or(QString());
+    if (!polishPrompt.trimmed().isEmpty())
+        request.polishPrompt = polishPrompt;
+    request.translationTarget = TranslationLanguageCatalog::translationLanguage(
+        options.translateTo ? options.translateTo : preferences.stringValue(PreferenceKeys::translationLanguageCode));
+    return request;
 }
 
-// The steps of a finished dictation, from the file to the final text.
 QCoro::Task<QString> transcribeFile(TranscribeOptions options, QNetworkAccessManager *network)
 {
     const PreferencesStore preferences(PreferencesStore::defaultFilePath());
     const QString apiKey = commandLineAPIKey();
-    OpenAIClient client(network, ServiceAddress::configuredAPIBaseURL(preferences));
-
-    const TranscriptionMode mode = options.mode.value_or(transcriptionModeFromRawValue(
-        preferences.stringValue(QStringLiteral("transcriptionMode")).value_or(QString())));
-    // Arguments of each request are named values: GCC 12 corrupts the heap when a
-    // conditional operator makes a temporary inside a co_await'ed call's arguments.
-    const std::optional<QString> guidance = customDictionaryGuidance(storedCustomDictionaryEntries(preferences));
-    const std::optional<QString> prompt = transcriptionPrompt(guidance);
-    const QString transcribed = co_await client.transcribeAudio(options.filePath, apiKey, mode, options.languageCode, prompt);
-    QString transcript = cleaned(transcribed);
-
-    const bool polish =
-        options.polish.value_or(preferences.boolValue(QStringLiteral("shouldPolishTranscript")).value_or(false));
-    if (polish) {
-        const QString polishPrompt = preferences.stringValue(QStringLiteral("polishPrompt")).value_or(QString());
-        const std::optional<QString> customPrompt =
-            polishPrompt.trimmed().isEmpty() ? std::nullopt : std::optional(polishPrompt);
-        const QString polished = co_await client.polishTranscript(transcript, apiKey, guidance, customPrompt);
-        transcript = cleaned(polished);
-    }
-
-    const std::optional<QString> targetCode =
-        options.translateTo ? options.translateTo : preferences.stringValue(QStringLiteral("translationLanguageCode"));
-    const std::optional<TranslationLanguage> target = AppModel::translationLanguage(targetCode);
-    std::optional<InputLanguageHint> spoken;
-    if (options.languageCode)
-        spoken = InputLanguageHint{*options.languageCode, QString()};
-    if (AppModel::shouldTranslateTranscript(target, spoken)) {
-        const std::optional<InputLanguageHint> noHint;
-        const QString translated = co_await client.translateTranscript(transcript, apiKey, *target, noHint);
-        transcript = cleaned(translated);
-    }
-    co_return transcript;
+    const DictationPipeline pipeline(
+        std::make_shared<OpenAIClient>(network, ServiceAddress::configuredAPIBaseURL(preferences)));
+    const QString text = co_await pipeline.run(dictationRequest(options, preferences, apiKey));
+    co_return text;
 }
 
 // Reads the options; on a mistake writes it to standard error and returns absent.
@@ -186,7 +144,7 @@ std::optional<TranscribeOptions> parsedOptions(const QStringList &arguments, int
         options.polish = parser.isSet(polish);
     if (parser.isSet(translateTo)) {
         options.translateTo = parser.value(translateTo);
-        if (!AppModel::translationLanguage(options.translateTo))
+        if (!TranslationLanguageCatalog::translationLanguage(options.translateTo))
             return usageError(QStringLiteral("\"%1\" is not a language Quorla can translate to.")
                                   .arg(*options.translateTo));
     }
@@ -218,6 +176,8 @@ int runTranscribeCommand(int argc, char **argv)
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral(QUORLA_APP_NAME));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUORLA_VERSION));
+    // Standard error carries only the failure's message; QT_LOGGING_RULES still turns the log on.
+    QLoggingCategory::setFilterRules(QStringLiteral("quorla.*.warning=false"));
 
     // The first argument is the command's own name.
     QStringList arguments = QCoreApplication::arguments();

@@ -9,6 +9,7 @@
 #include "app/WindowProcess.h"
 #include "app/SingleInstance.h"
 #include "app/TrayIcon.h"
+#include "stores/PreferenceKeys.h"
 #include "stores/PreferencesStore.h"
 
 #include <QApplication>
@@ -39,7 +40,7 @@ int main(int argc, char *argv[])
         return launch.background || instance.activatePrimary() ? 0 : 1;
 
     auto preferences = std::make_shared<PreferencesStore>(PreferencesStore::defaultFilePath());
-    const PlatformBackends backends = makePlatformBackends(*preferences);
+    const PlatformBackends backends = makePlatformBackends(TriggerKey::normalized(preferences->stringValue(PreferenceKeys::triggerKey)));
     QNetworkAccessManager network;
     network.setTransferTimeout(60000);
     AppModel model(makeAppServices(backends, preferences, &network));

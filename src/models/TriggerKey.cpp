@@ -1,7 +1,5 @@
 #include "TriggerKey.h"
 
-const QString TriggerKey::preferenceKey = QStringLiteral("triggerKey");
-
 const QList<TriggerKey> &TriggerKey::all()
 {
     static const QList<TriggerKey> keys{

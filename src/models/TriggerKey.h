@@ -10,8 +10,6 @@ struct TriggerKey {
     QString id;
     QString displayName;
 
-    static const QString preferenceKey;
-
     // Every choice, in the order a settings list shows them; the first is the default.
     static const QList<TriggerKey> &all();
     static const TriggerKey &defaultKey();

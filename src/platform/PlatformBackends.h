@@ -1,5 +1,7 @@
 #pragma once
 
+#include "models/TriggerKey.h"
+
 #include <memory>
 
 class Accessibility;
@@ -9,7 +11,6 @@ class DesktopProbe;
 class InputSourceProvider;
 class KeySynthesizer;
 class KeyboardHook;
-class PreferencesStore;
 class Workspace;
 
 // One implementation of every platform seam, chosen once at start-up.
@@ -23,8 +24,8 @@ struct PlatformBackends {
     std::shared_ptr<KeySynthesizer> keySynthesizer;
 };
 
-// The backends of the platform this build runs on.
-PlatformBackends makePlatformBackends(PreferencesStore &preferences);
+// The backends of the platform this build runs on, the keyboard hook watching `trigger`.
+PlatformBackends makePlatformBackends(const TriggerKey &trigger);
 
 // Only the credential store, for the command line (no display needed).
 std::shared_ptr<CredentialStore> makeCredentialStore();

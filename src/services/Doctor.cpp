@@ -7,6 +7,7 @@
 #include "platform/DesktopProbe.h"
 #include "services/ServiceAddress.h"
 #include "stores/KeychainStore.h"
+#include "stores/PreferenceKeys.h"
 #include "stores/PreferencesStore.h"
 
 #include <QCoro/QCoroFuture>
@@ -216,8 +217,8 @@ QCoro::Task<QList<DoctorCheck>> Doctor::run()
     QList<DoctorCheck> checks = preferencesChecks(m_options.preferencesPath);
     const PreferencesStore preferences(m_options.preferencesPath);
     checks.append(setAsidePreferencesChecks(m_options.preferencesPath));
-    const TriggerKey key = TriggerKey::normalized(preferences.stringValue(TriggerKey::preferenceKey));
-    const std::optional<QString> preferenceAddress = preferences.stringValue(ServiceAddress::apiBaseURLPreferenceKey());
+    const TriggerKey key = TriggerKey::normalized(preferences.stringValue(PreferenceKeys::triggerKey));
+    const std::optional<QString> preferenceAddress = preferences.stringValue(PreferenceKeys::apiBaseURL);
 
     const std::shared_ptr<DesktopProbe> desktop = m_backends.desktop;
     const std::shared_ptr<CredentialStore> credentials = m_backends.credentials;

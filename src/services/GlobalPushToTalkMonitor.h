@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/ApplicationHandle.h"
-#include "services/PushToTalkTriggerStateMachine.h"
+#include "models/PushToTalkTriggerStateMachine.h"
 
 #include <QObject>
 #include <QString>

@@ -12,9 +12,21 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QLoggingCategory>
 #include <QNetworkRequest>
 
+Q_LOGGING_CATEGORY(lcSpeech, "quorla.speech", QtWarningMsg)
+
 namespace {
+
+// One line per request: which pass, the HTTP status (or that the reply was not HTTP).
+void logReply(const char *pass, const HttpReply &reply)
+{
+    if (reply.statusCode)
+        qCInfo(lcSpeech) << pass << "request: HTTP" << *reply.statusCode << "," << reply.body.size() << "bytes";
+    else
+        qCWarning(lcSpeech) << pass << "request: the reply was not HTTP";
+}
 
 PlatformError decodingError()
 {
@@ -127,10 +139,13 @@ QCoro::Task<QString> OpenAIClient::transcribeAudio(QString filePath, QString api
 
     const QByteArray verb("POST");
     const HttpReply reply = co_await sendHttpRequest(m_network, request, verb, form.body());
+    logReply("transcription", reply);
     validateOpenAIReply(reply);
     const QString text = decodedTranscriptionText(reply.body).trimmed();
-    if (text.isEmpty())
+    if (text.isEmpty()) {
+        qCWarning(lcSpeech) << "transcription reply holds no text";
         throw QuorlaError(QuorlaError::Kind::emptyTranscription);
+    }
     // No second emptiness test: a reply that was only a follow-up offer yields "".
     co_return normalizedWithoutFollowUpPhrases(text);
 }
@@ -161,6 +176,7 @@ QCoro::Task<QString> OpenAIClient::completeChat(QString model, QString instructi
     const QByteArray body = chatCompletionBody(model, instructions, transcript);
     const QByteArray verb("POST");
     const HttpReply reply = co_await sendHttpRequest(m_network, request, verb, body);
+    logReply(qPrintable(model), reply);
     validateOpenAIReply(reply);
     if (const auto content = decodedChatContent(reply.body)) {
         const QString trimmed = content->trimmed();
@@ -171,6 +187,7 @@ QCoro::Task<QString> OpenAIClient::completeChat(QString model, QString instructi
         }
     }
     // An empty answer never fails a pass: the input goes on, cleaned.
+    qCInfo(lcSpeech) << "chat reply empty or only a follow-up offer: keeping the input";
     co_return normalizedWithoutFollowUpPhrases(transcript.trimmed());
 }
 

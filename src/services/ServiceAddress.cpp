@@ -1,5 +1,6 @@
 #include "ServiceAddress.h"
 
+#include "stores/PreferenceKeys.h"
 #include "stores/PreferencesStore.h"
 
 #include <QHostAddress>
@@ -36,11 +37,6 @@ bool isLoopbackHost(const QString &host)
 
 } // namespace
 
-QString apiBaseURLPreferenceKey()
-{
-    return QStringLiteral("apiBaseURL");
-}
-
 QUrl defaultAPIBaseURL()
 {
     return QUrl(QStringLiteral("https://api.openai.com"));
@@ -73,12 +69,12 @@ std::optional<QUrl> environmentAPIBaseURL()
 
 QUrl configuredAPIBaseURL(const PreferencesStore &preferences)
 {
-    return normalizedAPIBaseURL(environmentValue(), preferences.stringValue(apiBaseURLPreferenceKey()));
+    return normalizedAPIBaseURL(environmentValue(), preferences.stringValue(PreferenceKeys::apiBaseURL));
 }
 
 QUrl configuredLatestReleaseURL(const PreferencesStore &preferences)
 {
-    return normalizedLatestReleaseURL(preferences.stringValue(QStringLiteral("latestReleaseURL")));
+    return normalizedLatestReleaseURL(preferences.stringValue(PreferenceKeys::latestReleaseURL));
 }
 
 QUrl endpointURL(const QUrl &baseURL, const QString &path)

@@ -10,9 +10,6 @@ class PreferencesStore;
 // user can point Quorla at any OpenAI-compatible server.
 namespace ServiceAddress {
 
-// The preference that holds the API base address a user typed.
-QString apiBaseURLPreferenceKey();
-
 QUrl defaultAPIBaseURL();
 QUrl defaultLatestReleaseURL();
 

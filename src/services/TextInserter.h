@@ -1,6 +1,6 @@
 #pragma once
 
-#include "models/TextInsertionTarget.h"
+#include "services/TextInsertionTarget.h"
 
 #include <QCoro/QCoroTask>
 #include <QString>

@@ -8,12 +8,15 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QLoggingCategory>
 #include <QMimeData>
 #include <QTimer>
 
 #include <algorithm>
 
 #include <QCoro/QCoroTimer>
+
+Q_LOGGING_CATEGORY(lcInsertion, "quorla.insertion", QtWarningMsg)
 
 namespace {
 
@@ -83,13 +86,19 @@ TextInsertionService::TextInsertionService(std::shared_ptr<Accessibility> access
 QCoro::Task<void> TextInsertionService::insert(QString text, TextInsertionTarget target, bool restoreClipboard,
                                                bool replaceTriggerSpace)
 {
-    if (!m_accessibility->isProcessTrusted())
+    if (!m_accessibility->isProcessTrusted()) {
+        qCWarning(lcInsertion) << "not inserted: accessibility is not granted";
         throw QuorlaError(QuorlaError::Kind::accessibilityPermissionDenied);
+    }
     const ApplicationHandlePtr application = target.application;
-    if (!application || application->processIdentifier() == 0)
+    if (!application || application->processIdentifier() == 0) {
+        qCWarning(lcInsertion) << "not inserted: the target has quit";
         throw QuorlaError::textInsertionFailed(QStringLiteral("The target app is no longer running."));
-    if (!application->activate())
+    }
+    if (!application->activate()) {
+        qCWarning(lcInsertion) << "not inserted: the target could not be brought to the front";
         throw QuorlaError::textInsertionFailed(bringToFrontMessage(*application));
+    }
     co_await sleepPrecisely(m_timings.activationSettle);
 
     bool deleteTriggerSpace = false;
@@ -101,8 +110,13 @@ QCoro::Task<void> TextInsertionService::insert(QString text, TextInsertionTarget
             const std::optional<TextRange> selected = element->selectedRange();
             deleteTriggerSpace = value && selected && hasTriggerSpaceBeforeSelection(*value, *selected);
         }
-        if (replaceSelection(text, *element, replaceTriggerSpace))
+        if (replaceSelection(text, *element, replaceTriggerSpace)) {
+            qCInfo(lcInsertion) << "inserted through accessibility";
             co_return;
+        }
+        qCInfo(lcInsertion) << "focused element takes no text through accessibility: pasting";
+    } else {
+        qCInfo(lcInsertion) << "no focused accessible element: pasting";
     }
     co_await paste(std::move(text), application, restoreClipboard, deleteTriggerSpace, terminal);
 }
@@ -134,13 +148,19 @@ QCoro::Task<void> TextInsertionService::paste(QString text, ApplicationHandlePtr
                                    : KeySynthesizer::PasteShortcut::controlV;
     if (!m_keys->sendPasteShortcut(shortcut))
         throw QuorlaError::textInsertionFailed(QStringLiteral("Couldn't synthesize the paste shortcut."));
+    qCInfo(lcInsertion) << "pasted with" << (terminal ? "Ctrl+Shift+V" : "Ctrl+V")
+                        << (deleteTriggerSpace ? "after removing the trigger space" : "");
 
     if (!snapshot)
         co_return;
     co_await sleepPrecisely(m_timings.clipboardRestoreDelay);
     clipboard = QGuiApplication::clipboard();
-    if (holdsTranscript(*clipboard, text))
+    if (holdsTranscript(*clipboard, text)) {
         snapshot->restore(*clipboard);
+        qCInfo(lcInsertion) << "clipboard restored";
+    } else {
+        qCInfo(lcInsertion) << "clipboard changed meanwhile: not restored";
+    }
 }
 
 QCoro::Task<void> TextInsertionService::waitForModifiersReleased()

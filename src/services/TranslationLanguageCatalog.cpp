@@ -2,6 +2,7 @@
 
 #include <QCollator>
 #include <QLocale>
+#include <QRegularExpression>
 #include <QSet>
 #include <algorithm>
 
@@ -66,6 +67,33 @@ std::optional<QString> normalizedCode(const std::optional<QString> &code)
     if (candidate.isEmpty() || !languagesByCode().contains(candidate))
         return std::nullopt;
     return candidate;
+}
+
+std::optional<TranslationLanguage> translationLanguage(const std::optional<QString> &code)
+{
+    const auto normalized = normalizedCode(code);
+    if (!normalized)
+        return std::nullopt;
+    const auto &byCode = languagesByCode();
+    const auto found = byCode.constFind(*normalized);
+    return found == byCode.constEnd() ? std::nullopt : std::optional(*found);
+}
+
+bool shouldTranslateTranscript(const std::optional<TranslationLanguage> &target,
+                               const std::optional<InputLanguageHint> &source)
+{
+    static const QRegularExpression twoLetters(QStringLiteral("^[a-z]{2}$"));
+    if (!target)
+        return false;
+    const QString targetCode = target->code.trimmed().toLower();
+    if (!twoLetters.match(targetCode).hasMatch())
+        return false;
+    if (!source)
+        return true;
+    const QString sourceCode = source->code.trimmed().toLower();
+    if (!twoLetters.match(sourceCode).hasMatch())
+        return true;
+    return targetCode != sourceCode;
 }
 
 } // namespace TranslationLanguageCatalog

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "models/InputLanguageHint.h"
 #include "models/TranslationLanguage.h"
 
 #include <QHash>
@@ -16,6 +17,14 @@ const QHash<QString, TranslationLanguage> &languagesByCode();
 
 // The canonical stored form of a code, or absent when it is not a catalog language.
 std::optional<QString> normalizedCode(const std::optional<QString> &code);
+
+// The catalog language of a stored or typed code; absent for none or an unknown one.
+std::optional<TranslationLanguage> translationLanguage(const std::optional<QString> &code);
+
+// Whether a transcript spoken in `source` must be translated into `target`: only into a
+// two-letter language, and not when the speech is known to be in it already.
+bool shouldTranslateTranscript(const std::optional<TranslationLanguage> &target,
+                               const std::optional<InputLanguageHint> &source);
 
 // Display order: names compared localized and case-insensitively, ties by code.
 QList<TranslationLanguage> sortedForDisplay(QList<TranslationLanguage> languages);

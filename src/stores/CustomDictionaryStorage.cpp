@@ -1,6 +1,7 @@
 #include "CustomDictionaryStorage.h"
 
 #include "models/CustomDictionary.h"
+#include "stores/PreferenceKeys.h"
 #include "stores/PreferencesStore.h"
 
 #include <QJsonArray>
@@ -9,8 +10,8 @@
 #include <QStringList>
 
 namespace {
-const QString entriesKey = QStringLiteral("customDictionaryEntries");
-const QString termsKey = QStringLiteral("customDictionaryTerms");
+const QString &entriesKey = PreferenceKeys::customDictionaryEntries;
+const QString &termsKey = PreferenceKeys::customDictionaryTerms;
 const QString termField = QStringLiteral("term");
 const QString replacementField = QStringLiteral("replacement");
 } // namespace

@@ -5,54 +5,39 @@
 #include <QStringList>
 #include <functional>
 
-// Answers each pass with a scripted reply (or error) and records the calls.
+// Answers each pass with a scripted reply (or error) and logs every request as one
+// line: "transcribe KEY MODE LANGUAGE [prompt]", "polish 'TEXT' GUIDANCE PROMPT",
+// "translate 'TEXT' TARGET from SOURCE NAME"; "-" stands for absent.
 // Replies are returned as copies: QCoro's co_return moves from a non-const lvalue.
 class FakeSpeechService : public SpeechService
 {
 public:
-    struct TranscribeCall {
-        QString filePath;
-        QString apiKey;
-        TranscriptionMode mode;
-        std::optional<QString> languageCode;
-        std::optional<QString> prompt;
-    };
-
-    QCoro::Task<QString> transcribeAudio(QString filePath, QString apiKey, TranscriptionMode mode,
-                                         std::optional<QString> languageCode, std::optional<QString> prompt) override
+    QCoro::Task<QString> transcribeAudio(QString, QString key, TranscriptionMode mode, std::optional<QString> language,
+                                         std::optional<QString> prompt) override
     {
-        transcribeCalls.append({filePath, apiKey, mode, languageCode, prompt});
+        requests.append(QStringList{"transcribe", key, rawValue(mode), language.value_or("-")}.join(' ')
+                        + (prompt ? " [prompt]" : ""));
         if (transcribeReply)
             co_return co_await transcribeReply();
         co_return QString(transcript);
     }
-    QCoro::Task<QString> polishTranscript(QString text, QString, std::optional<QString> dictionaryGuidance,
-                                          std::optional<QString> customPrompt) override
+    QCoro::Task<QString> polishTranscript(QString text, QString, std::optional<QString> guidance,
+                                          std::optional<QString> prompt) override
     {
-        polishCalls.append(text);
-        lastPolishGuidance = dictionaryGuidance;
-        lastPolishPrompt = customPrompt;
+        requests.append(QStringList{"polish", '\'' + text + '\'', guidance.value_or("-"), prompt.value_or("-")}.join(' '));
         co_return QString(polished.isEmpty() ? text : polished);
     }
-    QCoro::Task<QString> translateTranscript(QString text, QString, TranslationLanguage targetLanguage,
-                                             std::optional<InputLanguageHint> sourceLanguage) override
+    QCoro::Task<QString> translateTranscript(QString text, QString, TranslationLanguage target,
+                                             std::optional<InputLanguageHint> source) override
     {
-        translateCalls.append(text);
-        lastTarget = targetLanguage;
-        lastSource = sourceLanguage;
+        requests.append(QStringList{"translate", '\'' + text + '\'', target.code, "from",
+                                    source ? source->code + ' ' + source->displayName : "-"}.join(' '));
         co_return QString(translated.isEmpty() ? text : translated);
     }
 
     QString transcript = QStringLiteral("hello world");
-    QString polished;
-    QString translated;
+    QString polished, translated;
     // When set, transcribeAudio awaits it (to fail or to stall).
     std::function<QCoro::Task<QString>()> transcribeReply;
-    QList<TranscribeCall> transcribeCalls;
-    QStringList polishCalls;
-    QStringList translateCalls;
-    std::optional<QString> lastPolishGuidance;
-    std::optional<QString> lastPolishPrompt;
-    std::optional<TranslationLanguage> lastTarget;
-    std::optional<InputLanguageHint> lastSource;
+    QStringList requests;
 };

@@ -2,6 +2,7 @@
 
 #include "AppInfo.h"
 #include "models/QuorlaError.h"
+#include "stores/PreferenceKeys.h"
 
 #include <QSignalSpy>
 
@@ -11,7 +12,7 @@ using Call = FakeCredentialStore::Call;
 using Outcome = CredentialStore::Outcome;
 
 const QString itemKey = QStringLiteral(QUORLA_APP_ID "/openai-api-key");
-const QString marker = QStringLiteral("hasStoredAPIKey");
+const QString &marker = PreferenceKeys::hasStoredAPIKey;
 const QString missingKey = QStringLiteral("Add your OpenAI API key first.");
 
 class AppModelAPIKeyTest : public ModelTest

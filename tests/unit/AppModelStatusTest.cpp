@@ -1,4 +1,5 @@
 #include "ModelTest.h"
+#include "services/TranslationLanguageCatalog.h"
 
 namespace {
 
@@ -79,7 +80,7 @@ TEST_F(AppModelStatusTest, translationIsSkippedOnlyWhenTheDictationIsAlreadyInTh
         {std::nullopt, hint("en"), false},
     };
     for (const auto &c : cases)
-        EXPECT_EQ(AppModel::shouldTranslateTranscript(c.target, c.hint), c.translates)
+        EXPECT_EQ(TranslationLanguageCatalog::shouldTranslateTranscript(c.target, c.hint), c.translates)
             << (c.target ? c.target->code.toStdString() : "none") << " from " << (c.hint ? c.hint->code.toStdString() : "none");
 }
 
@@ -91,8 +92,8 @@ TEST_F(AppModelStatusTest, theTranslationSummaryFollowsTheStoredCode)
     EXPECT_EQ(model.translationLanguageSummary(),
               "Translate each finished transcript to German before inserting, copying, and saving. "
               "Quorla skips translation when the detected dictation language already matches.");
-    EXPECT_EQ(AppModel::translationLanguage(" FR "), (TranslationLanguage{"fr", "French"}));
-    EXPECT_EQ(AppModel::translationLanguage("xx"), std::nullopt);
+    EXPECT_EQ(TranslationLanguageCatalog::translationLanguage(" FR "), (TranslationLanguage{"fr", "French"}));
+    EXPECT_EQ(TranslationLanguageCatalog::translationLanguage("xx"), std::nullopt);
 }
 
 TEST_F(AppModelStatusTest, anInputSourceChangeRefreshesTheHint)

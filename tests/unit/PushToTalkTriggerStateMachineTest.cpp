@@ -1,4 +1,4 @@
-#include "services/PushToTalkTriggerStateMachine.h"
+#include "models/PushToTalkTriggerStateMachine.h"
 
 #include <gtest/gtest.h>
 

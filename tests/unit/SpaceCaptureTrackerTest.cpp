@@ -1,4 +1,4 @@
-#include "services/SpaceCaptureTracker.h"
+#include "platform/SpaceCaptureTracker.h"
 
 #include <gtest/gtest.h>
 

@@ -8,6 +8,7 @@
 #include "platform/PlatformBackends.h"
 #include "services/SpeechService.h"
 #include "models/TriggerKey.h"
+#include "stores/PreferenceKeys.h"
 #include "stores/PreferencesStore.h"
 #include "views/MainWindowPresenter.h"
 #include "views/icons/SymbolIcon.h"
@@ -54,9 +55,9 @@ TEST(SettingsPresenter, transcriptionModeAndServiceAddressPersist)
 
     settings.setServiceAddress(QStringLiteral("http://127.0.0.1:8080"));
     PreferencesStore reread(fixture.preferencesPath());
-    EXPECT_EQ(reread.stringValue(QStringLiteral("apiBaseURL")), QStringLiteral("http://127.0.0.1:8080"));
+    EXPECT_EQ(reread.stringValue(PreferenceKeys::apiBaseURL), QStringLiteral("http://127.0.0.1:8080"));
     settings.setServiceAddress(QStringLiteral("  "));
-    EXPECT_FALSE(PreferencesStore(fixture.preferencesPath()).contains(QStringLiteral("apiBaseURL")));
+    EXPECT_FALSE(PreferencesStore(fixture.preferencesPath()).contains(PreferenceKeys::apiBaseURL));
 }
 
 TEST(SettingsPresenter, triggerPickerListsEveryKeyAndChangesTheTriggerAtOnce)
@@ -73,7 +74,7 @@ TEST(SettingsPresenter, triggerPickerListsEveryKeyAndChangesTheTriggerAtOnce)
     ASSERT_GE(pause, 0);
     settings.setTriggerIndex(pause);
     EXPECT_EQ(settings.triggerIndex(), pause);
-    EXPECT_EQ(PreferencesStore(fixture.preferencesPath()).stringValue(TriggerKey::preferenceKey),
+    EXPECT_EQ(PreferencesStore(fixture.preferencesPath()).stringValue(PreferenceKeys::triggerKey),
               TriggerKey::all().at(pause).id);
     settings.setTriggerIndex(int(choices.size()));
     EXPECT_EQ(settings.triggerIndex(), pause);

@@ -8,13 +8,11 @@
 #include "platform/linux/X11Workspace.h"
 #include "platform/linux/QtAudioCapture.h"
 #include "platform/linux/X11KeyboardHook.h"
-#include "stores/PreferencesStore.h"
 
-PlatformBackends makePlatformBackends(PreferencesStore &preferences)
+PlatformBackends makePlatformBackends(const TriggerKey &trigger)
 {
     PlatformBackends backends;
-    backends.keyboardHook = std::make_shared<X11KeyboardHook>(
-        TriggerKey::normalized(preferences.stringValue(TriggerKey::preferenceKey)));
+    backends.keyboardHook = std::make_shared<X11KeyboardHook>(trigger);
     backends.workspace = std::make_shared<X11Workspace>();
     backends.accessibility = std::make_shared<AtSpiAccessibility>();
     backends.audioCapture = makeAudioCapture();

@@ -3,7 +3,7 @@
 #include "models/TriggerKey.h"
 #include "platform/KeyboardHook.h"
 #include "platform/linux/X11KeyboardConnection.h"
-#include "services/SpaceCaptureTracker.h"
+#include "platform/SpaceCaptureTracker.h"
 
 #include <QObject>
 #include <atomic>

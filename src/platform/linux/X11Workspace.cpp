@@ -1,16 +1,10 @@
 #include "X11Workspace.h"
 
 #include "DesktopApplicationNames.h"
+#include "SettingsPanes.h"
 #include "X11ApplicationHandle.h"
 #include "X11WorkspaceConnection.h"
 
-// Merge shim: the settings places are opened by SettingsPanes, written beside this file.
-#if __has_include("platform/linux/SettingsPanes.h")
-#include "platform/linux/SettingsPanes.h"
-#define QUORLA_HAS_SETTINGS_PANES 1
-#else
-#define QUORLA_HAS_SETTINGS_PANES 0
-#endif
 
 X11Workspace::X11Workspace()
     : m_connection(X11WorkspaceConnection::open()), m_names(std::make_shared<DesktopApplicationNames>())
@@ -31,10 +25,5 @@ ApplicationHandlePtr X11Workspace::frontmostApplication()
 
 bool X11Workspace::openSettingsPane(const QString &anchor)
 {
-#if QUORLA_HAS_SETTINGS_PANES
     return openDesktopSettingsPane(anchor);
-#else
-    Q_UNUSED(anchor)
-    return false;
-#endif
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "services/PushToTalkTriggerStateMachine.h"
+#include "models/PushToTalkTriggerStateMachine.h"
 
 #include <bitset>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "models/InputLanguageHint.h"
-#include "models/TextInsertionTarget.h"
+#include "services/TextInsertionTarget.h"
 
 #include <QString>
 #include <optional>
