@@ -3,13 +3,13 @@
 // the encoder has been idle long enough to be unloaded; then how long the next press
 // holds the event loop to load the encoder again; last, how long reopening the window
 // takes and what opening and closing it 30 more times leaves behind. Runs the real
-// shell (tray, model over the platform backends, the window in its own process) on
+// shell (tray, model over the platform backends, the window) on
 // the current desktop; prints one line per figure. Times count from the process's
 // start (kernel start time) and from main().
 #include "app/AppModel.h"
 #include "app/AppServicesFactory.h"
-#include "app/TrayIcon.h"
-#include "app/WindowProcess.h"
+#include "shell/MainWindowController.h"
+#include "shell/TrayIcon.h"
 #include "platform/AudioCapture.h"
 #include "platform/linux/QtAudioCapture.h"
 #include "ResidentMemory.h"
@@ -76,29 +76,37 @@ void recordOnce(AudioCapture &capture, const QString &filePath, std::function<vo
     });
 }
 
-// Opens the window and closes it again, times over: each open starts the window's
-// process anew. Collects how long each took from the request to the first frame.
-void reopen(WindowProcess &window, int times, QList<double> &openTimes, std::function<void()> done)
+// Shows the window and calls back once it drew its first frame (at once when it
+// was already open).
+void showWindow(MainWindowController &window, std::function<void()> shown)
+{
+    const bool building = !window.isOpen();
+    window.show();
+    if (building && window.window())
+        QObject::connect(window.window(), &QQuickWindow::frameSwapped, &window, shown, Qt::SingleShotConnection);
+    else
+        shown();
+}
+
+// Opens the window and closes it again, times over: each open builds the scene anew.
+// Collects how long each took from the request to the first frame.
+void reopen(MainWindowController &window, int times, QList<double> &openTimes, std::function<void()> done)
 {
     if (times == 0) {
         done();
         return;
     }
-    auto *opening = new QElapsedTimer;
-    opening->start();
-    auto shown = std::make_shared<QMetaObject::Connection>();
-    *shown = QObject::connect(&window, &WindowProcess::windowShown, [&window, &openTimes, opening, shown] {
-        QObject::disconnect(*shown);
-        openTimes.append(double(opening->nsecsElapsed()) / 1e6);
-        delete opening;
-        QTimer::singleShot(300, &window, &WindowProcess::close);
-    });
     auto released = std::make_shared<QMetaObject::Connection>();
-    *released = QObject::connect(&window, &WindowProcess::windowReleased, [&window, times, &openTimes, done, released] {
+    *released = QObject::connect(&window, &MainWindowController::windowReleased, [&window, times, &openTimes, done, released] {
         QObject::disconnect(*released);
         QTimer::singleShot(300, [&window, times, &openTimes, done] { reopen(window, times - 1, openTimes, done); });
     });
-    window.show();
+    auto opening = std::make_shared<QElapsedTimer>();
+    opening->start();
+    showWindow(window, [&window, &openTimes, opening] {
+        openTimes.append(double(opening->nsecsElapsed()) / 1e6);
+        QTimer::singleShot(300, &window, &MainWindowController::close);
+    });
 }
 
 double median(QList<double> values)
@@ -129,28 +137,24 @@ int main(int argc, char *argv[])
     QNetworkAccessManager network;
     AppModel model(makeAppServices(backends, preferences, &network));
 
-    WindowProcess window(model, WindowProcess::installedProgram());
+    MainWindowController window(model);
     TrayIcon tray(model);
     std::printf("tray available: %s\n", QSystemTrayIcon::isSystemTrayAvailable() ? "yes" : "no");
     std::printf("tray icon ready: %.1f ms after main, %.0f ms after process start\n", double(sinceMain.nsecsElapsed()) / 1e6,
                 beforeMain + double(sinceMain.nsecsElapsed()) / 1e6);
     model.startAppServices();
-    window.show();
 
     QList<double> openTimes;
-    auto firstFrame = std::make_shared<QMetaObject::Connection>();
-    *firstFrame = QObject::connect(&window, &WindowProcess::windowShown, &app, [&, firstFrame] {
-        QObject::disconnect(*firstFrame);
+    showWindow(window, [&] {
         const double shown = double(sinceMain.nsecsElapsed()) / 1e6;
         std::printf("window shown (first frame): %.1f ms after main, %.0f ms after process start\n", shown,
                     beforeMain + shown);
         QTimer::singleShot(2000, &app, [&] {
-            std::printf("resident with the window open: %s; the window's process: %s\n", residentMemory().constData(),
-                        residentMemory(window.processId()).constData());
+            std::printf("resident with the window open: %s\n", residentMemory().constData());
             window.close();
             QTimer::singleShot(10000, &app, [&] {
                 std::printf("resident 10 s after closing: %s, window %s\n", residentMemory().constData(),
-                            window.isOpen() ? "still running" : "process ended");
+                            window.isOpen() ? "still built" : "released");
                 const QString recording = config.filePath(QStringLiteral("recording.m4a"));
                 recordOnce(*backends.audioCapture, recording, [&, recording] {
                     std::printf("resident after one recording: %s\n", residentMemory().constData());

@@ -23,10 +23,11 @@ const QString typedWordCount = QStringLiteral("typedWordCount");
 } // namespace PreferenceKey
 
 AppModel::AppModel(AppServices services, QObject *parent)
-    : WindowModel(services.words ? *services.words : PlatformWords::current(), parent)
+    : QObject(parent)
     , m_services(std::move(services))
 {
-    m_services.words = &words();
+    if (!m_services.words)
+        m_services.words = &PlatformWords::current();
     m_triggerDisplay = m_services.pushToTalkMonitor->shortcut().displayString;
 
     readPreferences();
@@ -289,7 +290,15 @@ QVariant AppModel::availableAppUpdateVariant() const
 
 QString AppModel::microphonePermissionStateName() const
 {
-    return rawValue(m_microphonePermissionState);
+    switch (m_microphonePermissionState) {
+    case PermissionState::authorized:
+        return QStringLiteral("authorized");
+    case PermissionState::denied:
+        return QStringLiteral("denied");
+    case PermissionState::notDetermined:
+        break;
+    }
+    return QStringLiteral("notDetermined");
 }
 
 QVariant AppModel::currentInputLanguageHintVariant() const

@@ -2,12 +2,13 @@
 #include "app/AppModel.h"
 #include "app/AppServicesFactory.h"
 #include "app/TranscribeCommand.h"
-#include "app/WindowProcess.h"
-#include "app/SingleInstance.h"
-#include "app/TrayIcon.h"
+#include "shell/MainWindowController.h"
+#include "shell/SingleInstance.h"
+#include "shell/TrayIcon.h"
 #include "stores/PreferencesStore.h"
 
 #include <QApplication>
+#include <QIcon>
 #include <QNetworkAccessManager>
 
 int main(int argc, char *argv[])
@@ -19,6 +20,7 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(QStringLiteral(QUORLA_APP_NAME));
     QApplication::setApplicationVersion(QStringLiteral(QUORLA_VERSION));
     QApplication::setDesktopFileName(QStringLiteral(QUORLA_APP_ID));
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral(QUORLA_APP_ID), QIcon(QStringLiteral(":/Quorla/app-icon.svg"))));
     // Closing the window never quits: Quorla keeps listening for the trigger.
     QApplication::setQuitOnLastWindowClosed(false);
 
@@ -32,10 +34,10 @@ int main(int argc, char *argv[])
     network.setTransferTimeout(60000);
     AppModel model(makeAppServices(backends, preferences, &network));
 
-    WindowProcess window(model, WindowProcess::installedProgram());
+    MainWindowController window(model);
     TrayIcon tray(model);
-    QObject::connect(&instance, &SingleInstance::activationRequested, &window, &WindowProcess::show);
-    QObject::connect(&tray, &TrayIcon::openRequested, &window, &WindowProcess::show);
+    QObject::connect(&instance, &SingleInstance::activationRequested, &window, &MainWindowController::show);
+    QObject::connect(&tray, &TrayIcon::openRequested, &window, &MainWindowController::show);
     QObject::connect(&tray, &TrayIcon::quitRequested, &app, &QApplication::quit);
 
     model.startAppServices();
