@@ -12,6 +12,13 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <gtest/gtest.h>
+#include <ostream>
+
+// A failure shows a property's value, not its bytes.
+void PrintTo(const QVariant &value, std::ostream *out)
+{
+    *out << value.toString().toStdString();
+}
 
 namespace {
 
