@@ -1,8 +1,8 @@
 // Start-up time to the window shown and to the tray icon ready, and resident memory
-// with the window open, 10 s after it was closed, after one short recording and once
-// the encoder has been idle long enough to be unloaded; then how long the next press
-// holds the event loop to load the encoder again; last, how long reopening the window
-// takes and what opening and closing it 30 more times leaves behind. Runs the real
+// with the window open and 10 s after it was closed; how long reopening the window
+// takes and what opening and closing it 30 more times leaves behind; then memory after
+// one short recording and once the encoder has been idle long enough to be unloaded,
+// and how long the next press holds the event loop to load the encoder again. Runs the real
 // shell (tray, model over the platform backends, the window) on
 // the current desktop; prints one line per figure. Times count from the process's
 // start (kernel start time) and from main().
@@ -155,27 +155,24 @@ int main(int argc, char *argv[])
             QTimer::singleShot(10000, &app, [&] {
                 std::printf("resident 10 s after closing: %s, window %s\n", residentMemory().constData(),
                             window.isOpen() ? "still built" : "released");
-                const QString recording = config.filePath(QStringLiteral("recording.m4a"));
-                recordOnce(*backends.audioCapture, recording, [&, recording] {
-                    std::printf("resident after one recording: %s\n", residentMemory().constData());
-                    const auto *capture = dynamic_cast<QtAudioCapture *>(backends.audioCapture.get());
-                    std::printf("waiting %d s for the encoder to idle out...\n",
-                                QtAudioCapture::defaultEncoderIdleMilliseconds / 1000 + 10);
-                    QTimer::singleShot(QtAudioCapture::defaultEncoderIdleMilliseconds + 10000, &app, [&, capture, recording] {
-                        std::printf("resident with the encoder idled out: %s, encoder %s\n", residentMemory().constData(),
-                                    capture && capture->isEncoderLoaded() ? "still loaded" : "unloaded");
-                        recordOnce(*backends.audioCapture, recording, [&] {
-                            const QByteArray before = residentMemory();
-                            reopen(window, 30, openTimes, [&, before] {
-                                std::printf("window reopened from the tray, request to first frame: median %.0f ms, "
-                                            "worst %.0f ms\n", median(openTimes),
-                                            openTimes.isEmpty() ? 0.0
-                                                                : *std::max_element(openTimes.cbegin(), openTimes.cend()));
-                                QTimer::singleShot(10000, &app, [before] {
-                                    std::printf("resident before and after opening and closing the window 30 more "
-                                                "times: %s, %s\n", before.constData(), residentMemory().constData());
-                                    QApplication::quit();
-                                });
+                reopen(window, 30, openTimes, [&] {
+                    std::printf("window reopened from the tray, request to first frame: median %.0f ms, worst %.0f ms\n",
+                                median(openTimes), *std::max_element(openTimes.cbegin(), openTimes.cend()));
+                    QTimer::singleShot(10000, &app, [&] {
+                        std::printf("resident 10 s after opening and closing it 30 more times: %s\n",
+                                    residentMemory().constData());
+                        const QString recording = config.filePath(QStringLiteral("recording.m4a"));
+                        recordOnce(*backends.audioCapture, recording, [&, recording] {
+                            std::printf("resident after one recording: %s\n", residentMemory().constData());
+                            const auto *capture = dynamic_cast<QtAudioCapture *>(backends.audioCapture.get());
+                            std::printf("waiting %d s for the encoder to idle out...\n",
+                                        QtAudioCapture::defaultEncoderIdleMilliseconds / 1000 + 10);
+                            QTimer::singleShot(QtAudioCapture::defaultEncoderIdleMilliseconds + 10000, &app,
+                                               [&, capture, recording] {
+                                std::printf("resident with the encoder idled out: %s, encoder %s\n",
+                                            residentMemory().constData(),
+                                            capture && capture->isEncoderLoaded() ? "still loaded" : "unloaded");
+                                recordOnce(*backends.audioCapture, recording, [] { QApplication::quit(); });
                             });
                         });
                     });
