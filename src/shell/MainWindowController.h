@@ -27,7 +27,6 @@ public:
     void close();
     [[nodiscard]] bool isOpen() const { return m_engine != nullptr; }
     [[nodiscard]] QQuickWindow *window() const { return m_window; }
-    [[nodiscard]] QQmlApplicationEngine *engine() const { return m_engine.get(); }
 
 Q_SIGNALS:
     // The window was closed and its scene destroyed.
