@@ -6,11 +6,9 @@
 // Resident memory, the part of it that is this process's own data (anonymous: heap,
 // stacks, caches) rather than mapped library code, and its fair share of pages it
 // shares with other programs.
-// Of this process, or of the one with the given id.
-inline QByteArray residentMemory(qint64 processId = 0)
+inline QByteArray residentMemory()
 {
-    QFile rollup(processId > 0 ? QStringLiteral("/proc/%1/smaps_rollup").arg(processId)
-                               : QStringLiteral("/proc/self/smaps_rollup"));
+    QFile rollup(QStringLiteral("/proc/self/smaps_rollup"));
     if (!rollup.open(QIODevice::ReadOnly))
         return "unknown";
     double rss = 0, pss = 0, owned = 0;

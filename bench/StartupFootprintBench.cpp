@@ -1,15 +1,15 @@
 // Start-up time to the window shown and to the tray icon ready, and resident memory
-// with the window open, 10 s after it was closed, after one short recording and once
-// the encoder has been idle long enough to be unloaded; then how long the next press
-// holds the event loop to load the encoder again; last, how long reopening the window
-// takes and what opening and closing it 30 more times leaves behind. Runs the real
-// shell (tray, model over the platform backends, the window in its own process) on
+// with the window open and 10 s after it was closed; how long reopening the window
+// takes and what opening and closing it 30 more times leaves behind; then memory after
+// one short recording and once the encoder has been idle long enough to be unloaded,
+// and how long the next press holds the event loop to load the encoder again. Runs the real
+// shell (tray, model over the platform backends, the window) on
 // the current desktop; prints one line per figure. Times count from the process's
 // start (kernel start time) and from main().
 #include "app/AppModel.h"
 #include "app/AppServicesFactory.h"
-#include "app/TrayIcon.h"
-#include "app/WindowProcess.h"
+#include "shell/MainWindowController.h"
+#include "shell/TrayIcon.h"
 #include "platform/AudioCapture.h"
 #include "platform/linux/QtAudioCapture.h"
 #include "ResidentMemory.h"
@@ -77,29 +77,37 @@ void recordOnce(AudioCapture &capture, const QString &filePath, std::function<vo
     });
 }
 
-// Opens the window and closes it again, times over: each open starts the window's
-// process anew. Collects how long each took from the request to the first frame.
-void reopen(WindowProcess &window, int times, QList<double> &openTimes, std::function<void()> done)
+// Shows the window and calls back once it drew its first frame (at once when it
+// was already open).
+void showWindow(MainWindowController &window, std::function<void()> shown)
+{
+    const bool building = !window.isOpen();
+    window.show();
+    if (building && window.window())
+        QObject::connect(window.window(), &QQuickWindow::frameSwapped, &window, shown, Qt::SingleShotConnection);
+    else
+        shown();
+}
+
+// Opens the window and closes it again, times over: each open builds the scene anew.
+// Collects how long each took from the request to the first frame.
+void reopen(MainWindowController &window, int times, QList<double> &openTimes, std::function<void()> done)
 {
     if (times == 0) {
         done();
         return;
     }
-    auto *opening = new QElapsedTimer;
-    opening->start();
-    auto shown = std::make_shared<QMetaObject::Connection>();
-    *shown = QObject::connect(&window, &WindowProcess::windowShown, [&window, &openTimes, opening, shown] {
-        QObject::disconnect(*shown);
-        openTimes.append(double(opening->nsecsElapsed()) / 1e6);
-        delete opening;
-        QTimer::singleShot(300, &window, &WindowProcess::close);
-    });
     auto released = std::make_shared<QMetaObject::Connection>();
-    *released = QObject::connect(&window, &WindowProcess::windowReleased, [&window, times, &openTimes, done, released] {
+    *released = QObject::connect(&window, &MainWindowController::windowReleased, [&window, times, &openTimes, done, released] {
         QObject::disconnect(*released);
         QTimer::singleShot(300, [&window, times, &openTimes, done] { reopen(window, times - 1, openTimes, done); });
     });
-    window.show();
+    auto opening = std::make_shared<QElapsedTimer>();
+    opening->start();
+    showWindow(window, [&window, &openTimes, opening] {
+        openTimes.append(double(opening->nsecsElapsed()) / 1e6);
+        QTimer::singleShot(300, &window, &MainWindowController::close);
+    });
 }
 
 double median(QList<double> values)
@@ -130,49 +138,42 @@ int main(int argc, char *argv[])
     QNetworkAccessManager network;
     AppModel model(makeAppServices(backends, preferences, &network));
 
-    WindowProcess window(model, WindowProcess::installedProgram());
+    MainWindowController window(model);
     TrayIcon tray(model);
     std::printf("tray available: %s\n", QSystemTrayIcon::isSystemTrayAvailable() ? "yes" : "no");
     std::printf("tray icon ready: %.1f ms after main, %.0f ms after process start\n", double(sinceMain.nsecsElapsed()) / 1e6,
                 beforeMain + double(sinceMain.nsecsElapsed()) / 1e6);
     model.startAppServices();
-    window.show();
 
     QList<double> openTimes;
-    auto firstFrame = std::make_shared<QMetaObject::Connection>();
-    *firstFrame = QObject::connect(&window, &WindowProcess::windowShown, &app, [&, firstFrame] {
-        QObject::disconnect(*firstFrame);
+    showWindow(window, [&] {
         const double shown = double(sinceMain.nsecsElapsed()) / 1e6;
         std::printf("window shown (first frame): %.1f ms after main, %.0f ms after process start\n", shown,
                     beforeMain + shown);
         QTimer::singleShot(2000, &app, [&] {
-            std::printf("resident with the window open: %s; the window's process: %s\n", residentMemory().constData(),
-                        residentMemory(window.processId()).constData());
+            std::printf("resident with the window open: %s\n", residentMemory().constData());
             window.close();
             QTimer::singleShot(10000, &app, [&] {
                 std::printf("resident 10 s after closing: %s, window %s\n", residentMemory().constData(),
-                            window.isOpen() ? "still running" : "process ended");
-                const QString recording = config.filePath(QStringLiteral("recording.m4a"));
-                recordOnce(*backends.audioCapture, recording, [&, recording] {
-                    std::printf("resident after one recording: %s\n", residentMemory().constData());
-                    const auto *capture = dynamic_cast<QtAudioCapture *>(backends.audioCapture.get());
-                    std::printf("waiting %d s for the encoder to idle out...\n",
-                                QtAudioCapture::defaultEncoderIdleMilliseconds / 1000 + 10);
-                    QTimer::singleShot(QtAudioCapture::defaultEncoderIdleMilliseconds + 10000, &app, [&, capture, recording] {
-                        std::printf("resident with the encoder idled out: %s, encoder %s\n", residentMemory().constData(),
-                                    capture && capture->isEncoderLoaded() ? "still loaded" : "unloaded");
-                        recordOnce(*backends.audioCapture, recording, [&] {
-                            const QByteArray before = residentMemory();
-                            reopen(window, 30, openTimes, [&, before] {
-                                std::printf("window reopened from the tray, request to first frame: median %.0f ms, "
-                                            "worst %.0f ms\n", median(openTimes),
-                                            openTimes.isEmpty() ? 0.0
-                                                                : *std::max_element(openTimes.cbegin(), openTimes.cend()));
-                                QTimer::singleShot(10000, &app, [before] {
-                                    std::printf("resident before and after opening and closing the window 30 more "
-                                                "times: %s, %s\n", before.constData(), residentMemory().constData());
-                                    QApplication::quit();
-                                });
+                            window.isOpen() ? "still built" : "released");
+                reopen(window, 30, openTimes, [&] {
+                    std::printf("window reopened from the tray, request to first frame: median %.0f ms, worst %.0f ms\n",
+                                median(openTimes), *std::max_element(openTimes.cbegin(), openTimes.cend()));
+                    QTimer::singleShot(10000, &app, [&] {
+                        std::printf("resident 10 s after opening and closing it 30 more times: %s\n",
+                                    residentMemory().constData());
+                        const QString recording = config.filePath(QStringLiteral("recording.m4a"));
+                        recordOnce(*backends.audioCapture, recording, [&, recording] {
+                            std::printf("resident after one recording: %s\n", residentMemory().constData());
+                            const auto *capture = dynamic_cast<QtAudioCapture *>(backends.audioCapture.get());
+                            std::printf("waiting %d s for the encoder to idle out...\n",
+                                        QtAudioCapture::defaultEncoderIdleMilliseconds / 1000 + 10);
+                            QTimer::singleShot(QtAudioCapture::defaultEncoderIdleMilliseconds + 10000, &app,
+                                               [&, capture, recording] {
+                                std::printf("resident with the encoder idled out: %s, encoder %s\n",
+                                            residentMemory().constData(),
+                                            capture && capture->isEncoderLoaded() ? "still loaded" : "unloaded");
+                                recordOnce(*backends.audioCapture, recording, [] { QApplication::quit(); });
                             });
                         });
                     });

@@ -13,10 +13,11 @@
 #include <QPointer>
 
 AppModel::AppModel(AppServices services, QObject *parent)
-    : WindowModel(services.words ? *services.words : PlatformWords::current(), parent)
+    : QObject(parent)
     , m_services(std::move(services))
 {
-    m_services.words = &words();
+    if (!m_services.words)
+        m_services.words = &PlatformWords::current();
     m_triggerDisplay = m_services.pushToTalkMonitor->shortcut().displayString;
 
     readPreferences();
@@ -275,7 +276,15 @@ QVariant AppModel::availableAppUpdateVariant() const
 
 QString AppModel::microphonePermissionStateName() const
 {
-    return rawValue(m_microphonePermissionState);
+    switch (m_microphonePermissionState) {
+    case PermissionState::authorized:
+        return QStringLiteral("authorized");
+    case PermissionState::denied:
+        return QStringLiteral("denied");
+    case PermissionState::notDetermined:
+        break;
+    }
+    return QStringLiteral("notDetermined");
 }
 
 QVariant AppModel::currentInputLanguageHintVariant() const

@@ -2,7 +2,6 @@
 
 #include "app/APIKeyState.h"
 #include "app/AppServices.h"
-#include "app/WindowModel.h"
 #include "models/AppUpdate.h"
 #include "models/CustomDictionaryEntry.h"
 #include "app/DictationSession.h"
@@ -28,9 +27,37 @@ struct DictationRequest;
 // lines, the custom dictionary, history and statistics, the API key and input
 // language tracking. Lives on the main thread; every property notifies only when
 // its value really changes.
-class AppModel : public WindowModel
+class AppModel : public QObject
 {
     Q_OBJECT
+    Q_PROPERTY(QString apiKeyDraft READ apiKeyDraft WRITE setApiKeyDraft NOTIFY apiKeyDraftChanged)
+    Q_PROPERTY(QList<CustomDictionaryEntry> customDictionaryEntries READ customDictionaryEntries NOTIFY customDictionaryEntriesChanged)
+    Q_PROPERTY(QList<TranscriptEntry> recentTranscripts READ recentTranscripts NOTIFY recentTranscriptsChanged)
+    Q_PROPERTY(TypingStatistics typingStatistics READ typingStatistics NOTIFY typingStatisticsChanged)
+    Q_PROPERTY(QVariant availableAppUpdate READ availableAppUpdateVariant NOTIFY availableAppUpdateChanged)
+    Q_PROPERTY(bool hasAvailableAppUpdate READ hasAvailableAppUpdate NOTIFY availableAppUpdateChanged)
+    Q_PROPERTY(QString statusMessage READ statusMessage NOTIFY statusMessageChanged)
+    Q_PROPERTY(QString errorMessage READ errorMessageText NOTIFY errorMessageChanged)
+    Q_PROPERTY(bool isBusy READ isBusy NOTIFY isBusyChanged)
+    Q_PROPERTY(bool isRecording READ isRecording NOTIFY isRecordingChanged)
+    Q_PROPERTY(bool hasStoredAPIKey READ hasStoredAPIKey NOTIFY hasStoredAPIKeyChanged)
+    Q_PROPERTY(QString triggerRegistrationError READ triggerRegistrationErrorText NOTIFY triggerRegistrationErrorChanged)
+    Q_PROPERTY(bool accessibilityPermissionGranted READ accessibilityPermissionGranted NOTIFY accessibilityPermissionGrantedChanged)
+    Q_PROPERTY(QString microphonePermissionState READ microphonePermissionStateName NOTIFY microphonePermissionStateChanged)
+    Q_PROPERTY(QVariant currentInputLanguageHint READ currentInputLanguageHintVariant NOTIFY currentInputLanguageHintChanged)
+    Q_PROPERTY(bool shouldPolishTranscript READ shouldPolishTranscript WRITE setShouldPolishTranscript NOTIFY shouldPolishTranscriptChanged)
+    Q_PROPERTY(QString polishPrompt READ polishPrompt WRITE setPolishPrompt NOTIFY polishPromptChanged)
+    Q_PROPERTY(QString transcriptionMode READ transcriptionModeName WRITE setTranscriptionModeName NOTIFY transcriptionModeChanged)
+    Q_PROPERTY(bool autoCopyTranscript READ autoCopyTranscript WRITE setAutoCopyTranscript NOTIFY autoCopyTranscriptChanged)
+    Q_PROPERTY(bool showMenuBarIcon READ showMenuBarIcon WRITE setShowMenuBarIcon NOTIFY showMenuBarIconChanged)
+    Q_PROPERTY(QString translationLanguageCode READ translationLanguageCode WRITE setTranslationLanguageCode NOTIFY translationLanguageCodeChanged)
+    Q_PROPERTY(QString triggerDisplay READ triggerDisplay NOTIFY triggerDisplayChanged)
+    Q_PROPERTY(QString triggerKey READ triggerKey WRITE setTriggerKey NOTIFY triggerDisplayChanged)
+    Q_PROPERTY(QVariantList triggerKeyChoices READ triggerKeyChoices CONSTANT)
+    Q_PROPERTY(QString defaultStatusMessage READ defaultStatusMessage NOTIFY statusInputsChanged)
+    Q_PROPERTY(bool requiresOnboarding READ requiresOnboarding NOTIFY statusInputsChanged)
+    Q_PROPERTY(QString translationLanguageSummary READ translationLanguageSummary NOTIFY translationLanguageCodeChanged)
+    Q_PROPERTY(QString serviceAddress READ serviceAddress WRITE setServiceAddress NOTIFY serviceAddressChanged)
 
 public:
     explicit AppModel(AppServices services, QObject *parent = nullptr);
@@ -38,46 +65,50 @@ public:
 
     // ---- services and constants
     [[nodiscard]] const AppServices &services() const { return m_services; }
-    [[nodiscard]] QString triggerDisplay() const override { return m_triggerDisplay; }
+    [[nodiscard]] const QString &triggerDisplay() const { return m_triggerDisplay; }
 
     // ---- observable state
-    [[nodiscard]] QString apiKeyDraft() const override { return m_apiKey.draft; }
-    void setApiKeyDraft(const QString &draft) override;
-    [[nodiscard]] QList<CustomDictionaryEntry> customDictionaryEntries() const override { return m_customDictionaryEntries; }
-    [[nodiscard]] QList<TranscriptEntry> recentTranscripts() const override { return m_recentTranscripts; }
-    [[nodiscard]] TypingStatistics typingStatistics() const override { return m_typingStatistics; }
+    [[nodiscard]] const QString &apiKeyDraft() const { return m_apiKey.draft; }
+    void setApiKeyDraft(const QString &draft);
+    [[nodiscard]] const QList<CustomDictionaryEntry> &customDictionaryEntries() const { return m_customDictionaryEntries; }
+    [[nodiscard]] const QList<TranscriptEntry> &recentTranscripts() const { return m_recentTranscripts; }
+    [[nodiscard]] const TypingStatistics &typingStatistics() const { return m_typingStatistics; }
     [[nodiscard]] const std::optional<AppUpdate> &availableAppUpdate() const { return m_availableAppUpdate; }
-    [[nodiscard]] bool hasAvailableAppUpdate() const override { return m_availableAppUpdate.has_value(); }
-    [[nodiscard]] QString statusMessage() const override { return m_statusMessage; }
+    [[nodiscard]] bool hasAvailableAppUpdate() const { return m_availableAppUpdate.has_value(); }
+    [[nodiscard]] const QString &statusMessage() const { return m_statusMessage; }
     [[nodiscard]] const std::optional<QString> &errorMessage() const { return m_errorMessage; }
-    [[nodiscard]] bool isBusy() const override { return m_isBusy; }
-    [[nodiscard]] bool isRecording() const override { return m_isRecording; }
-    [[nodiscard]] bool hasStoredAPIKey() const override { return m_apiKey.hasStoredKey; }
+    [[nodiscard]] bool isBusy() const { return m_isBusy; }
+    [[nodiscard]] bool isRecording() const { return m_isRecording; }
+    [[nodiscard]] bool hasStoredAPIKey() const { return m_apiKey.hasStoredKey; }
     [[nodiscard]] const std::optional<QString> &triggerRegistrationError() const { return m_triggerRegistrationError; }
-    [[nodiscard]] bool accessibilityPermissionGranted() const override { return m_accessibilityPermissionGranted; }
+    [[nodiscard]] bool accessibilityPermissionGranted() const { return m_accessibilityPermissionGranted; }
     [[nodiscard]] PermissionState microphonePermissionState() const { return m_microphonePermissionState; }
     [[nodiscard]] const std::optional<InputLanguageHint> &currentInputLanguageHint() const { return m_currentInputLanguageHint; }
 
     // ---- preferences (every set persists at once)
-    [[nodiscard]] bool shouldPolishTranscript() const override { return m_shouldPolishTranscript; }
-    void setShouldPolishTranscript(bool value) override;
-    [[nodiscard]] QString polishPrompt() const override { return m_polishPrompt; }
-    void setPolishPrompt(const QString &value) override;
+    [[nodiscard]] bool shouldPolishTranscript() const { return m_shouldPolishTranscript; }
+    void setShouldPolishTranscript(bool value);
+    [[nodiscard]] const QString &polishPrompt() const { return m_polishPrompt; }
+    void setPolishPrompt(const QString &value);
     [[nodiscard]] TranscriptionMode transcriptionMode() const { return m_transcriptionMode; }
     void setTranscriptionMode(TranscriptionMode value);
-    [[nodiscard]] bool autoCopyTranscript() const override { return m_autoCopyTranscript; }
-    void setAutoCopyTranscript(bool value) override;
-    [[nodiscard]] bool showMenuBarIcon() const override { return m_showMenuBarIcon; }
-    void setShowMenuBarIcon(bool value) override;
-    [[nodiscard]] QString translationLanguageCode() const override { return m_translationLanguageCode; }
-    void setTranslationLanguageCode(const QString &value) override;
-    [[nodiscard]] QString triggerKey() const override;
-    void setTriggerKey(const QString &id) override;
-    [[nodiscard]] QString serviceAddress() const override;
-    void setServiceAddress(const QString &address) override;
+    [[nodiscard]] bool autoCopyTranscript() const { return m_autoCopyTranscript; }
+    void setAutoCopyTranscript(bool value);
+    [[nodiscard]] bool showMenuBarIcon() const { return m_showMenuBarIcon; }
+    void setShowMenuBarIcon(bool value);
+    [[nodiscard]] const QString &translationLanguageCode() const { return m_translationLanguageCode; }
+    void setTranslationLanguageCode(const QString &value);
+    // The TriggerKey id; takes effect at once. An unknown id means the default key.
+    [[nodiscard]] QString triggerKey() const;
+    void setTriggerKey(const QString &id);
+    // Every TriggerKey as {id, displayName}, for a settings list.
+    [[nodiscard]] static QVariantList triggerKeyChoices();
+    // The OpenAI-compatible base URL as typed; blank means the default service.
+    [[nodiscard]] QString serviceAddress() const;
+    void setServiceAddress(const QString &address);
 
     // ---- services start (idempotent)
-    void startAppServices() override;
+    Q_INVOKABLE void startAppServices();
 
     // ---- dictation session
     QCoro::Task<> globalPressToTalkBegan();
@@ -92,57 +123,80 @@ public:
     // Ends the recording and deletes it unsent; nothing while transcribing.
     void cancelRecording();
     // A recording started from Quorla's own window.
-    QCoro::Task<> startManualRecording() override;
-    QCoro::Task<> stopRecordingAndTranscribe() override;
+    QCoro::Task<> startManualRecording();
+    QCoro::Task<> stopRecordingAndTranscribe();
     Q_INVOKABLE void presentError(const QString &message);
     [[nodiscard]] QString localizedMessage(const std::exception &error) const;
     [[nodiscard]] QString localizedMessage(const std::exception_ptr &error) const;
 
     // ---- status and permissions
-    void refreshPermissions(bool refreshInputLanguage) override;
-    void requestAccessibilityAccess() override;
-    [[nodiscard]] QString defaultStatusMessage() const override;
-    [[nodiscard]] bool requiresOnboarding() const override;
-    void openSettingsPane(const QString &anchor) override;
+    Q_INVOKABLE void refreshPermissions(bool refreshInputLanguage);
+    Q_INVOKABLE void requestAccessibilityAccess();
+    [[nodiscard]] QString defaultStatusMessage() const;
+    [[nodiscard]] bool requiresOnboarding() const;
+    Q_INVOKABLE void openSettingsPane(const QString &anchor);
 
     // ---- custom dictionary
     bool addCustomDictionaryEntry(const QString &term, const std::optional<QString> &replacement,
                                   bool replacementEnabled);
-    void submitCustomDictionaryEntry(const QString &term, const std::optional<QString> &replacement,
-                                     bool replacementEnabled) override;
-    void removeCustomDictionaryEntry(const CustomDictionaryEntry &entry) override;
-    void clearCustomDictionary() override;
+    void removeCustomDictionaryEntry(const CustomDictionaryEntry &entry);
+    Q_INVOKABLE void clearCustomDictionary();
 
     // ---- history and statistics
     void recordInsertedTranscript(const QString &transcript);
-    void copyTranscript(const TranscriptEntry &entry) override;
-    void clearTranscript() override;
+    void copyTranscript(const TranscriptEntry &entry);
+    Q_INVOKABLE void clearTranscript();
 
     // ---- API key
-    void saveAPIKey() override;
-    void clearAPIKey() override;
+    Q_INVOKABLE void saveAPIKey();
+    Q_INVOKABLE void clearAPIKey();
     // The key for a request; throws QuorlaError::missingAPIKey or the store's error.
     QString validatedAPIKey();
 
     // ---- input language
     void handleInputSourceChange(const QDateTime &now);
-    [[nodiscard]] QString translationLanguageSummary() const override;
+    [[nodiscard]] QString translationLanguageSummary() const;
 
     // ---- updates
-    QCoro::Task<> checkForAppUpdate() override;
+    QCoro::Task<> checkForAppUpdate();
     // "Check for Updates...": no update framework here, so a newer release opens in the browser.
     QCoro::Task<> checkForUpdatesAndOpenDownload();
-    void checkForUpdates() override;
-    void quitApplication() override;
+    Q_INVOKABLE void checkForUpdates();
 
     // ---- for QML
-    [[nodiscard]] QVariant availableAppUpdateVariant() const override;
-    [[nodiscard]] QString errorMessageText() const override { return m_errorMessage.value_or(QString()); }
-    [[nodiscard]] QString triggerRegistrationErrorText() const override { return m_triggerRegistrationError.value_or(QString()); }
-    [[nodiscard]] QString microphonePermissionStateName() const override;
-    [[nodiscard]] QVariant currentInputLanguageHintVariant() const override;
-    [[nodiscard]] QString transcriptionModeName() const override { return rawValue(m_transcriptionMode); }
-    void setTranscriptionModeName(const QString &raw) override { setTranscriptionMode(transcriptionModeFromRawValue(raw)); }
+    [[nodiscard]] QVariant availableAppUpdateVariant() const;
+    [[nodiscard]] QString errorMessageText() const { return m_errorMessage.value_or(QString()); }
+    [[nodiscard]] QString triggerRegistrationErrorText() const { return m_triggerRegistrationError.value_or(QString()); }
+    [[nodiscard]] QString microphonePermissionStateName() const;
+    [[nodiscard]] QVariant currentInputLanguageHintVariant() const;
+    [[nodiscard]] QString transcriptionModeName() const { return rawValue(m_transcriptionMode); }
+    void setTranscriptionModeName(const QString &raw) { setTranscriptionMode(transcriptionModeFromRawValue(raw)); }
+
+Q_SIGNALS:
+    void apiKeyDraftChanged();
+    void customDictionaryEntriesChanged();
+    void recentTranscriptsChanged();
+    void typingStatisticsChanged();
+    void availableAppUpdateChanged();
+    void statusMessageChanged();
+    void errorMessageChanged();
+    void isBusyChanged();
+    void isRecordingChanged();
+    void hasStoredAPIKeyChanged();
+    void triggerRegistrationErrorChanged();
+    void accessibilityPermissionGrantedChanged();
+    void microphonePermissionStateChanged();
+    void currentInputLanguageHintChanged();
+    void shouldPolishTranscriptChanged();
+    void polishPromptChanged();
+    void transcriptionModeChanged();
+    void autoCopyTranscriptChanged();
+    void showMenuBarIconChanged();
+    void translationLanguageCodeChanged();
+    void triggerDisplayChanged();
+    void serviceAddressChanged();
+    // Something the idle text or the onboarding condition depends on changed.
+    void statusInputsChanged();
 
 private:
     // Lets tests seed state that only a finished dictation produces.

@@ -36,14 +36,7 @@ bool AppModel::addCustomDictionaryEntry(const QString &term, const std::optional
     setErrorMessage(std::nullopt);
     setStatusMessage(existed ? QStringLiteral("\"%1\" updated in Dictionary.").arg(*normalizedTerm)
                              : QStringLiteral("\"%1\" added to Dictionary.").arg(*normalizedTerm));
-    Q_EMIT customDictionaryEntryAdded();
     return true;
-}
-
-void AppModel::submitCustomDictionaryEntry(const QString &term, const std::optional<QString> &replacement,
-                                           bool replacementEnabled)
-{
-    addCustomDictionaryEntry(term, replacement, replacementEnabled);
 }
 
 void AppModel::removeCustomDictionaryEntry(const CustomDictionaryEntry &entry)

@@ -10,6 +10,14 @@ QString AppModel::triggerKey() const
     return TriggerKey::normalized(m_services.preferences->stringValue(PreferenceKeys::triggerKey)).id;
 }
 
+QVariantList AppModel::triggerKeyChoices()
+{
+    QVariantList choices;
+    for (const TriggerKey &key : TriggerKey::all())
+        choices.append(QVariantMap{{QStringLiteral("id"), key.id}, {QStringLiteral("displayName"), key.displayName}});
+    return choices;
+}
+
 void AppModel::setTriggerKey(const QString &id)
 {
     const QString previousId = triggerKey();

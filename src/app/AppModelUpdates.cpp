@@ -49,8 +49,3 @@ void AppModel::checkForUpdates()
 {
     checkForUpdatesAndOpenDownload();
 }
-
-void AppModel::quitApplication()
-{
-    QCoreApplication::quit();
-}

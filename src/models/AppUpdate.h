@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QDataStream>
 #include <QString>
 #include <QUrl>
 
@@ -10,13 +9,4 @@ struct AppUpdate {
     QUrl downloadUrl;
 
     friend bool operator==(const AppUpdate &, const AppUpdate &) = default;
-    // Carried to the window's process.
-    friend QDataStream &operator<<(QDataStream &out, const AppUpdate &update)
-    {
-        return out << update.version << update.downloadUrl;
-    }
-    friend QDataStream &operator>>(QDataStream &in, AppUpdate &update)
-    {
-        return in >> update.version >> update.downloadUrl;
-    }
 };

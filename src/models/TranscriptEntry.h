@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QDataStream>
 #include <QDateTime>
 #include <QString>
 #include <QUuid>
@@ -12,13 +11,4 @@ struct TranscriptEntry {
     QDateTime createdAt;
 
     friend bool operator==(const TranscriptEntry &, const TranscriptEntry &) = default;
-    // Carried to the window's process.
-    friend QDataStream &operator<<(QDataStream &out, const TranscriptEntry &entry)
-    {
-        return out << entry.id << entry.text << entry.createdAt;
-    }
-    friend QDataStream &operator>>(QDataStream &in, TranscriptEntry &entry)
-    {
-        return in >> entry.id >> entry.text >> entry.createdAt;
-    }
 };

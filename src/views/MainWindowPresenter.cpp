@@ -1,8 +1,9 @@
 #include "MainWindowPresenter.h"
 
-#include "app/WindowModel.h"
+#include "app/AppModel.h"
 #include "models/AppSection.h"
 
+#include <QCoreApplication>
 #include <QGuiApplication>
 
 MainWindowPresenter::MainWindowPresenter(QObject *parent)
@@ -15,9 +16,9 @@ MainWindowPresenter::MainWindowPresenter(QObject *parent)
     });
 }
 
-void MainWindowPresenter::observe(WindowModel &model)
+void MainWindowPresenter::observe(AppModel &model)
 {
-    connect(&model, &WindowModel::statusInputsChanged, this, &MainWindowPresenter::setupChanged);
+    connect(&model, &AppModel::statusInputsChanged, this, &MainWindowPresenter::setupChanged);
     // Bindings read before the model arrived are stale now.
     Q_EMIT setupChanged();
 }
@@ -77,7 +78,7 @@ void MainWindowPresenter::contentAppeared()
     model()->refreshPermissions(true);
     model()->checkForAppUpdate();
     // A permission granted since launch may let the trigger work now.
-    if (!model()->triggerRegistrationErrorText().isEmpty())
+    if (model()->triggerRegistrationError())
         model()->startAppServices();
     presentOnboardingIfNeeded();
 }
@@ -114,8 +115,7 @@ void MainWindowPresenter::checkForUpdates()
 
 void MainWindowPresenter::quit()
 {
-    if (model())
-        model()->quitApplication();
+    QCoreApplication::quit();
 }
 
 void MainWindowPresenter::setOnboardingPresented(bool presented)

@@ -49,7 +49,7 @@ Q_SIGNALS:
     void setupChanged();
 
 protected:
-    void observe(WindowModel &model) override;
+    void observe(AppModel &model) override;
 
 private:
     void applicationBecameActive();

@@ -2,7 +2,7 @@
 // the menu is a widget, so it needs a QApplication.
 #include "ModelFixture.h"
 
-#include "app/TrayIcon.h"
+#include "shell/TrayIcon.h"
 
 #include <QApplication>
 #include <QClipboard>

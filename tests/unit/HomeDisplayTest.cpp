@@ -35,13 +35,6 @@ INSTANTIATE_TEST_SUITE_P(Words, EstimatedTimeSaved,
                                            TimeSavedCase{5000, "1h 27m"}, TimeSavedCase{100000, "1d 5h"},
                                            TimeSavedCase{83220, "1d"}));
 
-TEST(TranscriptSummary, countsEntries)
-{
-    EXPECT_EQ(HomeDisplay::transcriptSummaryText(0), QStringLiteral("0 saved"));
-    EXPECT_EQ(HomeDisplay::transcriptSummaryText(1), QStringLiteral("1 saved"));
-    EXPECT_EQ(HomeDisplay::transcriptSummaryText(5), QStringLiteral("5 saved"));
-}
-
 struct TitleCase {
     const char *text;
     const char *expected;

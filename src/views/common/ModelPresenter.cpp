@@ -1,13 +1,13 @@
 #include "ModelPresenter.h"
 
-#include "app/WindowModel.h"
+#include "app/AppModel.h"
 
 ModelPresenter::ModelPresenter(QObject *parent)
     : QObject(parent)
 {
 }
 
-WindowModel *ModelPresenter::model() const
+AppModel *ModelPresenter::model() const
 {
     return m_model.data();
 }
@@ -19,7 +19,7 @@ QObject *ModelPresenter::modelObject() const
 
 void ModelPresenter::setModelObject(QObject *model)
 {
-    auto *appModel = qobject_cast<WindowModel *>(model);
+    auto *appModel = qobject_cast<AppModel *>(model);
     if (appModel == m_model)
         return;
     if (m_model)
@@ -30,7 +30,7 @@ void ModelPresenter::setModelObject(QObject *model)
     Q_EMIT modelChanged();
 }
 
-void ModelPresenter::observe(WindowModel &model)
+void ModelPresenter::observe(AppModel &model)
 {
     Q_UNUSED(model)
 }

@@ -4,9 +4,9 @@
 #include <QPointer>
 #include <QtQml/qqmlregistration.h>
 
-class WindowModel;
+class AppModel;
 
-// Base of the small display helpers the pages bind to: holds the one WindowModel and
+// Base of the small display helpers the pages bind to: holds the one AppModel and
 // re-reads it whenever a property the page shows changes. The model is a plain
 // QObject here so QML can hand over the window's model without knowing its type.
 class ModelPresenter : public QObject
@@ -20,15 +20,15 @@ public:
 
     [[nodiscard]] QObject *modelObject() const;
     void setModelObject(QObject *model);
-    [[nodiscard]] WindowModel *model() const;
+    [[nodiscard]] AppModel *model() const;
 
 Q_SIGNALS:
     void modelChanged();
 
 protected:
     // Connect the model's change signals; called once per model, disconnected with it.
-    virtual void observe(WindowModel &model);
+    virtual void observe(AppModel &model);
 
 private:
-    QPointer<WindowModel> m_model;
+    QPointer<AppModel> m_model;
 };

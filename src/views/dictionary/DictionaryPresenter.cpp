@@ -1,12 +1,11 @@
 #include "DictionaryPresenter.h"
 
-#include "app/WindowModel.h"
+#include "app/AppModel.h"
 #include "models/CustomDictionary.h"
 
-void DictionaryPresenter::observe(WindowModel &model)
+void DictionaryPresenter::observe(AppModel &model)
 {
-    connect(&model, &WindowModel::customDictionaryEntriesChanged, this, &DictionaryPresenter::entriesChanged);
-    connect(&model, &WindowModel::customDictionaryEntryAdded, this, &DictionaryPresenter::entryAdded);
+    connect(&model, &AppModel::customDictionaryEntriesChanged, this, &DictionaryPresenter::entriesChanged);
     // Bindings read before the model arrived are stale now.
     Q_EMIT entriesChanged();
 }
@@ -78,21 +77,19 @@ bool DictionaryPresenter::hasEntries() const
     return model() && !model()->customDictionaryEntries().isEmpty();
 }
 
-void DictionaryPresenter::addTerm()
+bool DictionaryPresenter::addTerm()
 {
     if (!model() || !canAddTerm())
-        return;
+        return false;
     const std::optional<QString> replacement =
         m_usesReplacement ? std::optional(m_replacementDraft) : std::nullopt;
-    model()->submitCustomDictionaryEntry(m_termDraft, replacement, m_usesReplacement);
-}
-
-void DictionaryPresenter::entryAdded()
-{
+    if (!model()->addCustomDictionaryEntry(m_termDraft, replacement, m_usesReplacement))
+        return false;
     m_termDraft.clear();
     m_replacementDraft.clear();
     Q_EMIT draftsChanged();
     Q_EMIT termAdded();
+    return true;
 }
 
 void DictionaryPresenter::removeEntry(int index)

@@ -39,8 +39,8 @@ public:
     [[nodiscard]] QVariantList entries() const;
     [[nodiscard]] bool hasEntries() const;
 
-    // Hands the drafts to the model; they are emptied only once it takes the entry.
-    Q_INVOKABLE void addTerm();
+    // Hands the drafts to the model; empties them only when the entry was taken.
+    Q_INVOKABLE bool addTerm();
     Q_INVOKABLE void removeEntry(int index);
     Q_INVOKABLE void clearAll();
 
@@ -51,11 +51,9 @@ Q_SIGNALS:
     void termAdded();
 
 protected:
-    void observe(WindowModel &model) override;
+    void observe(AppModel &model) override;
 
 private:
-    void entryAdded();
-
     QString m_termDraft;
     QString m_replacementDraft;
     bool m_usesReplacement = false;

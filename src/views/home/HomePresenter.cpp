@@ -1,20 +1,19 @@
 #include "HomePresenter.h"
 
-#include "app/WindowModel.h"
-#include "models/InputLanguageHint.h"
+#include "app/AppModel.h"
 #include "support/PlatformWords.h"
 #include "views/home/HomeDisplay.h"
 #include "views/menu/RecentDictationMenuItem.h"
 
 #include <QLocale>
 
-void HomePresenter::observe(WindowModel &model)
+void HomePresenter::observe(AppModel &model)
 {
-    connect(&model, &WindowModel::typingStatisticsChanged, this, &HomePresenter::statisticsChanged);
-    connect(&model, &WindowModel::recentTranscriptsChanged, this, &HomePresenter::transcriptsChanged);
-    connect(&model, &WindowModel::currentInputLanguageHintChanged, this, &HomePresenter::inputLanguageChanged);
-    connect(&model, &WindowModel::isRecordingChanged, this, &HomePresenter::recordingChanged);
-    connect(&model, &WindowModel::isBusyChanged, this, &HomePresenter::recordingChanged);
+    connect(&model, &AppModel::typingStatisticsChanged, this, &HomePresenter::statisticsChanged);
+    connect(&model, &AppModel::recentTranscriptsChanged, this, &HomePresenter::transcriptsChanged);
+    connect(&model, &AppModel::currentInputLanguageHintChanged, this, &HomePresenter::inputLanguageChanged);
+    connect(&model, &AppModel::isRecordingChanged, this, &HomePresenter::recordingChanged);
+    connect(&model, &AppModel::isBusyChanged, this, &HomePresenter::recordingChanged);
     // Bindings read before the model arrived are stale now.
     Q_EMIT statisticsChanged();
     Q_EMIT transcriptsChanged();
@@ -74,15 +73,14 @@ QString HomePresenter::pushToTalkHelpText() const
 
 QString HomePresenter::followsInputLanguageText() const
 {
-    return model() ? model()->words().followsInputLanguage : QString();
+    return model() ? model()->services().words->followsInputLanguage : QString();
 }
 
 QString HomePresenter::inputLanguageText() const
 {
-    const QVariant hint = model() ? model()->currentInputLanguageHintVariant() : QVariant();
-    if (!hint.isValid())
+    if (!model() || !model()->currentInputLanguageHint())
         return QStringLiteral("Detected automatically");
-    return hint.value<InputLanguageHint>().displayName;
+    return model()->currentInputLanguageHint()->displayName;
 }
 
 QString HomePresenter::recordButtonText() const

@@ -53,5 +53,5 @@ Q_SIGNALS:
     void recordingChanged();
 
 protected:
-    void observe(WindowModel &model) override;
+    void observe(AppModel &model) override;
 };

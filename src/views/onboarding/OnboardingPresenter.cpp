@@ -1,27 +1,26 @@
 #include "OnboardingPresenter.h"
 
-#include "app/WindowModel.h"
+#include "app/AppModel.h"
 #include "support/PlatformWords.h"
 #include "views/onboarding/OnboardingPermissionRow.h"
 
 namespace {
 
-QList<OnboardingPermissionRow> rowsOf(const WindowModel &model)
+QList<OnboardingPermissionRow> rowsOf(const AppModel &model)
 {
-    return onboardingPermissionRows(permissionStateFromRawValue(model.microphonePermissionStateName()),
-                                     !model.triggerRegistrationErrorText().isEmpty(),
+    return onboardingPermissionRows(model.microphonePermissionState(), model.triggerRegistrationError().has_value(),
                                      model.accessibilityPermissionGranted(), model.triggerDisplay(),
-                                     model.words());
+                                     *model.services().words);
 }
 
 } // namespace
 
-void OnboardingPresenter::observe(WindowModel &model)
+void OnboardingPresenter::observe(AppModel &model)
 {
-    connect(&model, &WindowModel::microphonePermissionStateChanged, this, &OnboardingPresenter::permissionsChanged);
-    connect(&model, &WindowModel::triggerRegistrationErrorChanged, this, &OnboardingPresenter::permissionsChanged);
-    connect(&model, &WindowModel::accessibilityPermissionGrantedChanged, this, &OnboardingPresenter::permissionsChanged);
-    connect(&model, &WindowModel::hasStoredAPIKeyChanged, this, &OnboardingPresenter::keyChanged);
+    connect(&model, &AppModel::microphonePermissionStateChanged, this, &OnboardingPresenter::permissionsChanged);
+    connect(&model, &AppModel::triggerRegistrationErrorChanged, this, &OnboardingPresenter::permissionsChanged);
+    connect(&model, &AppModel::accessibilityPermissionGrantedChanged, this, &OnboardingPresenter::permissionsChanged);
+    connect(&model, &AppModel::hasStoredAPIKeyChanged, this, &OnboardingPresenter::keyChanged);
     // Bindings read before the model arrived are stale now.
     Q_EMIT permissionsChanged();
     Q_EMIT keyChanged();
@@ -46,22 +45,22 @@ QVariantList OnboardingPresenter::permissionRows() const
 
 QString OnboardingPresenter::keyStatusText() const
 {
-    return model() ? credentialsStatus(model()->hasStoredAPIKey(), model()->words()).statusText : QString();
+    return model() ? credentialsStatus(model()->hasStoredAPIKey(), *model()->services().words).statusText : QString();
 }
 
 QString OnboardingPresenter::keyTone() const
 {
-    return model() ? credentialsStatus(model()->hasStoredAPIKey(), model()->words()).tone : QString();
+    return model() ? credentialsStatus(model()->hasStoredAPIKey(), *model()->services().words).tone : QString();
 }
 
 QString OnboardingPresenter::keyFootnote() const
 {
-    return model() ? credentialsStatus(model()->hasStoredAPIKey(), model()->words()).footnote : QString();
+    return model() ? credentialsStatus(model()->hasStoredAPIKey(), *model()->services().words).footnote : QString();
 }
 
 QString OnboardingPresenter::saveKeyStepText() const
 {
-    return model() ? model()->words().helpSaveKeyStep : QString();
+    return model() ? model()->services().words->helpSaveKeyStep : QString();
 }
 
 void OnboardingPresenter::performRowAction(int index)

@@ -36,5 +36,5 @@ Q_SIGNALS:
     void keyChanged();
 
 protected:
-    void observe(WindowModel &model) override;
+    void observe(AppModel &model) override;
 };

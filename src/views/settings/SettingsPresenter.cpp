@@ -1,6 +1,6 @@
 #include "SettingsPresenter.h"
 
-#include "app/WindowModel.h"
+#include "app/AppModel.h"
 #include "models/TranscriptionMode.h"
 #include "models/TriggerKey.h"
 #include "services/ServiceAddress.h"
@@ -17,12 +17,12 @@ SettingsPresenter::SettingsPresenter(QObject *parent)
     }
 }
 
-void SettingsPresenter::observe(WindowModel &model)
+void SettingsPresenter::observe(AppModel &model)
 {
-    connect(&model, &WindowModel::translationLanguageCodeChanged, this, &SettingsPresenter::translationChanged);
-    connect(&model, &WindowModel::transcriptionModeChanged, this, &SettingsPresenter::transcriptionModeChanged);
-    connect(&model, &WindowModel::triggerDisplayChanged, this, &SettingsPresenter::triggerChanged);
-    connect(&model, &WindowModel::serviceAddressChanged, this, &SettingsPresenter::serviceAddressChanged);
+    connect(&model, &AppModel::translationLanguageCodeChanged, this, &SettingsPresenter::translationChanged);
+    connect(&model, &AppModel::transcriptionModeChanged, this, &SettingsPresenter::transcriptionModeChanged);
+    connect(&model, &AppModel::triggerDisplayChanged, this, &SettingsPresenter::triggerChanged);
+    connect(&model, &AppModel::serviceAddressChanged, this, &SettingsPresenter::serviceAddressChanged);
     // Bindings read before the model arrived are stale now.
     Q_EMIT translationChanged();
     Q_EMIT transcriptionModeChanged();
@@ -55,13 +55,13 @@ QStringList SettingsPresenter::transcriptionModeChoices() const
 
 int SettingsPresenter::transcriptionModeIndex() const
 {
-    return model() && transcriptionModeFromRawValue(model()->transcriptionModeName()) == TranscriptionMode::moreAccurate ? 1 : 0;
+    return model() && model()->transcriptionMode() == TranscriptionMode::moreAccurate ? 1 : 0;
 }
 
 void SettingsPresenter::setTranscriptionModeIndex(int index)
 {
     if (model() && index >= 0 && index < int(allTranscriptionModes.size()))
-        model()->setTranscriptionModeName(rawValue(allTranscriptionModes[index]));
+        model()->setTranscriptionMode(allTranscriptionModes[index]);
 }
 
 QStringList SettingsPresenter::triggerChoices() const

@@ -47,7 +47,7 @@ Q_SIGNALS:
     void serviceAddressChanged();
 
 protected:
-    void observe(WindowModel &model) override;
+    void observe(AppModel &model) override;
 
 private:
     QStringList m_translationCodes; // parallel to translationChoices; "" first

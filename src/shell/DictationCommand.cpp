@@ -1,8 +1,8 @@
 #include "DictationCommand.h"
 
 #include "AppInfo.h"
-#include "app/DictationControl.h"
-#include "app/SingleInstance.h"
+#include "shell/DictationControl.h"
+#include "shell/SingleInstance.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>

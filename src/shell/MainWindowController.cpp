@@ -1,32 +1,33 @@
 #include "MainWindowController.h"
 
-#include "AppInfo.h"
-#include "app/WindowModel.h"
+#include "app/AppModel.h"
 #include "views/icons/SymbolImageProvider.h"
 
-#include <QIcon>
+#include <QCoreApplication>
 #include <QLoggingCategory>
+#include <QPixmapCache>
 #include <QQmlApplicationEngine>
 #include <QQuickStyle>
 #include <QQuickWindow>
 #include <QtQml/qqmlextensionplugin.h>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 // The interface module is linked statically; this keeps its plugin in the binary.
 Q_IMPORT_QML_PLUGIN(Quorla_ViewsPlugin)
 
 Q_LOGGING_CATEGORY(lcWindow, "quorla.window")
 
-MainWindowController::MainWindowController(WindowModel &model, QObject *parent)
+MainWindowController::MainWindowController(AppModel &model, QObject *parent)
     : QObject(parent)
     , m_model(model)
-    , m_icon(QIcon::fromTheme(QStringLiteral(QUORLA_APP_ID), QIcon(QStringLiteral(":/Quorla/app-icon.svg"))))
 {
     // Fusion draws with the palette the window hands it, light or dark.
     if (QQuickStyle::name().isEmpty())
         QQuickStyle::setStyle(QStringLiteral("Fusion"));
     // A few static pages need no GPU. The software scene graph keeps a GL driver out of
-    // the window's process (Mesa's costs about 100 MB resident and doubles the time to
-    // the first frame).
+    // Quorla (Mesa's costs about 100 MB resident and doubles the time to the first frame).
     if (qEnvironmentVariableIsEmpty("QT_QUICK_BACKEND"))
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
@@ -67,7 +68,6 @@ void MainWindowController::build()
         m_engine.reset();
         return;
     }
-    m_window->setIcon(m_icon);
     // A closed window is hidden; it is released after the close has run its course,
     // never inside it.
     connect(m_window.data(), &QWindow::visibleChanged, this, [this](bool visible) {
@@ -82,5 +82,13 @@ void MainWindowController::release()
         return;
     m_window = nullptr;
     m_engine.reset();
+    // What the scene handed over for later deletion goes now, before the heap is trimmed.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    // The scene's icons and symbols, drawn at the window's sizes; drawn again when it opens.
+    QPixmapCache::clear();
+#ifdef __GLIBC__
+    // Give the scene's freed heap back to the system, not just to the allocator.
+    malloc_trim(0);
+#endif
     Q_EMIT windowReleased();
 }

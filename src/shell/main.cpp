@@ -1,18 +1,19 @@
 #include "AppInfo.h"
 #include "app/AppModel.h"
 #include "app/AppServicesFactory.h"
-#include "app/DictationCommand.h"
-#include "app/DictationControl.h"
+#include "shell/DictationCommand.h"
 #include "app/CommandLine.h"
 #include "app/DoctorCommand.h"
 #include "app/TranscribeCommand.h"
-#include "app/WindowProcess.h"
-#include "app/SingleInstance.h"
-#include "app/TrayIcon.h"
+#include "shell/DictationControl.h"
+#include "shell/MainWindowController.h"
+#include "shell/SingleInstance.h"
+#include "shell/TrayIcon.h"
 #include "stores/PreferenceKeys.h"
 #include "stores/PreferencesStore.h"
 
 #include <QApplication>
+#include <QIcon>
 #include <QNetworkAccessManager>
 
 int main(int argc, char *argv[])
@@ -31,6 +32,7 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(QStringLiteral(QUORLA_APP_NAME));
     QApplication::setApplicationVersion(QStringLiteral(QUORLA_VERSION));
     QApplication::setDesktopFileName(QStringLiteral(QUORLA_APP_ID));
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral(QUORLA_APP_ID), QIcon(QStringLiteral(":/Quorla/app-icon.svg"))));
     // Closing the window never quits: Quorla keeps listening for the trigger.
     QApplication::setQuitOnLastWindowClosed(false);
 
@@ -48,10 +50,10 @@ int main(int argc, char *argv[])
     if (role == SingleInstance::Role::primary)
         new DictationControl(model, &instance, QDBusConnection::sessionBus(),
                              SingleInstance::objectPath(QStringLiteral(QUORLA_APP_ID)));
-    WindowProcess window(model, WindowProcess::installedProgram());
+    MainWindowController window(model);
     TrayIcon tray(model);
-    QObject::connect(&instance, &SingleInstance::activationRequested, &window, &WindowProcess::show);
-    QObject::connect(&tray, &TrayIcon::openRequested, &window, &WindowProcess::show);
+    QObject::connect(&instance, &SingleInstance::activationRequested, &window, &MainWindowController::show);
+    QObject::connect(&tray, &TrayIcon::openRequested, &window, &MainWindowController::show);
     QObject::connect(&tray, &TrayIcon::quitRequested, &app, &QApplication::quit);
 
     model.startAppServices();

@@ -4,8 +4,8 @@
 #include "ModelFixture.h"
 #include "QuickScene.h"
 
-#include "app/MainWindowController.h"
-#include "app/TrayIcon.h"
+#include "shell/MainWindowController.h"
+#include "shell/TrayIcon.h"
 #include "support/PlatformWords.h"
 
 #include <QApplication>
