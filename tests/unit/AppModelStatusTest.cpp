@@ -59,12 +59,6 @@ TEST_F(AppModelStatusTest, askingForAccessibilityReportsTheAnswer)
     EXPECT_EQ(model.statusMessage(), model.defaultStatusMessage());
 }
 
-TEST_F(AppModelStatusTest, settingsPanesOpenThroughTheWorkspace)
-{
-    fixture.makeModel().openSettingsPane("Privacy_Microphone");
-    EXPECT_EQ(fixture.workspace->openedPanes, QStringList{"Privacy_Microphone"});
-}
-
 TEST_F(AppModelStatusTest, translationIsSkippedOnlyWhenTheDictationIsAlreadyInTheTarget)
 {
     const auto target = [](const char *code) { return std::optional(TranslationLanguage{code, {}}); };
