@@ -29,6 +29,8 @@ struct Row {
 
 void PrintTo(const Row &row, std::ostream *os) { *os << row.name; }
 
+std::string rowName(const ::testing::TestParamInfo<Row> &info) { return info.param.name; }
+
 class TransitionTable : public ::testing::TestWithParam<Row> {};
 
 TEST_P(TransitionTable, givesTheExactActionsAndState)
@@ -51,7 +53,8 @@ INSTANTIATE_TEST_SUITE_P(FnDown, TransitionTable, ::testing::Values(
         {Action::notifyToggleEnded, Action::clearTargetApplication}},
     Row{"spaceAlreadyDown", state(Phase::idle, false, true), Input::fnDown(), state(Phase::idle, true, true), {}},
     Row{"startsPendingHold", state(Phase::idle, false, false), Input::fnDown(), state(Phase::pendingHold, true, false),
-        {Action::captureTargetApplication, Action::scheduleHold}}));
+        {Action::captureTargetApplication, Action::scheduleHold}}),
+    rowName);
 
 // fnUp, row by row.
 INSTANTIATE_TEST_SUITE_P(FnUp, TransitionTable, ::testing::Values(
@@ -63,7 +66,8 @@ INSTANTIATE_TEST_SUITE_P(FnUp, TransitionTable, ::testing::Values(
         {Action::cancelHold, Action::clearTargetApplication}},
     Row{"endsHold", state(Phase::holdActive, true, true), Input::fnUp(), state(Phase::idle, false, true),
         {Action::notifyHoldEnded, Action::clearTargetApplication}},
-    Row{"toggleKeepsRunning", state(Phase::toggleActive, true, false), Input::fnUp(), state(Phase::toggleActive, false, false), {}}));
+    Row{"toggleKeepsRunning", state(Phase::toggleActive, true, false), Input::fnUp(), state(Phase::toggleActive, false, false), {}}),
+    rowName);
 
 // spaceDown, row by row; S is set in every case.
 INSTANTIATE_TEST_SUITE_P(SpaceDown, TransitionTable, ::testing::Values(
@@ -85,7 +89,8 @@ INSTANTIATE_TEST_SUITE_P(SpaceDown, TransitionTable, ::testing::Values(
     Row{"plainSpaceEndsToggle", state(Phase::toggleActive, false, false), Input::spaceDown(false), state(Phase::idle, false, true),
         {Action::notifyToggleEnded, Action::clearTargetApplication}},
     Row{"fnSpaceEndsToggle", state(Phase::toggleActive, true, false), Input::spaceDown(true), state(Phase::idle, true, true),
-        {Action::notifyToggleEnded, Action::clearTargetApplication}}));
+        {Action::notifyToggleEnded, Action::clearTargetApplication}}),
+    rowName);
 
 // spaceUp never acts; holdDelayElapsed acts only in pendingHold.
 INSTANTIATE_TEST_SUITE_P(SpaceUpAndTimer, TransitionTable, ::testing::Values(
@@ -95,43 +100,8 @@ INSTANTIATE_TEST_SUITE_P(SpaceUpAndTimer, TransitionTable, ::testing::Values(
         {Action::notifyHoldStarted}},
     Row{"staleTimerInIdle", state(Phase::idle, false, false), Input::holdDelayElapsed(), state(Phase::idle, false, false), {}},
     Row{"staleTimerInHold", state(Phase::holdActive, true, false), Input::holdDelayElapsed(), state(Phase::holdActive, true, false), {}},
-    Row{"staleTimerInToggle", state(Phase::toggleActive, false, false), Input::holdDelayElapsed(), state(Phase::toggleActive, false, false), {}}));
-
-// Whole gestures from the idle start: transitions the table above does not list.
-TEST(TriggerSequences, gesturesGiveTheirActionsStepByStep)
-{
-    struct Step {
-        Input input;
-        Actions actions;
-    };
-    const Actions capture{Action::captureTargetApplication, Action::scheduleHold};
-    const Actions toggleEnded{Action::notifyToggleEnded, Action::clearTargetApplication};
-    const struct {
-        const char *name;
-        std::vector<Step> steps;
-    } cases[] = {
-        {"hold", {{Input::fnDown(), capture}, {Input::holdDelayElapsed(), {Action::notifyHoldStarted}},
-                  {Input::fnUp(), {Action::notifyHoldEnded, Action::clearTargetApplication}}}},
-        {"quick tap", {{Input::fnDown(), capture}, {Input::fnUp(), {Action::cancelHold, Action::clearTargetApplication}},
-                       {Input::holdDelayElapsed(), {}}}},
-        {"toggle ended by the trigger, then released",
-         {{Input::fnDown(), capture}, {Input::spaceDown(true), {Action::cancelHold, Action::notifyToggleStarted}},
-          {Input::spaceUp(), {}}, {Input::fnUp(), {}}, {Input::fnDown(), toggleEnded},
-          {Input::fnUp(), {Action::clearTargetApplication}}}},
-        {"hold promoted, then ended by a plain Space",
-         {{Input::fnDown(), capture}, {Input::holdDelayElapsed(), {Action::notifyHoldStarted}},
-          {Input::spaceDown(true), {Action::notifyToggleStarted}}, {Input::spaceUp(), {}}, {Input::fnUp(), {}},
-          {Input::spaceDown(false), toggleEnded}}},
-        {"Space held before the trigger arms nothing until pressed again",
-         {{Input::spaceDown(false), {}}, {Input::fnDown(), {}}, {Input::spaceUp(), {}},
-          {Input::spaceDown(false), {Action::captureTargetApplication, Action::notifyToggleStarted}}}},
-    };
-    for (const auto &c : cases) {
-        Machine machine;
-        for (size_t i = 0; i < c.steps.size(); ++i)
-            EXPECT_EQ(feed(machine, c.steps[i].input), c.steps[i].actions) << c.name << ", step " << i;
-    }
-}
+    Row{"staleTimerInToggle", state(Phase::toggleActive, false, false), Input::holdDelayElapsed(), state(Phase::toggleActive, false, false), {}}),
+    rowName);
 
 // Every input sequence up to length 8, checking what must always hold.
 class ExhaustiveWalk
