@@ -163,19 +163,6 @@ TEST_F(TextInsertionTest, thePasteRouteWorksUnderANonLatinLayoutAndRestoresTheCl
               QByteArray("\x00\x01\xff\x00z", 5));
 }
 
-TEST_F(TextInsertionTest, aClipboardChangedDuringThePasteIsNotOverwritten)
-{
-    const ApplicationHandlePtr target = launchQtTarget(
-        QStringLiteral("quick"), QString(), {QStringLiteral("--copy-on-change"), QStringLiteral("copied meanwhile")});
-    ASSERT_TRUE(target);
-    QGuiApplication::clipboard()->setText(QStringLiteral("before"));
-
-    EXPECT_EQ(insert(target, QStringLiteral("world")), std::nullopt);
-    EXPECT_TRUE(outputBecomes("world"));
-    QTest::qWait(100);
-    EXPECT_EQ(clipboardAsSeenByOthers(QStringLiteral("UTF8_STRING")), "copied meanwhile");
-}
-
 TEST_F(TextInsertionTest, trustFollowsTheSessionsAccessibilitySwitch)
 {
     QDBusMessage off = QDBusMessage::createMethodCall(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
