@@ -71,17 +71,6 @@ TEST_F(GlobalPushToTalkMonitorTest, gesturesGiveTheirEventsAndTakeOnlyTheirSpace
     EXPECT_TRUE(events.isEmpty()) << "no hold timer of an ended gesture fires";
 }
 
-TEST_F(GlobalPushToTalkMonitorTest, stopResetsEverything)
-{
-    keyboard->trigger(true);
-    monitor.stop();
-    QTest::qWait(150);
-    EXPECT_TRUE(events.isEmpty());
-    EXPECT_EQ(monitor.triggerState(), PushToTalkTriggerStateMachine{});
-    EXPECT_EQ(monitor.capturedTargetApplication(), nullptr);
-    EXPECT_FALSE(monitor.isInstalled());
-}
-
 TEST_F(GlobalPushToTalkMonitorTest, changingTheTriggerEndsTheGestureItStarted)
 {
     const TriggerKey menu = *TriggerKey::withId("menu");
@@ -112,13 +101,6 @@ TEST_F(GlobalPushToTalkMonitorTest, changingTheTriggerEndsTheGestureItStarted)
     events.clear();
     QTest::qWait(150);
     EXPECT_TRUE(events.isEmpty()) << "no timer of an earlier gesture fires";
-}
-
-TEST_F(GlobalPushToTalkMonitorTest, aTriggerTheKeyboardCannotSendIsReported)
-{
-    keyboard->triggerKeyFailure = QuorlaError::hotkeyRegistrationFailed("no such key");
-    EXPECT_THROW(monitor.setTriggerKey(*TriggerKey::withId("fn")), QuorlaError);
-    EXPECT_FALSE(monitor.isInstalled());
 }
 
 } // namespace
