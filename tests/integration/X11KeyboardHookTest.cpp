@@ -14,7 +14,6 @@
 #include <QTest>
 #include <chrono>
 #include <gtest/gtest.h>
-#include <thread>
 
 namespace {
 
