@@ -85,8 +85,6 @@ TEST_F(AppModelStatusTest, theTranslationSummaryFollowsTheStoredCode)
     EXPECT_EQ(model.translationLanguageSummary(),
               "Translate each finished transcript to German before inserting, copying, and saving. "
               "Quorla skips translation when the detected dictation language already matches.");
-    EXPECT_EQ(AppModel::translationLanguage(" FR "), (TranslationLanguage{"fr", "French"}));
-    EXPECT_EQ(AppModel::translationLanguage("xx"), std::nullopt);
 }
 
 TEST_F(AppModelStatusTest, anInputSourceChangeRefreshesTheHint)

@@ -22,23 +22,6 @@ TEST(InputSourceLanguageDetector, normalizesLanguageTags)
         EXPECT_EQ(Detector::normalizedISO639LanguageCode(c.tag), c.code) << c.tag.toStdString();
 }
 
-TEST(InputSourceLanguageDetector, normalizesSearchText)
-{
-    const struct {
-        QString text;
-        std::optional<QString> words;
-    } cases[] = {
-        {"com.apple.keylayout.USInternational-PC", "com apple keylayout us international pc"},
-        {"xkb:de:nodeadkeys", "xkb de nodeadkeys"},
-        {" German (Switzerland, no dead keys) ", "german switzerland no dead keys"},
-        {"2-Set Korean", "2 set korean"},
-        {"Kotoeri.RomajiTyping", "kotoeri romaji typing"},
-        {"Ελληνικά\tΠολυτονικό", "ελληνικά πολυτονικό"}, {" .:- ", std::nullopt}, {QString(), std::nullopt},
-    };
-    for (const auto &c : cases)
-        EXPECT_EQ(Detector::normalizedSearchText(c.text), c.words) << c.text.toStdString();
-}
-
 TEST(InputSourceLanguageDetector, hintNamesTheLanguageWithFallbacks)
 {
     EXPECT_EQ(Detector::makeLanguageHint("de", QLocale(QLocale::German, QLocale::Germany)),

@@ -129,11 +129,10 @@ TEST_F(OpenAIClientTest, instructionsHaveTheirSectionsInOrder)
               translation + "\n\nThe original speech language is likely French (fr).");
 }
 
-// Every reply a service might give, and every broken connection, ends in a value or
-// a message, never a crash or a hang.
+// Every kind of reply and every broken connection ends in a value or a message, never a
+// crash or a hang. Which statuses fail is OpenAIReplyValidation's rule.
 TEST_F(OpenAIClientTest, transcriptionReplyMatrix)
 {
-    const QByteArray html = "<html><body><h1>502 Bad Gateway</h1></body></html>";
     const QString status = QStringLiteral("OpenAI request failed with status %1.");
     const Reply cut{200, FakeOpenAIServer::transcriptionBody("a long enough text"), "application/json",
                     Behaviour::closeMidReply};
@@ -146,12 +145,8 @@ TEST_F(OpenAIClientTest, transcriptionReplyMatrix)
     } cases[] = {
         {"401 with error body", json(401, R"({"error":{"message":"Incorrect API key provided","type":"x"}})"),
          std::nullopt, "Incorrect API key provided"},
-        {"429 without JSON", json(429, "slow down"), std::nullopt, status.arg(429)},
-        {"500 with JSON lacking message", json(500, R"({"error":{"code":1}})"), std::nullopt, status.arg(500)},
-        {"500 HTML", Reply{500, html, "text/html"}, std::nullopt, status.arg(500)},
-        {"300 is a failure", json(300, "{}"), std::nullopt, status.arg(300)},
+        {"500 HTML", Reply{500, "<html>", "text/html"}, std::nullopt, status.arg(500)},
         {"200 wrong shape", json(200, R"({"transcript":"hi"})"), std::nullopt, decoding},
-        {"200 text not a string", json(200, R"({"text":5})"), std::nullopt, decoding},
         {"200 invalid UTF-8", json(200, "{\"text\":\"caf\xc3\x28\"}"), std::nullopt, decoding},
         {"299 blank text", json(299, R"({"text":"  \n"})"), std::nullopt, "OpenAI returned an empty transcription."},
         {"only a follow-up offer", json(200, R"({"text":"Let me know if you'd like any changes."})"), "", ""},

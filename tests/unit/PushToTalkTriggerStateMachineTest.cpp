@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <vector>
 
 namespace {
@@ -102,78 +101,5 @@ INSTANTIATE_TEST_SUITE_P(SpaceUpAndTimer, TransitionTable, ::testing::Values(
     Row{"staleTimerInHold", state(Phase::holdActive, true, false), Input::holdDelayElapsed(), state(Phase::holdActive, true, false), {}},
     Row{"staleTimerInToggle", state(Phase::toggleActive, false, false), Input::holdDelayElapsed(), state(Phase::toggleActive, false, false), {}}),
     rowName);
-
-// Every input sequence up to length 8, checking what must always hold.
-class ExhaustiveWalk
-{
-public:
-    void run(const Machine &machine, int depth)
-    {
-        if (depth == 0)
-            return;
-        for (const Input input : inputs) {
-            Machine next = machine;
-            const auto actions = next.handle(input);
-            ++steps;
-
-            if (input == Input::spaceDown(false) && machine.phase == Phase::idle && !machine.isFnPressed) {
-                ASSERT_TRUE(actions.empty()) << "a plain Space in idle must pass through";
-            }
-            if (input == Input::fnUp() && !machine.isFnPressed) {
-                ASSERT_TRUE(actions.empty()) << "fnUp with the trigger believed up never acts";
-            }
-            if (next.phase == Phase::pendingHold || next.phase == Phase::holdActive) {
-                ASSERT_TRUE(next.isFnPressed) << "a hold needs the trigger down";
-            }
-
-            const Counters saved = counters;
-            for (const Action action : actions)
-                ASSERT_NO_FATAL_FAILURE(track(action));
-            run(next, depth - 1);
-            counters = saved;
-        }
-    }
-
-    long steps = 0;
-
-private:
-    struct Counters {
-        int holdStarts = 0, holdEndsSinceStart = 0, toggleStarts = 0, toggleEndsSinceStart = 0;
-    } counters;
-
-    void track(Action action)
-    {
-        switch (action) {
-        case Action::notifyHoldStarted:
-            ++counters.holdStarts;
-            counters.holdEndsSinceStart = 0;
-            break;
-        case Action::notifyHoldEnded:
-            ASSERT_GT(counters.holdStarts, 0) << "a hold ended that never started";
-            ASSERT_EQ(++counters.holdEndsSinceStart, 1) << "a hold ended twice";
-            break;
-        case Action::notifyToggleStarted:
-            ++counters.toggleStarts;
-            counters.toggleEndsSinceStart = 0;
-            break;
-        case Action::notifyToggleEnded:
-            ASSERT_GT(counters.toggleStarts, 0) << "a toggle ended that never started";
-            ASSERT_EQ(++counters.toggleEndsSinceStart, 1) << "a toggle ended twice";
-            break;
-        default:
-            break;
-        }
-    }
-
-    static constexpr std::array inputs{Input::spaceDown(false), Input::spaceDown(true), Input::fnDown(),
-                                       Input::fnUp(),           Input::spaceUp(),       Input::holdDelayElapsed()};
-};
-
-TEST(TriggerStateMachine, everySequenceUpToEightInputsKeepsTheInvariants)
-{
-    ExhaustiveWalk walk;
-    walk.run(Machine{}, 8);
-    EXPECT_GT(walk.steps, 2'000'000);
-}
 
 } // namespace
