@@ -3,7 +3,6 @@
 #include "services/AudioRecorder.h"
 #include "support/PlatformError.h"
 
-#include <QCoro/QCoroTask>
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -110,26 +109,6 @@ TEST_F(AudioRecorderTest, theTriggerWarmsTheInputUpAndOnlyATapLetsItGo)
     QTest::qWait(int(AudioRecorder::releaseAfterTriggerUp.count()) * 2);
     EXPECT_TRUE(capture->recording) << "a hold's recording outlives the key-up";
     EXPECT_NO_THROW(recorder.stopRecording());
-}
-
-TEST_F(AudioRecorderTest, permissionIsAskedForOnlyWhenNotDetermined)
-{
-    const struct {
-        PermissionState state;
-        bool allowed;
-        int requests;
-    } cases[] = {
-        {PermissionState::authorized, true, 0}, {PermissionState::denied, false, 0},
-        {PermissionState::notDetermined, true, 1},
-    };
-    for (const auto &c : cases) {
-        capture->permission = c.state;
-        capture->permissionRequests = 0;
-        capture->answerPermission = []() -> QCoro::Task<PermissionState> { co_return PermissionState::authorized; };
-        EXPECT_EQ(QCoro::waitFor(recorder.requestPermission()), c.allowed);
-        EXPECT_EQ(capture->permissionRequests, c.requests);
-        EXPECT_EQ(recorder.permissionState(), c.allowed ? PermissionState::authorized : PermissionState::denied);
-    }
 }
 
 } // namespace

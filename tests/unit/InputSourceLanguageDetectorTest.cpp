@@ -8,20 +8,6 @@ namespace {
 
 using Detector = InputSourceLanguageDetector;
 
-TEST(InputSourceLanguageDetector, normalizesLanguageTags)
-{
-    const struct {
-        QString tag;
-        std::optional<QString> code;
-    } cases[] = {
-        {"en-US", "en"}, {"en_GB", "en"}, {"zh-Hans", "zh"}, {" DE \n", "de"}, {"deu", std::nullopt},
-        {"_", std::nullopt}, {"d", std::nullopt}, {"  ", std::nullopt}, {"e1", std::nullopt},
-        {"-en", std::nullopt},
-    };
-    for (const auto &c : cases)
-        EXPECT_EQ(Detector::normalizedISO639LanguageCode(c.tag), c.code) << c.tag.toStdString();
-}
-
 TEST(InputSourceLanguageDetector, hintNamesTheLanguageWithFallbacks)
 {
     EXPECT_EQ(Detector::makeLanguageHint("de", QLocale(QLocale::German, QLocale::Germany)),
