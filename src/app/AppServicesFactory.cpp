@@ -13,11 +13,12 @@
 #include "support/PlatformWords.h"
 
 AppServices makeAppServices(const PlatformBackends &backends, std::shared_ptr<PreferencesStore> preferences,
-                            QNetworkAccessManager *network)
+                            QNetworkAccessManager *network, const PlatformWords *words,
+                            const QString &recordingsDirectory)
 {
     AppServices services;
-    services.words = &PlatformWords::current();
-    services.audioRecorder = std::make_shared<AudioRecorder>(backends.audioCapture);
+    services.words = words ? words : &PlatformWords::current();
+    services.audioRecorder = std::make_shared<AudioRecorder>(backends.audioCapture, recordingsDirectory);
     services.openAIClient = std::make_shared<OpenAIClient>(
         network, OpenAIClient::BaseURLSource([preferences] { return ServiceAddress::configuredAPIBaseURL(*preferences); }));
     services.keychainStore = std::make_shared<KeychainStore>(backends.credentialStore,

@@ -5,6 +5,8 @@
 
 class QNetworkAccessManager;
 
-// Builds the real services over the platform backends.
+// Builds the real services over the platform backends. Without words, the running
+// platform's; without a recordings directory, the recorder's default one.
 AppServices makeAppServices(const PlatformBackends &backends, std::shared_ptr<PreferencesStore> preferences,
-                            QNetworkAccessManager *network);
+                            QNetworkAccessManager *network, const PlatformWords *words = nullptr,
+                            const QString &recordingsDirectory = {});

@@ -8,20 +8,16 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDeadlineTimer>
 #include <QDirIterator>
 #include <QProcess>
 #include <QScopeGuard>
 #include <QTemporaryDir>
-#include <QThread>
 #include <QUuid>
 #include <gtest/gtest.h>
 
 namespace {
 
 using Outcome = CredentialStore::Outcome;
-
-const QString noServiceSentence = PlatformWords::linuxDesktop().credentialServiceUnavailable;
 
 // Sets an environment variable until the guard goes, however the test ends.
 auto scopedEnvironment(const char *name, const QString &value)
@@ -116,136 +112,6 @@ TEST_F(SecretServiceCredentialStoreTest, aLockedCollectionIsNeverUnlocked)
         EXPECT_TRUE(read.isEmpty());
     }
     EXPECT_EQ(keychain.loadString(account), QStringLiteral("sk-locked-away"));
-}
-
-// A bus of our own, the stock session policy without its service directories, so
-// nothing is activated; a gnome-keyring of its own can be started and stopped on it.
-struct PrivateBus {
-    PrivateBus()
-    {
-        QDir(directory.path()).mkpath(QStringLiteral("run"));
-        QFile::setPermissions(directory.filePath(QStringLiteral("run")),
-                              QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-        QFile config(directory.filePath(QStringLiteral("bus.conf")));
-        if (!config.open(QIODevice::WriteOnly))
-            return;
-        config.write(QStringLiteral(R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig><type>session</type><listen>unix:path=%1</listen>
-<policy context="default"><allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/>
-<allow own="*"/></policy></busconfig>)")
-                         .arg(directory.filePath(QStringLiteral("bus")))
-                         .toUtf8());
-        config.close();
-        daemon.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--config-file=") + config.fileName(),
-                                                     QStringLiteral("--nofork"), QStringLiteral("--print-address=1")});
-        if (!daemon.waitForStarted(5000) || !daemon.waitForReadyRead(5000))
-            return;
-        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QString::fromUtf8(daemon.readLine().trimmed()));
-        environment.insert(QStringLiteral("XDG_DATA_HOME"), directory.filePath(QStringLiteral("data")));
-        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), directory.filePath(QStringLiteral("run")));
-    }
-    ~PrivateBus()
-    {
-        stopKeyring();
-        QDBusConnection::disconnectFromBus(directory.path());
-        daemon.terminate();
-        if (!daemon.waitForFinished(5000))
-            daemon.kill();
-    }
-
-    // Starts gnome-keyring and waits until its login collection is unlocked.
-    bool startKeyring()
-    {
-        keyring.setProcessEnvironment(environment);
-        keyring.start(QStringLiteral("gnome-keyring-daemon"),
-                      {QStringLiteral("--foreground"), QStringLiteral("--unlock"), QStringLiteral("--components=secrets")});
-        if (!keyring.waitForStarted(5000))
-            return false;
-        // Without an event loop QProcess writes only when asked to wait for it.
-        keyring.write("password");
-        keyring.waitForBytesWritten(5000);
-        keyring.closeWriteChannel();
-        QDBusConnection bus = QDBusConnection::connectToBus(
-            environment.value(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")), directory.path());
-        QDBusMessage get = QDBusMessage::createMethodCall(
-            secretsName, QStringLiteral("/org/freedesktop/secrets/collection/login"),
-            QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
-        get.setArguments({QStringLiteral("org.freedesktop.Secret.Collection"), QStringLiteral("Locked")});
-        for (QDeadlineTimer deadline(10000); !deadline.hasExpired(); QThread::msleep(50)) {
-            const QDBusMessage reply = bus.call(get, QDBus::Block, 1000);
-            if (reply.type() == QDBusMessage::ReplyMessage
-                && !reply.arguments().value(0).value<QDBusVariant>().variant().toBool())
-                return true;
-        }
-        return false;
-    }
-    void stopKeyring()
-    {
-        keyring.terminate();
-        if (!keyring.waitForFinished(5000))
-            keyring.kill();
-        keyring.waitForFinished(5000);
-    }
-
-    QTemporaryDir directory;
-    QProcess daemon;
-    QProcess keyring;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-};
-
-QString probe(const QProcessEnvironment &environment, const QStringList &arguments)
-{
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(QUORLA_KEYCHAIN_PROBE), arguments);
-    if (!process.waitForFinished(30000))
-        return QStringLiteral("hung");
-    return QString::fromUtf8(process.readAllStandardOutput().trimmed());
-}
-
-TEST(SecretServiceMissing, everyOperationSaysASecretServiceMustRun)
-{
-    const PrivateBus bus;
-    ASSERT_TRUE(bus.environment.contains(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")));
-    QProcessEnvironment noBus = QProcessEnvironment::systemEnvironment();
-    noBus.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
-    noBus.remove(QStringLiteral("DISPLAY")); // or GIO would try to autolaunch a bus
-
-    for (const auto &environment : {bus.environment, noBus}) {
-        for (const char *operation : {"save sk-nowhere", "load", "contains", "delete"}) {
-            const QString answer = probe(environment, QString::fromLatin1(operation).split(u' '));
-            EXPECT_TRUE(answer.startsWith(QStringLiteral("error ")) && answer.endsWith(QStringLiteral("). ") + noServiceSentence))
-                << answer.toStdString();
-        }
-    }
-}
-
-TEST(SecretServiceRestart, aKeyringRestartedWhileQuorlaRunsIsFoundAgain)
-{
-    PrivateBus bus;
-    ASSERT_TRUE(bus.startKeyring());
-    QProcess quorla;
-    quorla.setProcessEnvironment(bus.environment);
-    quorla.start(QStringLiteral(QUORLA_KEYCHAIN_PROBE), {QStringLiteral("save"), QStringLiteral("sk-before"),
-                                                         QStringLiteral("pause"), QStringLiteral("load"),
-                                                         QStringLiteral("save"), QStringLiteral("sk-after"),
-                                                         QStringLiteral("load")});
-    const auto nextLine = [&quorla] {
-        while (!quorla.canReadLine() && quorla.waitForReadyRead(10000)) {
-        }
-        return quorla.readLine().trimmed().toStdString();
-    };
-    EXPECT_EQ(nextLine(), "ok");
-    ASSERT_EQ(nextLine(), "paused");
-    bus.stopKeyring();
-    ASSERT_TRUE(bus.startKeyring());
-    quorla.write("\n");
-    quorla.waitForBytesWritten(5000);
-    EXPECT_EQ(nextLine(), "ok sk-before");
-    EXPECT_EQ(nextLine(), "ok");
-    EXPECT_EQ(nextLine(), "ok sk-after");
-    EXPECT_TRUE(quorla.waitForFinished(10000));
 }
 
 // The key lives only in the keyring: nothing under Quorla's config or temporary

@@ -14,7 +14,6 @@
 #include <QTest>
 #include <chrono>
 #include <gtest/gtest.h>
-#include <thread>
 
 namespace {
 
@@ -168,36 +167,6 @@ TEST_F(X11KeyboardHookTest, synthesizedKeysAreIgnoredUnlessAsked)
     release("Control_R");
     EXPECT_TRUE(events.isEmpty());
     EXPECT_EQ(pressesAtTarget().count(Qt::Key_Space), 1) << "Space is not taken for keys Quorla itself typed";
-}
-
-// The keyboard must not wait for Quorla: with the main thread blocked, the Space that
-// ends a toggle is still taken and the next plain Space reaches the target at once.
-TEST_F(X11KeyboardHookTest, aBusyMainThreadDoesNotHoldOrDelaySpace)
-{
-    monitor.installMonitors();
-    pressTrigger("Control_R");
-    tapSpace();
-    release("Control_R");
-    expectEvents({"toggleStarted"});
-
-    // While the main thread sleeps, a hand ends the toggle with Space, then types a plain one.
-    std::thread hand([] {
-        XTestKeyboard handKeys;
-        for (const bool down : {true, false, true, false}) {
-            std::this_thread::sleep_for(20ms);
-            down ? handKeys.press("space") : handKeys.release("space");
-        }
-    });
-    std::this_thread::sleep_for(500ms); // the main thread is busy
-    const auto unblockedAt = std::chrono::steady_clock::now();
-    hand.join();
-
-    const auto arrived = target.waitForKey(true, Qt::Key_Space);
-    ASSERT_TRUE(arrived.has_value());
-    const auto arrivedAt = std::chrono::steady_clock::time_point(std::chrono::microseconds(arrived->arrivedAtMicroseconds));
-    EXPECT_LT(arrivedAt, unblockedAt) << "the plain Space waited for the main thread";
-    expectEvents({"toggleStarted", "toggleEnded"});
-    EXPECT_FALSE(pressesAtTarget().contains(Qt::Key_Space)) << "only the plain Space reached the target";
 }
 
 TEST(X11KeyboardHookInstall, failuresSayWhatIsMissing)

@@ -1,5 +1,3 @@
-#include "ModelFixture.h"
-
 #include "platform/linux/XkbInputSourceProvider.h"
 #include "platform/linux/XkbKeyboardConnection.h"
 #include "platform/linux/XkbLayoutRegistry.h"
@@ -74,32 +72,6 @@ TEST_F(XkbInputSourceProviderTest, hintAndNoticeFollowTheLayout)
     ASSERT_TRUE(setxkbmap({QStringLiteral("-layout"), QStringLiteral("fr")}));
     QTest::qWait(300);
     EXPECT_EQ(notices, 2);
-}
-
-TEST_F(XkbInputSourceProviderTest, theModelFollowsTheLayout)
-{
-    ModelFixture fixture;
-    fixture.makeModel();
-    AppServices services = fixture.services;
-    services.inputSourceLanguageDetector =
-        std::make_shared<InputSourceLanguageDetector>(std::make_shared<XkbInputSourceProvider>());
-    AppModel model(services);
-    EXPECT_EQ(model.currentInputLanguageHint(), (InputLanguageHint{QStringLiteral("en"), QStringLiteral("English")}));
-
-    ASSERT_TRUE(setxkbmap({QStringLiteral("-layout"), QStringLiteral("de")}));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return model.currentInputLanguageHint().has_value()
-                                             && model.currentInputLanguageHint()->code == u"de"; },
-                                5000));
-}
-
-TEST_F(XkbInputSourceProviderTest, noDisplayMeansNoSource)
-{
-    const QByteArray display = qgetenv("DISPLAY");
-    qunsetenv("DISPLAY");
-    XkbInputSourceProvider provider;
-    qputenv("DISPLAY", display);
-    provider.startObservingChanges([] {});
-    EXPECT_EQ(provider.currentInputSource(), std::nullopt);
 }
 
 TEST(XkbLayoutRegistry, readsDescriptionsAndLanguagesOfLayoutsAndVariants)

@@ -14,7 +14,6 @@ public:
     PermissionState permissionState() override { return permission; }
     QCoro::Task<bool> requestPermission() override
     {
-        ++permissionRequests;
         if (answerPermission)
             permission = co_await answerPermission();
         co_return permission == PermissionState::authorized;
@@ -71,5 +70,4 @@ public:
     bool recording = false;
     bool prepared = false;
     std::exception_ptr fault;
-    int permissionRequests = 0;
 };

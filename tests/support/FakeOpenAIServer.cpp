@@ -3,9 +3,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QPointer>
 #include <QTcpSocket>
-#include <QTimer>
 #include <memory>
 
 namespace {
@@ -140,17 +138,6 @@ void FakeOpenAIServer::respond(QTcpSocket *socket, const Reply &reply)
         socket->flush();
         socket->abort();
         return;
-    case Behaviour::answerSlowly: {
-        socket->write(headerBlock(reply, reply.body.size()));
-        QPointer<QTcpSocket> target(socket);
-        for (qsizetype offset = 0, step = 0; offset < reply.body.size(); offset += 8, ++step) {
-            QTimer::singleShot(int(reply.chunkDelayMs * (step + 1)), this, [target, piece = reply.body.mid(offset, 8)] {
-                if (target)
-                    target->write(piece);
-            });
-        }
-        return;
-    }
     case Behaviour::hugeBody:
         socket->write(headerBlock(reply, reply.hugeBodyBytes));
         streamFiller(socket, reply.hugeBodyBytes);

@@ -27,7 +27,6 @@ public:
 
     enum class Behaviour {
         answer,
-        answerSlowly,  // the body in small pieces, chunkDelayMs apart
         closeMidReply, // headers and half the body, then the connection is dropped
         stall,         // reads the request, never answers
         hugeBody,      // hugeBodyBytes of filler, written as the client reads
@@ -38,7 +37,6 @@ public:
         QByteArray body;
         QByteArray contentType = "application/json";
         Behaviour behaviour = Behaviour::answer;
-        int chunkDelayMs = 20;
         qint64 hugeBodyBytes = 0;
     };
 

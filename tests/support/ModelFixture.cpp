@@ -1,11 +1,7 @@
 #include "ModelFixture.h"
 
-#include "AppInfo.h"
-#include "services/AppUpdateClient.h"
-#include "services/AudioRecorder.h"
-#include "services/GlobalPushToTalkMonitor.h"
-#include "services/InputSourceLanguageDetector.h"
-#include "stores/KeychainStore.h"
+#include "app/AppServicesFactory.h"
+#include "platform/PlatformBackends.h"
 #include "stores/PreferencesStore.h"
 #include "support/PlatformWords.h"
 
@@ -25,22 +21,17 @@ QString ModelFixture::recordingsDirectory() const
     return directory.filePath(QStringLiteral("tmp/Quorla"));
 }
 
+// Through the factory the application uses, so its wiring is what the tests see.
 AppModel &ModelFixture::makeModel()
 {
     m_model.reset();
-    services = {};
-    services.words = words;
-    services.audioRecorder = std::make_shared<AudioRecorder>(audio, recordingsDirectory());
+    auto preferences = std::make_shared<PreferencesStore>(preferencesPath());
+    preferences->setString(QStringLiteral("latestReleaseURL"), latestReleaseURL.toString());
+    const PlatformBackends backends{keyboard, workspace, accessibility, audio, inputSource, credentials, keys};
+    services = makeAppServices(backends, std::move(preferences), &network, words, recordingsDirectory());
+    // The speech service and the inserter stand in for HTTP and for the whole insertion.
     services.openAIClient = speech;
-    services.keychainStore =
-        std::make_shared<KeychainStore>(credentials, QStringLiteral(QUORLA_APP_ID), *services.words);
-    services.pushToTalkMonitor = std::make_shared<GlobalPushToTalkMonitor>(keyboard, workspace);
     services.textInsertionService = inserter;
-    services.inputSourceLanguageDetector = std::make_shared<InputSourceLanguageDetector>(inputSource);
-    services.appUpdateClient = std::make_shared<AppUpdateClient>(&network, latestReleaseURL);
-    services.accessibility = accessibility;
-    services.workspace = workspace;
-    services.preferences = std::make_shared<PreferencesStore>(preferencesPath());
     services.now = [this] { return now; };
     m_model = std::make_unique<AppModel>(services);
     return *m_model;

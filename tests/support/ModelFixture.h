@@ -4,6 +4,7 @@
 #include "FakeAudioCapture.h"
 #include "FakeCredentialStore.h"
 #include "FakeInputSourceProvider.h"
+#include "FakeKeySynthesizer.h"
 #include "FakeKeyboardHook.h"
 #include "FakeSpeechService.h"
 #include "FakeTextInserter.h"
@@ -19,8 +20,9 @@
 
 struct PlatformWords;
 
-// The model over fakes at every seam, with its preferences and recordings in a
-// private temporary directory. Tests arrange the fakes, then call makeModel().
+// The model as the application builds it, over fakes at every platform seam, with its
+// preferences and recordings in a private temporary directory. Tests arrange the
+// fakes, then call makeModel().
 class ModelFixture
 {
 public:
@@ -43,6 +45,7 @@ public:
     std::shared_ptr<FakeCredentialStore> credentials = std::make_shared<FakeCredentialStore>();
     std::shared_ptr<FakeSpeechService> speech = std::make_shared<FakeSpeechService>();
     std::shared_ptr<FakeTextInserter> inserter = std::make_shared<FakeTextInserter>();
+    std::shared_ptr<FakeKeySynthesizer> keys = std::make_shared<FakeKeySynthesizer>();
     AppServices services;
     QDateTime now = QDateTime(QDate(2026, 1, 1), QTime(12, 0), Qt::UTC);
     QUrl latestReleaseURL = QUrl(QStringLiteral("http://127.0.0.1:9/api/app/latest"));

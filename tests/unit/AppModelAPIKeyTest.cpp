@@ -30,57 +30,62 @@ protected:
     }
 };
 
-TEST_F(AppModelAPIKeyTest, savingStoresTheTrimmedDraftAndAnUnsavedDraftWins)
+// Save and Clear with every kind of draft, working and failing.
+TEST_F(AppModelAPIKeyTest, savingAndClearingTheKey)
 {
-    AppModel &model = fixture.makeModel();
-    model.presentError("an old error");
-    QSignalSpy savedState(&model, &AppModel::hasStoredAPIKeyChanged);
-    model.setApiKeyDraft("  sk-typed-key\n");
-    model.saveAPIKey();
-
-    EXPECT_EQ(fixture.credentials->items.value(itemKey), "sk-typed-key");
-    EXPECT_EQ(model.apiKeyDraft(), QString());
-    EXPECT_TRUE(model.hasStoredAPIKey());
-    EXPECT_EQ(storedMarker(), true);
-    EXPECT_EQ(model.statusMessage(), "API key saved to Keychain.");
-    EXPECT_EQ(model.errorMessage(), std::nullopt);
-    EXPECT_EQ(model.validatedAPIKey(), "sk-typed-key");
-
-    model.setApiKeyDraft("sk-replacement");
-    model.saveAPIKey();
-    EXPECT_EQ(fixture.credentials->items.value(itemKey), "sk-replacement");
-    EXPECT_EQ(savedState.count(), 1); // saving again changes nothing observable
-
-    model.setApiKeyDraft("\tsk-typed \n");
-    EXPECT_EQ(model.validatedAPIKey(), "sk-typed");
-    EXPECT_EQ(fixture.credentials->items.value(itemKey), "sk-replacement");
-    EXPECT_EQ(model.apiKeyDraft(), "\tsk-typed \n");
-}
-
-// A blank draft saved and Clear both remove the key; only Clear keeps what is typed.
-TEST_F(AppModelAPIKeyTest, removingTheKeyForgetsItsCachedCopy)
-{
-    for (const bool blankDraft : {true, false}) {
-        SCOPED_TRACE(blankDraft ? "blank draft" : "clear");
-        fixture.credentials->items[itemKey] = "sk-old";
+    const QString removeFailed = "Couldn't remove the saved API key (status -25).";
+    const struct {
+        const char *name, *draft;
+        bool clear, fails;
+        std::optional<QByteArray> item; // what the keyring holds after
+        QString status;
+        std::optional<QString> error;
+        QString draftAfter;
+    } cases[] = {
+        {"save trims", "  sk-typed-key\n", false, false, "sk-typed-key", "API key saved to Keychain.", {}, ""},
+        {"a blank save removes", " \t\n ", false, false, {}, "Saved API key removed.", {}, ""},
+        {"clear keeps the draft", "half typed", true, false, {}, "Saved API key removed.", {}, "half typed"},
+        {"failed save", "sk-new", false, true, "sk-old", "Couldn't save the API key.",
+         "Couldn't update the API key in Keychain (status -25).", "sk-new"},
+        {"failed blank save", " ", false, true, "sk-old", "Couldn't save the API key.", removeFailed, " "},
+        {"failed clear", " ", true, true, "sk-old", "Couldn't remove the saved API key.", removeFailed, " "},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        fixture.credentials->failure.reset();
+        fixture.credentials->items = {{itemKey, "sk-old"}};
         AppModel &model = fixture.makeModel();
         ASSERT_EQ(model.validatedAPIKey(), "sk-old");
         model.presentError("an old error");
-        model.setApiKeyDraft(blankDraft ? " \t\n " : "half typed");
-        if (blankDraft)
-            model.saveAPIKey();
-        else
-            model.clearAPIKey();
+        QSignalSpy savedState(&model, &AppModel::hasStoredAPIKeyChanged);
+        if (c.fails)
+            fixture.credentials->failure = CredentialStore::Result{Outcome::failure, -25};
+        model.setApiKeyDraft(c.draft);
+        c.clear ? model.clearAPIKey() : model.saveAPIKey();
 
-        EXPECT_FALSE(fixture.credentials->items.contains(itemKey));
-        EXPECT_FALSE(model.hasStoredAPIKey());
-        EXPECT_EQ(storedMarker(), false);
-        EXPECT_EQ(model.errorMessage(), std::nullopt);
-        EXPECT_EQ(model.statusMessage(), "Saved API key removed.");
-        EXPECT_EQ(model.apiKeyDraft(), blankDraft ? "" : "half typed");
+        EXPECT_EQ(fixture.credentials->items.contains(itemKey) ? std::optional(fixture.credentials->items.value(itemKey))
+                                                               : std::nullopt,
+                  c.item);
+        EXPECT_EQ(model.hasStoredAPIKey(), c.item.has_value());
+        EXPECT_EQ(savedState.count(), c.item.has_value() ? 0 : 1);
+        EXPECT_EQ(storedMarker(), c.item.has_value());
+        EXPECT_EQ(model.statusMessage(), c.status);
+        EXPECT_EQ(model.errorMessage(), c.error);
+        EXPECT_EQ(model.apiKeyDraft(), c.draftAfter);
         model.setApiKeyDraft(QString());
-        EXPECT_EQ(keyError(model), missingKey);
+        if (!c.fails) { // no stale cached copy
+            EXPECT_EQ(c.item ? model.validatedAPIKey() : keyError(model), c.item ? QString(*c.item) : missingKey);
+        }
     }
+}
+
+TEST_F(AppModelAPIKeyTest, anUnsavedDraftWinsOverTheSavedKey)
+{
+    fixture.credentials->items[itemKey] = "sk-saved";
+    AppModel &model = fixture.makeModel();
+    model.setApiKeyDraft("\tsk-typed \n");
+    EXPECT_EQ(model.validatedAPIKey(), "sk-typed");
+    EXPECT_EQ(fixture.credentials->items.value(itemKey), "sk-saved");
 }
 
 TEST_F(AppModelAPIKeyTest, theSavedKeyIsReadTrimmedOnceAndAReadFailureChangesNothing)
@@ -144,34 +149,6 @@ TEST_F(AppModelAPIKeyTest, theMarkerAtLaunchCombinesTheDefaultsAndTheKeyring)
         EXPECT_EQ(model.hasStoredAPIKey(), c.expected);
         EXPECT_EQ(storedMarker(), c.persisted);
         EXPECT_EQ(model.errorMessage(), std::nullopt);
-    }
-}
-
-TEST_F(AppModelAPIKeyTest, aFailedSaveOrRemovalKeepsEverythingAsItWas)
-{
-    fixture.credentials->items[itemKey] = "sk-old";
-    AppModel &model = fixture.makeModel();
-    fixture.credentials->failure = CredentialStore::Result{Outcome::failure, -25};
-    const QString removeFailed = QStringLiteral("Couldn't remove the saved API key (status -25).");
-    const struct {
-        const char *draft;
-        bool clear;
-        QString error, status;
-    } cases[] = {
-        {"sk-new", false, "Couldn't update the API key in Keychain (status -25).", "Couldn't save the API key."},
-        {" ", false, removeFailed, "Couldn't save the API key."},
-        {" ", true, removeFailed, "Couldn't remove the saved API key."},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.status.toStdString());
-        model.setApiKeyDraft(c.draft);
-        c.clear ? model.clearAPIKey() : model.saveAPIKey();
-        EXPECT_EQ(model.errorMessage(), c.error);
-        EXPECT_EQ(model.statusMessage(), c.status);
-        EXPECT_EQ(model.apiKeyDraft(), c.draft);
-        EXPECT_TRUE(model.hasStoredAPIKey());
-        EXPECT_EQ(storedMarker(), true);
-        EXPECT_EQ(fixture.credentials->items.value(itemKey), "sk-old");
     }
 }
 

@@ -45,13 +45,6 @@ TEST_F(AppModelPreferencesTest, storedValuesAreReadBackAndMalformedOnesFallBackT
     }
 }
 
-TEST_F(AppModelPreferencesTest, aCorruptFileYieldsDefaultsAndIsKeptAside)
-{
-    writePreferences("{\"autoCopyTranscript\": fal");
-    EXPECT_TRUE(fixture.makeModel().autoCopyTranscript());
-    EXPECT_TRUE(QFile::exists(fixture.preferencesPath() + ".corrupt"));
-}
-
 TEST_F(AppModelPreferencesTest, everyChangeIsPersistedAtOnceAndEqualValuesDoNotNotify)
 {
     AppModel &model = fixture.makeModel();
@@ -94,20 +87,6 @@ TEST_F(AppModelPreferencesTest, translationCodesAreStoredOnlyInCanonicalForm)
         EXPECT_FALSE(stored().contains("translationLanguageCode"));
     }
     EXPECT_EQ(changes.count(), 2); // only canonical codes are announced
-}
-
-TEST_F(AppModelPreferencesTest, aFailedInstallIsShownAndRetriedOnlyUntilItWorks)
-{
-    fixture.keyboard->installFailure = QuorlaError::hotkeyRegistrationFailed("No keyboard here.");
-    AppModel &model = fixture.makeModel();
-    model.startAppServices();
-    EXPECT_EQ(model.triggerRegistrationError(), "No keyboard here.");
-
-    fixture.keyboard->installFailure.reset();
-    model.startAppServices();
-    model.startAppServices();
-    EXPECT_EQ(fixture.keyboard->installCount, 2);
-    EXPECT_EQ(model.triggerRegistrationError(), std::nullopt);
 }
 
 } // namespace

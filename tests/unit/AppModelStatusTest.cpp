@@ -60,12 +60,6 @@ TEST_F(AppModelStatusTest, askingForAccessibilityReportsTheAnswer)
     EXPECT_EQ(model.statusMessage(), model.defaultStatusMessage());
 }
 
-TEST_F(AppModelStatusTest, settingsPanesOpenThroughTheWorkspace)
-{
-    fixture.makeModel().openSettingsPane("Privacy_Microphone");
-    EXPECT_EQ(fixture.workspace->openedPanes, QStringList{"Privacy_Microphone"});
-}
-
 TEST_F(AppModelStatusTest, translationIsSkippedOnlyWhenTheDictationIsAlreadyInTheTarget)
 {
     const auto target = [](const char *code) { return std::optional(TranslationLanguage{code, {}}); };
@@ -92,8 +86,6 @@ TEST_F(AppModelStatusTest, theTranslationSummaryFollowsTheStoredCode)
     EXPECT_EQ(model.translationLanguageSummary(),
               "Translate each finished transcript to German before inserting, copying, and saving. "
               "Quorla skips translation when the detected dictation language already matches.");
-    EXPECT_EQ(TranslationLanguageCatalog::translationLanguage(" FR "), (TranslationLanguage{"fr", "French"}));
-    EXPECT_EQ(TranslationLanguageCatalog::translationLanguage("xx"), std::nullopt);
 }
 
 TEST_F(AppModelStatusTest, anInputSourceChangeRefreshesTheHint)

@@ -1,6 +1,7 @@
 #include "ModelTest.h"
 
 #include "models/CustomDictionary.h"
+#include "models/TranscriptionPrompt.h"
 #include "stores/CustomDictionaryStorage.h"
 
 namespace {
@@ -36,18 +37,29 @@ TEST(CustomDictionaryText, cleaningDropsBlanksAndLaterDuplicates)
     EXPECT_EQ(cleanedCustomDictionaryEntries(stored), (Entries{term("Acme"), term("open eye")}));
 }
 
-TEST(CustomDictionaryText, guidanceHasOneSectionPerKindInOrder)
+// What the transcription request carries for a dictionary, word for word.
+TEST(CustomDictionaryText, theTranscriptionPromptWrapsTheGuidance)
 {
-    EXPECT_EQ(customDictionaryGuidance({}), std::nullopt);
-    EXPECT_EQ(customDictionaryGuidance({term(" \n")}), std::nullopt);
-    EXPECT_EQ(customDictionaryGuidance({rule("open eye", "OpenAI")}),
-              "If any of these spoken forms are heard or clearly intended, the returned transcript must "
-              "replace them with the exact output shown:\n- open eye -> OpenAI");
-    EXPECT_EQ(customDictionaryGuidance({rule("open eye", "OpenAI"), term("Acme Corp"), term("jane@acme.io")}),
-              "If any of these terms are spoken or clearly intended, the returned transcript must use "
-              "these exact spellings, capitalization, punctuation, and symbols:\n- Acme Corp\n- jane@acme.io"
-              "\n\nIf any of these spoken forms are heard or clearly intended, the returned transcript "
-              "must replace them with the exact output shown:\n- open eye -> OpenAI");
+    const QString head = "You are transcribing spoken audio.\nApply these dictionary rules directly in the transcript "
+                         "you return.\nThe transcript may include names, email addresses, company names, or product "
+                         "terms.\n";
+    const QString terms = "If any of these terms are spoken or clearly intended, the returned transcript must use "
+                          "these exact spellings, capitalization, punctuation, and symbols:\n";
+    const QString rules = "If any of these spoken forms are heard or clearly intended, the returned transcript must "
+                          "replace them with the exact output shown:\n";
+    const QString tail = "\nReturn only the transcript text.";
+    const struct {
+        Entries entries;
+        std::optional<QString> prompt;
+    } cases[] = {
+        {{}, std::nullopt},
+        {{term(" \n")}, std::nullopt},
+        {{rule("open eye", "OpenAI")}, head + rules + "- open eye -> OpenAI" + tail},
+        {{rule("open eye", "OpenAI"), term("Acme Corp"), term("jane@acme.io")},
+         head + terms + "- Acme Corp\n- jane@acme.io\n\n" + rules + "- open eye -> OpenAI" + tail},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(transcriptionPrompt(customDictionaryGuidance(c.entries)), c.prompt) << c.entries.size();
 }
 
 class CustomDictionaryModelTest : public ModelTest
@@ -56,7 +68,7 @@ protected:
     [[nodiscard]] Entries storedEntries() const { return loadedCustomDictionaryEntries(stored()); }
 };
 
-TEST_F(CustomDictionaryModelTest, addingUpdatesByCaseOrAccentAndRefusesExactDuplicates)
+TEST_F(CustomDictionaryModelTest, addingUpdatesByCaseOrAccentAndRefusesDuplicatesAndBlanks)
 {
     AppModel &model = fixture.makeModel();
     model.presentError("Old error.");
@@ -76,18 +88,12 @@ TEST_F(CustomDictionaryModelTest, addingUpdatesByCaseOrAccentAndRefusesExactDupl
     EXPECT_TRUE(model.addCustomDictionaryEntry("Café", std::nullopt, false));
     EXPECT_EQ(model.customDictionaryEntries().last(), term("Café"));
     EXPECT_EQ(storedEntries(), model.customDictionaryEntries());
-}
 
-TEST_F(CustomDictionaryModelTest, addingRefusesBlankInput)
-{
-    AppModel &model = fixture.makeModel();
     EXPECT_FALSE(model.addCustomDictionaryEntry(" \n\t", "x", true));
     EXPECT_EQ(model.statusMessage(), "Enter a name, email, or company term first.");
     EXPECT_FALSE(model.addCustomDictionaryEntry("open eye", "  ", true));
     EXPECT_EQ(model.statusMessage(), "Enter a replacement term first.");
-    EXPECT_FALSE(model.addCustomDictionaryEntry("open eye", std::nullopt, true));
-    EXPECT_TRUE(model.customDictionaryEntries().isEmpty());
-    EXPECT_FALSE(stored().contains("customDictionaryEntries"));
+    EXPECT_EQ(model.customDictionaryEntries().size(), 2);
 }
 
 TEST_F(CustomDictionaryModelTest, persistingWritesBothKeysAndRemovingAndClearingFollow)

@@ -29,64 +29,46 @@ protected:
     QStringList events;
 };
 
-TEST_F(GlobalPushToTalkMonitorTest, holdingTheTriggerStartsAHoldAfterTheDelay)
+// Steps: T/t the trigger down/up, S/s Space down/up, R a Space repeat, H the hold delay
+// running out. Space steps leave X when taken from the application, P when let through.
+TEST_F(GlobalPushToTalkMonitorTest, gesturesGiveTheirEventsAndTakeOnlyTheirSpaces)
 {
-    keyboard->trigger(true);
-    EXPECT_EQ(monitor.capturedTargetApplication(), editor);
-    EXPECT_TRUE(events.isEmpty());
-    QTRY_COMPARE_WITH_TIMEOUT(events, QStringList{"holdStarted"}, 2000);
-    keyboard->trigger(false);
-    EXPECT_EQ(events, QStringList({"holdStarted", "holdEnded"}));
-    EXPECT_EQ(monitor.capturedTargetApplication(), nullptr);
-}
-
-TEST_F(GlobalPushToTalkMonitorTest, aQuickTapCancelsTheTimerAndClearsTheTarget)
-{
-    keyboard->trigger(true);
-    keyboard->trigger(false);
-    QTest::qWait(200);
-    EXPECT_TRUE(events.isEmpty());
-    EXPECT_EQ(monitor.capturedTargetApplication(), nullptr);
-}
-
-TEST_F(GlobalPushToTalkMonitorTest, aPlainSpacePassesThroughButIsTracked)
-{
-    EXPECT_FALSE(keyboard->spaceDown());
-    EXPECT_TRUE(monitor.triggerState().isSpacePressed);
-    EXPECT_FALSE(keyboard->spaceUp());
-    EXPECT_FALSE(monitor.triggerState().isSpacePressed);
-    EXPECT_TRUE(events.isEmpty());
-    EXPECT_FALSE(keyboard->spaceCaptureWanted);
-}
-
-TEST_F(GlobalPushToTalkMonitorTest, triggerPlusSpaceSwallowsBothSpaceEvents)
-{
-    keyboard->trigger(true);
-    EXPECT_TRUE(keyboard->spaceCaptureWanted);
-    EXPECT_TRUE(keyboard->spaceDown());
-    EXPECT_FALSE(keyboard->spaceDown(/*autoRepeat=*/true)) << "a repeat is neither fed nor swallowed";
-    EXPECT_TRUE(keyboard->spaceUp());
-    keyboard->trigger(false);
-    EXPECT_EQ(events, QStringList{"toggleStarted"});
-    EXPECT_TRUE(keyboard->spaceCaptureWanted) << "the next Space ends the toggle";
-
-    EXPECT_TRUE(keyboard->spaceDown());
-    EXPECT_TRUE(keyboard->spaceUp());
-    EXPECT_EQ(events, QStringList({"toggleStarted", "toggleEnded"}));
-    EXPECT_FALSE(keyboard->spaceCaptureWanted);
+    const struct {
+        const char *name, *steps, *spaces;
+        QStringList events;
+        bool spaceWantedAfter;
+    } cases[] = {
+        {"hold", "THt", "", {"holdStarted", "holdEnded"}, false},
+        {"tap", "Tt", "", {}, false},
+        {"plain Space", "Ss", "PP", {}, false},
+        {"toggle", "TSRstSs", "XPXXX", {"toggleStarted", "toggleEnded"}, false},
+        {"toggle running", "TSst", "XX", {"toggleStarted"}, true},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        events.clear();
+        QString spaces;
+        for (const char step : std::string_view(c.steps)) {
+            if (step == 'T' || step == 't')
+                keyboard->trigger(step == 'T');
+            else if (step == 'H')
+                monitor.apply(PushToTalkTriggerInput::holdDelayElapsed());
+            else
+                spaces += (step == 's' ? keyboard->spaceUp() : keyboard->spaceDown(step == 'R')) ? 'X' : 'P';
+            if (step == 'T')
+                EXPECT_EQ(monitor.capturedTargetApplication(), editor);
+        }
+        EXPECT_EQ(spaces, c.spaces);
+        EXPECT_EQ(events, c.events);
+        EXPECT_EQ(keyboard->spaceCaptureWanted, c.spaceWantedAfter);
+        if (!c.spaceWantedAfter)
+            EXPECT_EQ(monitor.capturedTargetApplication(), nullptr);
+        monitor.stop();
+        monitor.installMonitors();
+    }
+    events.clear();
     QTest::qWait(150);
-    EXPECT_EQ(events.size(), 2) << "the cancelled hold timer never fires";
-}
-
-TEST_F(GlobalPushToTalkMonitorTest, stopResetsEverything)
-{
-    keyboard->trigger(true);
-    monitor.stop();
-    QTest::qWait(150);
-    EXPECT_TRUE(events.isEmpty());
-    EXPECT_EQ(monitor.triggerState(), PushToTalkTriggerStateMachine{});
-    EXPECT_EQ(monitor.capturedTargetApplication(), nullptr);
-    EXPECT_FALSE(monitor.isInstalled());
+    EXPECT_TRUE(events.isEmpty()) << "no hold timer of an ended gesture fires";
 }
 
 TEST_F(GlobalPushToTalkMonitorTest, changingTheTriggerEndsTheGestureItStarted)
@@ -119,13 +101,6 @@ TEST_F(GlobalPushToTalkMonitorTest, changingTheTriggerEndsTheGestureItStarted)
     events.clear();
     QTest::qWait(150);
     EXPECT_TRUE(events.isEmpty()) << "no timer of an earlier gesture fires";
-}
-
-TEST_F(GlobalPushToTalkMonitorTest, aTriggerTheKeyboardCannotSendIsReported)
-{
-    keyboard->triggerKeyFailure = QuorlaError::hotkeyRegistrationFailed("no such key");
-    EXPECT_THROW(monitor.setTriggerKey(*TriggerKey::withId("fn")), QuorlaError);
-    EXPECT_FALSE(monitor.isInstalled());
 }
 
 } // namespace

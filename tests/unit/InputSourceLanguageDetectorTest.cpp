@@ -8,37 +8,6 @@ namespace {
 
 using Detector = InputSourceLanguageDetector;
 
-TEST(InputSourceLanguageDetector, normalizesLanguageTags)
-{
-    const struct {
-        QString tag;
-        std::optional<QString> code;
-    } cases[] = {
-        {"en-US", "en"}, {"en_GB", "en"}, {"zh-Hans", "zh"}, {" DE \n", "de"}, {"deu", std::nullopt},
-        {"_", std::nullopt}, {"d", std::nullopt}, {"  ", std::nullopt}, {"e1", std::nullopt},
-        {"-en", std::nullopt},
-    };
-    for (const auto &c : cases)
-        EXPECT_EQ(Detector::normalizedISO639LanguageCode(c.tag), c.code) << c.tag.toStdString();
-}
-
-TEST(InputSourceLanguageDetector, normalizesSearchText)
-{
-    const struct {
-        QString text;
-        std::optional<QString> words;
-    } cases[] = {
-        {"com.apple.keylayout.USInternational-PC", "com apple keylayout us international pc"},
-        {"xkb:de:nodeadkeys", "xkb de nodeadkeys"},
-        {" German (Switzerland, no dead keys) ", "german switzerland no dead keys"},
-        {"2-Set Korean", "2 set korean"},
-        {"Kotoeri.RomajiTyping", "kotoeri romaji typing"},
-        {"Ελληνικά\tΠολυτονικό", "ελληνικά πολυτονικό"}, {" .:- ", std::nullopt}, {QString(), std::nullopt},
-    };
-    for (const auto &c : cases)
-        EXPECT_EQ(Detector::normalizedSearchText(c.text), c.words) << c.text.toStdString();
-}
-
 TEST(InputSourceLanguageDetector, hintNamesTheLanguageWithFallbacks)
 {
     EXPECT_EQ(Detector::makeLanguageHint("de", QLocale(QLocale::German, QLocale::Germany)),

@@ -73,29 +73,13 @@ TEST_F(OpenAIClientTest, transcriptionUploadIsByteExact)
                                 + "\"prompt\"\r\n\r\n  Acme Corp \n\r\n" + part
                                 + "\"file\"; filename=\"rec-1.m4a\"\r\nContent-Type: audio/m4a\r\n\r\n" + audio
                                 + "\r\n--" + boundary + "--\r\n");
-}
 
-TEST_F(OpenAIClientTest, optionalPartsFollowTheirPresenceRules)
-{
-    const struct {
-        std::optional<QString> language, prompt;
-        bool hasLanguage, hasPrompt;
-    } cases[] = {
-        {std::nullopt, std::nullopt, false, false}, {QString(), " \n\t ", false, false},
-        {" en", "x", true, true},
-    };
-    for (const auto &c : cases) {
-        ASSERT_TRUE(transcribe(c.language, c.prompt).value);
-        const QByteArray body = server.requests().last().body;
-        EXPECT_EQ(body.contains("name=\"language\""), c.hasLanguage);
-        EXPECT_EQ(body.contains("name=\"prompt\""), c.hasPrompt);
-        if (c.hasLanguage) { // sent as given, untrimmed
-            EXPECT_TRUE(body.contains("name=\"language\"\r\n\r\n en\r\n"));
-        }
-        EXPECT_TRUE(body.contains("gpt-4o-mini-transcribe"));
-    }
-    // Every request has a boundary of its own.
-    EXPECT_NE(boundaryOf(server.requests()[0]), boundaryOf(server.requests()[1]));
+    // Blank optional parts are left out; the fast mode has its own model.
+    ASSERT_TRUE(transcribe(QString(), " \n\t ").value);
+    const QByteArray plain = server.requests().last().body;
+    EXPECT_FALSE(plain.contains("name=\"language\"") || plain.contains("name=\"prompt\""));
+    EXPECT_TRUE(plain.contains("gpt-4o-mini-transcribe"));
+    EXPECT_NE(boundaryOf(server.requests().last()), boundary);
 }
 
 TEST_F(OpenAIClientTest, chatPassesSendTwoMessagesAndNoTemperature)
@@ -145,13 +129,11 @@ TEST_F(OpenAIClientTest, instructionsHaveTheirSectionsInOrder)
               translation + "\n\nThe original speech language is likely French (fr).");
 }
 
-// Every reply a service might give, and every broken connection, ends in a value or
-// a message, never a crash or a hang.
+// Every kind of reply and every broken connection ends in a value or a message, never a
+// crash or a hang. Which statuses fail is OpenAIReplyValidation's rule.
 TEST_F(OpenAIClientTest, transcriptionReplyMatrix)
 {
-    const QByteArray html = "<html><body><h1>502 Bad Gateway</h1></body></html>";
     const QString status = QStringLiteral("OpenAI request failed with status %1.");
-    const Reply slow{200, FakeOpenAIServer::transcriptionBody("Slow."), "application/json", Behaviour::answerSlowly, 5};
     const Reply cut{200, FakeOpenAIServer::transcriptionBody("a long enough text"), "application/json",
                     Behaviour::closeMidReply};
     const struct {
@@ -163,26 +145,16 @@ TEST_F(OpenAIClientTest, transcriptionReplyMatrix)
     } cases[] = {
         {"401 with error body", json(401, R"({"error":{"message":"Incorrect API key provided","type":"x"}})"),
          std::nullopt, "Incorrect API key provided"},
-        {"429 with JSON", json(429, R"({"error":{"message":"Rate limit reached"}})"), std::nullopt, "Rate limit reached"},
-        {"429 without JSON", json(429, "slow down"), std::nullopt, status.arg(429)},
-        {"500 with JSON lacking message", json(500, R"({"error":{"code":1}})"), std::nullopt, status.arg(500)},
-        {"500 HTML", Reply{500, html, "text/html"}, std::nullopt, status.arg(500)},
-        {"407 without JSON", json(407, ""), std::nullopt, status.arg(407)},
-        {"300 is a failure", json(300, "{}"), std::nullopt, status.arg(300)},
-        {"200 HTML", Reply{200, html, "text/html"}, std::nullopt, decoding},
+        {"500 HTML", Reply{500, "<html>", "text/html"}, std::nullopt, status.arg(500)},
         {"200 wrong shape", json(200, R"({"transcript":"hi"})"), std::nullopt, decoding},
-        {"200 text not a string", json(200, R"({"text":5})"), std::nullopt, decoding},
-        {"200 JSON array", json(200, R"(["text"])"), std::nullopt, decoding},
-        {"200 empty body", json(200, ""), std::nullopt, decoding},
         {"200 invalid UTF-8", json(200, "{\"text\":\"caf\xc3\x28\"}"), std::nullopt, decoding},
         {"299 blank text", json(299, R"({"text":"  \n"})"), std::nullopt, "OpenAI returned an empty transcription."},
         {"only a follow-up offer", json(200, R"({"text":"Let me know if you'd like any changes."})"), "", ""},
-        {"slow but steady", slow, "Slow.", ""},
         {"trimmed and cleaned", json(200, R"({"text":" Hi.\n\nWould you like any changes? ","x":1})"), "Hi.", ""},
         {"reset mid-reply", cut, std::nullopt, std::nullopt, true},
         {"never answers", Reply{200, {}, "application/json", Behaviour::stall}, std::nullopt,
          "The request timed out.", true},
-        {"50 MB body", Reply{200, {}, "application/json", Behaviour::hugeBody, 0, 50LL * 1024 * 1024}, std::nullopt,
+        {"50 MB body", Reply{200, {}, "application/json", Behaviour::hugeBody, 50LL * 1024 * 1024}, std::nullopt,
          "The server's reply was larger than 5 MB, so it was not read.", true},
     };
     for (const auto &c : cases) {
@@ -216,14 +188,11 @@ TEST_F(OpenAIClientTest, chatRepliesWithoutTextFallBackToTheCleanedInput)
     } cases[] = {
         {"no choices", json(200, R"({"choices":[]})"), "Ship it.", ""},
         {"null content", json(200, R"({"choices":[{"message":{"content":null}}]})"), "Ship it.", ""},
-        {"absent content", json(200, R"({"choices":[{"message":{}}]})"), "Ship it.", ""},
-        {"blank content", json(200, R"({"choices":[{"message":{"content":" \n"}}]})"), "Ship it.", ""},
         {"only an offer", json(200, FakeOpenAIServer::chatBody("Would you like any changes?")), "Ship it.", ""},
         {"answer cleaned", json(200, FakeOpenAIServer::chatBody(" Done: would you like me to make any changes?” ")),
          "Done", ""},
         {"choices not a list", json(200, R"({"choices":{}})"), std::nullopt, decoding},
         {"choice without message", json(200, R"({"choices":[{"text":"x"}]})"), std::nullopt, decoding},
-        {"401", json(401, R"({"error":{"message":"Bad key"}})"), std::nullopt, "Bad key"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
@@ -232,20 +201,6 @@ TEST_F(OpenAIClientTest, chatRepliesWithoutTextFallBackToTheCleanedInput)
         EXPECT_EQ(result.value, c.result);
         EXPECT_EQ(result.errorText(), c.error);
     }
-}
-
-TEST_F(OpenAIClientTest, aFileNameCannotBreakThePartHeaderAndAMissingFileSendsNothing)
-{
-    writeRecording("take \"2\"\r\nX: y.m4a");
-    ASSERT_TRUE(transcribe().value);
-    EXPECT_TRUE(server.requests().last().body.contains("filename=\"take %222%22%0D%0AX: y.m4a\"\r\n"));
-
-    recording = directory.filePath("gone.m4a");
-    const auto result = transcribe();
-    ASSERT_TRUE(result.error);
-    EXPECT_THROW(std::rethrow_exception(result.error), PlatformError);
-    EXPECT_TRUE(result.errorText().contains("gone.m4a"));
-    EXPECT_EQ(server.requests().size(), 1);
 }
 
 TEST_F(OpenAIClientTest, plainHttpBeyondThisMachineNeverCarriesTheKey)

@@ -66,29 +66,32 @@ TEST_F(PreferencesStoreTest, removeDeletesTheKeyOnDiskAndAWriteLeavesNoTemporary
     EXPECT_EQ(QDir(directory.filePath("Quorla")).entryList(QDir::Files | QDir::Hidden), QStringList{"preferences.json"});
 }
 
+// Only an unreadable file is kept aside; reading never creates or changes a file.
 TEST_F(PreferencesStoreTest, unreadableFilesAreKeptAsideAndDefaultsUsed)
 {
-    for (const QByteArray &bytes : {QByteArray("{not json"), QByteArray("[1, 2]"), QByteArray("\"text\""),
-                                    QByteArray("\xff\xfe\x00")}) {
-        writeFile(bytes);
+    const struct {
+        std::optional<QByteArray> bytes; // none: no file
+        bool keptAside;
+    } cases[] = {
+        {std::nullopt, false}, {QByteArray("{}"), false}, {QByteArray("{not json"), true},
+        {QByteArray("[1, 2]"), true}, {QByteArray("\"text\""), true}, {QByteArray("\xff\xfe\x00"), true},
+    };
+    for (const auto &c : cases) {
+        const std::string name = c.bytes ? c.bytes->toStdString() : "no file";
+        QFile::remove(path());
         QFile::remove(path() + ".corrupt");
+        if (c.bytes)
+            writeFile(*c.bytes);
         PreferencesStore store(path());
-        EXPECT_FALSE(store.contains("flag")) << bytes.toStdString();
+        EXPECT_FALSE(store.contains("flag")) << name;
+        EXPECT_EQ(QFile::exists(path()), c.bytes && !c.keptAside) << name;
         QFile aside(path() + ".corrupt");
-        ASSERT_TRUE(aside.open(QIODevice::ReadOnly)) << bytes.toStdString();
-        EXPECT_EQ(aside.readAll(), bytes);
+        EXPECT_EQ(aside.open(QIODevice::ReadOnly), c.keptAside) << name;
+        if (c.keptAside)
+            EXPECT_EQ(aside.readAll(), *c.bytes);
         store.setBool("flag", true);
-        EXPECT_EQ(PreferencesStore(path()).boolValue("flag"), true);
+        EXPECT_EQ(PreferencesStore(path()).boolValue("flag"), true) << name;
     }
-}
-
-TEST_F(PreferencesStoreTest, anEmptyOrMissingFileStartsEmptyWithoutAnythingKeptAside)
-{
-    PreferencesStore missing(path());
-    EXPECT_FALSE(QFile::exists(path()));
-    writeFile("{}");
-    PreferencesStore empty(path());
-    EXPECT_FALSE(QFile::exists(path() + ".corrupt"));
 }
 
 } // namespace

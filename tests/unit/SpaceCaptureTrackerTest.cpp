@@ -1,91 +1,50 @@
 #include "platform/SpaceCaptureTracker.h"
 
 #include <gtest/gtest.h>
+#include <string>
 
 namespace {
 
-constexpr std::uint8_t rightCtrl = 105;
-constexpr std::uint8_t otherRightCtrl = 108;
-
-TEST(SpaceCaptureTracker, grabsSpaceFromTriggerPressUntilReleaseWhenNoToggleRuns)
+// Steps: T/t the trigger key down/up, O/o the trigger's other key down/up, S/s Space
+// down/up, r reset. Each step leaves what it gave (D/U: the trigger went down/up, -: no
+// change; X/P: Space swallowed/passed, with ! for the trigger flag and ~ for a repeat;
+// . nothing), then + or - for whether Space is grabbed now.
+std::string traced(const std::string &steps)
 {
     SpaceCaptureTracker tracker;
-    EXPECT_FALSE(tracker.wantsSpaceGrab());
-    EXPECT_EQ(tracker.triggerKeyChanged(rightCtrl, true), std::optional<bool>(true));
-    EXPECT_TRUE(tracker.wantsSpaceGrab());
-    EXPECT_EQ(tracker.triggerKeyChanged(rightCtrl, false), std::optional<bool>(false));
-    EXPECT_FALSE(tracker.wantsSpaceGrab());
-
-    const auto plain = tracker.spaceDown();
-    EXPECT_FALSE(plain.swallowed);
-    EXPECT_FALSE(plain.triggerFlag);
+    std::string trace;
+    for (const char step : steps) {
+        if (step == 'S') {
+            const auto press = tracker.spaceDown();
+            trace += press.swallowed ? 'X' : 'P';
+            trace += std::string(press.triggerFlag ? "!" : "") + (press.autoRepeat ? "~" : "");
+        } else if (step == 's' || step == 'r') {
+            step == 's' ? tracker.spaceUp() : tracker.reset();
+            trace += '.';
+        } else {
+            const auto changed = tracker.triggerKeyChanged(std::toupper(step) == 'T' ? 105 : 108, std::isupper(step));
+            trace += changed ? (*changed ? 'D' : 'U') : '-';
+        }
+        trace += tracker.wantsSpaceGrab() ? '+' : '-';
+    }
+    return trace;
 }
 
-TEST(SpaceCaptureTracker, aToggleKeepsTheGrabUntilTheSpaceThatEndsIt)
+TEST(SpaceCaptureTracker, grabsSpaceExactlyWhileTheGestureNeedsIt)
 {
-    SpaceCaptureTracker tracker;
-    tracker.triggerKeyChanged(rightCtrl, true);
-    const auto start = tracker.spaceDown();
-    EXPECT_TRUE(start.swallowed);
-    EXPECT_TRUE(start.triggerFlag);
-    tracker.spaceUp();
-    tracker.triggerKeyChanged(rightCtrl, false);
-    EXPECT_TRUE(tracker.wantsSpaceGrab()) << "the toggle is running";
-
-    EXPECT_TRUE(tracker.spaceDown().swallowed);
-    EXPECT_FALSE(tracker.wantsSpaceGrab()) << "that Space ended the toggle";
-    tracker.spaceUp();
-    EXPECT_FALSE(tracker.spaceDown().swallowed);
-}
-
-TEST(SpaceCaptureTracker, repeatsFollowTheirFirstPress)
-{
-    SpaceCaptureTracker tracker;
-    tracker.triggerKeyChanged(rightCtrl, true);
-    ASSERT_TRUE(tracker.spaceDown().swallowed);
-    const auto repeat = tracker.spaceDown();
-    EXPECT_TRUE(repeat.autoRepeat);
-    EXPECT_TRUE(repeat.swallowed);
-
-    // A Space already reaching the application keeps its repeats and release there.
-    SpaceCaptureTracker held;
-    ASSERT_FALSE(held.spaceDown().swallowed);
-    held.triggerKeyChanged(rightCtrl, true);
-    EXPECT_FALSE(held.wantsSpaceGrab());
-    EXPECT_FALSE(held.spaceDown().swallowed);
-    held.spaceUp();
-    EXPECT_TRUE(held.wantsSpaceGrab()) << "the next Space with the trigger down starts a toggle";
-    EXPECT_TRUE(held.spaceDown().swallowed);
-}
-
-TEST(SpaceCaptureTracker, aTriggerWithTwoKeysChangesOnlyOnItsFirstPressAndLastRelease)
-{
-    SpaceCaptureTracker tracker;
-    EXPECT_EQ(tracker.triggerKeyChanged(rightCtrl, true), std::optional<bool>(true));
-    EXPECT_EQ(tracker.triggerKeyChanged(otherRightCtrl, true), std::nullopt);
-    EXPECT_EQ(tracker.triggerKeyChanged(rightCtrl, true), std::nullopt) << "auto-repeat";
-    EXPECT_EQ(tracker.triggerKeyChanged(rightCtrl, false), std::nullopt);
-    EXPECT_TRUE(tracker.isTriggerDown());
-    EXPECT_EQ(tracker.triggerKeyChanged(otherRightCtrl, false), std::optional<bool>(false));
-    EXPECT_EQ(tracker.triggerKeyChanged(otherRightCtrl, false), std::nullopt);
-}
-
-TEST(SpaceCaptureTracker, aFreshTriggerPressEndsTheToggleAndItsReleaseLetsSpaceGo)
-{
-    SpaceCaptureTracker tracker;
-    tracker.triggerKeyChanged(rightCtrl, true);
-    tracker.spaceDown();
-    tracker.spaceUp();
-    tracker.triggerKeyChanged(rightCtrl, false);
-    tracker.triggerKeyChanged(rightCtrl, true);
-    EXPECT_TRUE(tracker.wantsSpaceGrab()) << "held again";
-    tracker.triggerKeyChanged(rightCtrl, false);
-    EXPECT_FALSE(tracker.wantsSpaceGrab());
-
-    tracker.triggerKeyChanged(rightCtrl, true);
-    tracker.reset();
-    EXPECT_FALSE(tracker.wantsSpaceGrab());
-    EXPECT_FALSE(tracker.isTriggerDown());
+    const struct {
+        const char *name, *steps, *trace;
+    } cases[] = {
+        {"a plain Space passes", "SsS", "P-.-P-"},
+        {"the trigger alone grabs until released", "TtS", "D+U-P-"},
+        {"trigger + Space toggles until the next Space", "TSstSsS", "D+X!+.+U+X-.-P-"},
+        {"repeats follow their first press", "TSS", "D+X!+X!~+"},
+        {"a Space already through keeps its release", "STSsS", "P-D-P!~-.+X!+"},
+        {"two keys change the trigger once", "TOTtoo", "D+-+-+-+U---"},
+        {"a fresh press ends the toggle", "TSstTtTr", "D+X!+.+U+D+U-D+.-"},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(traced(c.steps), c.trace) << c.name << ": " << c.steps;
 }
 
 } // namespace

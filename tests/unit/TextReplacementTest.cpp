@@ -13,6 +13,8 @@ struct RangeCase {
     std::optional<TextRange> expected;
 };
 
+void PrintTo(const RangeCase &c, std::ostream *os) { *os << c.name; }
+
 class ReplacementRangeTest : public ::testing::TestWithParam<RangeCase>
 {
 };
