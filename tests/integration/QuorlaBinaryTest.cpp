@@ -1,0 +1,193 @@
+// The built quorla as a user runs it on the headless desktop: its own preferences, the
+// fake server in place of the service, speech played into the virtual microphone.
+#include "AppInfo.h"
+#include "FakeOpenAIServer.h"
+#include "LockedCollection.h"
+#include "TextTarget.h"
+
+#include "platform/linux/SecretServiceCredentialStore.h"
+#include "platform/linux/X11Workspace.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace {
+
+using Server = FakeOpenAIServer;
+using Outcome = std::tuple<int, QString, QString>; // exit status, standard output, standard error
+
+Outcome run(const QString &program, const QStringList &arguments,
+            const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment(), const QString &folder = {})
+{
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.setWorkingDirectory(folder);
+    QSignalSpy finished(&process, &QProcess::finished);
+    process.start(program, arguments);
+    finished.wait(60000); // the event loop runs meanwhile, so the in-process fake server answers
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
+}
+
+QStringList visibleMainWindows()
+{
+    return std::get<1>(run("xdotool", {"search", "--onlyvisible", "--name", "^Quorla$"})).split('\n', Qt::SkipEmptyParts);
+}
+
+class QuorlaBinary : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (qEnvironmentVariableIsEmpty("DISPLAY") || qEnvironmentVariableIsEmpty("PULSE_SERVER"))
+            GTEST_SKIP() << "needs the headless desktop";
+        environment.insert("XDG_CONFIG_HOME", home.filePath("config"));
+        environment.insert("QUORLA_API_BASE_URL", server.baseURL().toString());
+        environment.insert("QT_QPA_PLATFORM", "xcb");
+    }
+    void TearDown() override
+    {
+        resident.kill();
+        resident.waitForFinished(5000);
+        keyring.remove(QUORLA_APP_ID, "openai-api-key");
+    }
+
+    Outcome quorla(const QStringList &arguments) { return run(QUORLA_BINARY, arguments, environment, home.path()); }
+    QString dictationState() { return std::get<1>(quorla({"dictation", "status"})).trimmed(); }
+    bool mainWindowShows(bool visible)
+    {
+        return waitUntil([&] { return visibleMainWindows().isEmpty() != visible; }, 15000);
+    }
+    void keysToMainWindow(const QString &keys)
+    {
+        run("xdotool", {"windowactivate", "--sync", visibleMainWindows().value(0), "key", "--clearmodifiers", "Escape", keys});
+    }
+    // One dictation through the commands; the entry then ends with the transcript.
+    void dictate(const QString &begin, const QString &end, const QString &transcript, const QString &field)
+    {
+        server.setReply("/v1/audio/transcriptions", Server::json(200, Server::transcriptionBody(transcript)));
+        EXPECT_EQ(std::get<0>(quorla({"dictation", begin})), 0);
+        ASSERT_TRUE(waitUntil([&] { return dictationState() == "recording"; }, 20000));
+        EXPECT_EQ(std::get<0>(run("paplay", {"-d", "vsink", speech()})), 0);
+        EXPECT_EQ(std::get<0>(quorla({"dictation", end})), 0);
+        EXPECT_TRUE(waitUntil([&] { return fileContents(field).endsWith(transcript.toUtf8()); }, 30000))
+            << fileContents(field).toStdString();
+        EXPECT_TRUE(waitUntil([&] { return dictationState() == "idle"; }, 20000));
+    }
+    QString speech()
+    {
+        const QString path = home.filePath("speech.wav");
+        if (!QFile::exists(path))
+            run("espeak-ng", {"-w", path, "hello world"});
+        return path;
+    }
+
+    QTemporaryDir home;
+    Server server;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    SecretServiceCredentialStore keyring;
+    QProcess resident;
+};
+
+// Commands reach the running Quorla, whose text lands in the focused GTK entry; closing the
+// window keeps Quorla running, a second launch brings the window back, Quit ends it.
+TEST_F(QuorlaBinary, dictationCommandsAndTheAppsLife)
+{
+    EXPECT_EQ(quorla({"dictation", "start"}),
+              Outcome(1, QString(), "Quorla is not running. Start it with `quorla`.\n"));
+
+    ASSERT_EQ(keyring.add(QUORLA_APP_ID, "openai-api-key", "sk-command").outcome, CredentialStore::Outcome::success);
+    resident.setProcessEnvironment(environment);
+    resident.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    resident.start(QUORLA_BINARY, {});
+    // Quorla's window first, so that it does not take the focus from the entry afterwards.
+    ASSERT_TRUE(mainWindowShows(true));
+    ASSERT_TRUE(waitUntil([&] { return dictationState() == "idle"; }, 20000));
+    const QString field = home.filePath("field.txt");
+    {
+        X11Workspace workspace;
+        TextTarget entry(workspace, "/usr/bin/python3", {QUORLA_GTK_TARGET, field, QString()});
+        ASSERT_TRUE(entry.application());
+        dictate("start", "stop", "Held by a command.", field);
+        dictate("toggle", "toggle", "Toggled twice.", field);
+        ASSERT_EQ(server.requests().size(), 2);
+        EXPECT_EQ(server.requests().at(0).headers.value("authorization"), "Bearer sk-command");
+
+        EXPECT_EQ(std::get<0>(quorla({"dictation", "start"})), 0);
+        ASSERT_TRUE(waitUntil([&] { return dictationState() == "recording"; }, 20000));
+        EXPECT_EQ(std::get<0>(quorla({"dictation", "cancel"})), 0);
+        EXPECT_TRUE(waitUntil([&] { return dictationState() == "idle"; }, 20000));
+        EXPECT_EQ(server.requests().size(), 2) << "a canceled recording is never sent";
+    }
+
+    // Closed with the window menu's shortcut, once Escape has put any sheet away.
+    keysToMainWindow("ctrl+w");
+    ASSERT_TRUE(mainWindowShows(false));
+    EXPECT_FALSE(resident.waitForFinished(500));
+    EXPECT_EQ(std::get<0>(quorla({})), 0) << "a second quorla hands over to the first";
+    ASSERT_TRUE(mainWindowShows(true));
+    run("xdotool", {"windowminimize", "--sync", visibleMainWindows().value(0)});
+    ASSERT_TRUE(mainWindowShows(false));
+    EXPECT_EQ(std::get<0>(quorla({})), 0);
+    ASSERT_TRUE(mainWindowShows(true));
+    keysToMainWindow("ctrl+q");
+    ASSERT_TRUE(resident.waitForFinished(10000));
+    EXPECT_EQ(resident.exitCode(), 0);
+}
+
+TEST_F(QuorlaBinary, doctorFindsAllWellAndThenALockedKeyringAndNoAudioServer)
+{
+    ASSERT_EQ(keyring.add(QUORLA_APP_ID, "openai-api-key", "sk-doctor").outcome, CredentialStore::Outcome::success);
+    run("dbus-send", {"--session", "--dest=org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties.Set",
+                      "string:org.a11y.Status", "string:IsEnabled", "variant:boolean:true"});
+    server.setReply("/v1/models", Server::json(200, R"({"data": []})"));
+    // Something for the virtual microphone to hear while the doctor listens.
+    const QString tonePath = home.filePath("tone.wav");
+    run("sox", QStringLiteral("-n -r 48000 -c 2 %1 synth 20 sine 440 vol 0.3").arg(tonePath).split(u' '));
+    QProcess tone;
+    tone.start("paplay", {"-d", "vsink", tonePath});
+    const auto [status, output, errors] = quorla({"doctor", "--json"});
+    tone.kill();
+    tone.waitForFinished();
+    EXPECT_EQ(status, 0) << output.toStdString();
+    for (const QJsonValue &check : QJsonDocument::fromJson(output.toUtf8())[u"checks"].toArray())
+        EXPECT_EQ(check[u"status"].toString(), "ok") << check[u"what"].toString().toStdString();
+    EXPECT_EQ(server.requests().value(0).headers.value("authorization"), "Bearer sk-doctor");
+
+    const LockedCollection locked;
+    ASSERT_TRUE(locked.isLocked);
+    // A runtime folder of its own, where no audio server runs: the desktop's stays up.
+    environment.insert("XDG_RUNTIME_DIR", home.path());
+    environment.insert("PULSE_SERVER", "unix:" + home.filePath("native"));
+    const auto [failed, report, _] = quorla({"doctor"});
+    EXPECT_EQ(failed, 1);
+    for (const char *line : {"fail  No audio server is reachable  \u2014 Start PipeWire",
+                             "fail  The keyring's default collection is locked  \u2014 Unlock your keyring"})
+        EXPECT_TRUE(report.contains(QString::fromUtf8(line))) << report.toStdString();
+}
+
+// The key from the environment, no keyring and no display.
+TEST_F(QuorlaBinary, transcribePrintsTheTranscriptAndFailsOnAnEmptyOne)
+{
+    environment.insert("OPENAI_API_KEY", " sk-cli \n");
+    environment.insert("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + home.filePath("no-bus"));
+    environment.remove("DISPLAY");
+    QFile file(home.filePath("dictation.m4a"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(QByteArray(41 * 1024, 'B')) > 0);
+    file.close();
+    server.setReply("/v1/audio/transcriptions", Server::json(200, Server::transcriptionBody("Hello there.")));
+    EXPECT_EQ(quorla({"transcribe", "dictation.m4a", "--language", "en"}), Outcome(0, "Hello there.\n", QString()));
+    ASSERT_EQ(server.requests().size(), 1);
+    EXPECT_EQ(server.requests()[0].headers.value("authorization"), "Bearer sk-cli");
+    EXPECT_TRUE(server.requests()[0].body.contains("name=\"language\"\r\n\r\nen\r\n"));
+
+    server.setReply("/v1/audio/transcriptions", Server::json(200, Server::transcriptionBody("Would you like any changes?")));
+    EXPECT_EQ(quorla({"transcribe", "dictation.m4a"}), Outcome(1, QString(), "OpenAI returned an empty transcription.\n"));
+}
+
+} // namespace
