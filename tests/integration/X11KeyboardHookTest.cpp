@@ -108,8 +108,12 @@ protected:
     QStringList events;
 };
 
+// Another client holding Space with NumLock disables none of the other combinations; a
+// new trigger key works at once, and a non-modifier one is taken for good.
 TEST_F(X11KeyboardHookTest, theTriggerHoldsTogglesAndLetsPlainSpacesThrough)
 {
+    XTestKeyboard otherClient;
+    ASSERT_TRUE(otherClient.grabSpace(otherClient.numLockMask()));
     monitor.installMonitors();
     press("Control_R");
     expectEvents({"holdStarted"});
@@ -127,32 +131,15 @@ TEST_F(X11KeyboardHookTest, theTriggerHoldsTogglesAndLetsPlainSpacesThrough)
     toggle("Control_R", true);
     tapSpace();
     EXPECT_EQ(pressesAtTarget(), QList<int>{Qt::Key_Space}) << "Space is let go after the toggle";
-}
 
-TEST_F(X11KeyboardHookTest, aNewTriggerKeyWorksAtOnceAndANonModifierIsTakenForGood)
-{
-    monitor.installMonitors();
-    for (const auto &[id, keysym] : {std::pair{"rightAlt", "Alt_R"}, std::pair{"menu", "Menu"}}) {
-        SCOPED_TRACE(id);
-        monitor.setTriggerKey(*TriggerKey::withId(QLatin1String(id)));
-        ASSERT_TRUE(hook->waitForGrabs(5s));
-        events.clear();
-        press("Control_R");
-        QTest::qWait(150);
-        release("Control_R");
-        EXPECT_TRUE(events.isEmpty()) << "the old trigger still counts";
-        EXPECT_FALSE(toggle(keysym, true).contains(Qt::Key_Menu)) << "Menu reached the target";
-    }
-}
-
-TEST_F(X11KeyboardHookTest, aCombinationAnotherClientHoldsDoesNotDisableTheOthers)
-{
-    XTestKeyboard otherClient;
-    const unsigned numLock = otherClient.numLockMask();
-    ASSERT_NE(numLock, 0u);
-    ASSERT_TRUE(otherClient.grabSpace(numLock));
-    monitor.installMonitors();
-    toggle("Control_R", false);
+    monitor.setTriggerKey(*TriggerKey::withId(QStringLiteral("menu")));
+    ASSERT_TRUE(hook->waitForGrabs(5s));
+    events.clear();
+    press("Control_R");
+    QTest::qWait(150);
+    release("Control_R");
+    EXPECT_TRUE(events.isEmpty()) << "the old trigger still counts";
+    EXPECT_FALSE(toggle("Menu", true).contains(Qt::Key_Menu)) << "Menu reached the target";
 }
 
 TEST_F(X11KeyboardHookTest, synthesizedKeysAreIgnoredUnlessAsked)
@@ -183,43 +170,27 @@ TEST(X11KeyboardHookInstall, failuresSayWhatIsMissing)
     server.start(QStringLiteral("Xvfb"), {"-displayfd", "1", "-nolisten", "tcp", "-extension", "XTEST"});
     ASSERT_TRUE(server.waitForReadyRead(10000)) << "Xvfb did not start";
     const QByteArray withoutXTest = ':' + server.readAllStandardOutput().trimmed();
-    const struct {
-        const char *name;
-        QByteArray display;
-        bool wayland;
-        const char *triggerId;
-        QString message;
-        bool installedAnyway;
-    } cases[] = {
-        {"no display", ":9999", false, "rightControl",
-         "Quorla can't reach an X11 display, so Right Ctrl and Right Ctrl + Space don't work. Run Quorla in an "
-         "X11 session, then reopen Quorla.",
-         false},
-        {"no XTest", withoutXTest, false, "rightControl",
-         "Quorla needs the X11 XTest extension to use Right Ctrl and Right Ctrl + Space and to type into other "
-         "apps. Enable it in the X server, then reopen Quorla.",
-         false},
-        {"no Fn key", display, false, "fn",
-         "This keyboard has no Fn key that X11 can see. Choose another trigger key in Settings.", false},
-        {"Wayland", display, true, "menu",
-         "In a Wayland session, Menu and Menu + Space only work while an X11 application has focus. Log in to "
-         "an X11 session to use them everywhere.",
-         true},
+    // display, under Wayland, trigger, the start of the message, installed anyway
+    const std::tuple<QByteArray, bool, const char *, QString, bool> cases[] = {
+        {":9999", false, "rightControl", "Quorla can't reach an X11 display, so Right Ctrl and", false},
+        {withoutXTest, false, "rightControl", "Quorla needs the X11 XTest extension to use Right Ctrl", false},
+        {display, false, "fn", "This keyboard has no Fn key that X11 can see.", false},
+        {display, true, "menu", "In a Wayland session, Menu and Menu + Space only work", true},
     };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.name);
-        qputenv("DISPLAY", c.display);
-        if (c.wayland)
+    for (const auto &[xDisplay, wayland, triggerId, message, installedAnyway] : cases) {
+        SCOPED_TRACE(xDisplay.toStdString() + triggerId);
+        qputenv("DISPLAY", xDisplay);
+        if (wayland)
             qputenv("WAYLAND_DISPLAY", "wayland-test");
-        X11KeyboardHook hook(*TriggerKey::withId(QLatin1String(c.triggerId)));
+        X11KeyboardHook hook(*TriggerKey::withId(QLatin1String(triggerId)));
         try {
             hook.install({});
             ADD_FAILURE() << "installed";
         } catch (const QuorlaError &error) {
             EXPECT_EQ(error.kind(), QuorlaError::Kind::hotkeyRegistrationFailed);
-            EXPECT_EQ(error.errorDescription(PlatformWords::linuxDesktop()), c.message);
+            EXPECT_TRUE(error.errorDescription(PlatformWords::linuxDesktop()).startsWith(message));
         }
-        EXPECT_EQ(hook.isInstalled(), c.installedAnyway);
+        EXPECT_EQ(hook.isInstalled(), installedAnyway);
     }
 }
 
