@@ -1,9 +1,7 @@
 #include "platform/linux/XkbInputSourceProvider.h"
 #include "platform/linux/XkbKeyboardConnection.h"
-#include "platform/linux/XkbLayoutRegistry.h"
 #include "services/InputSourceLanguageDetector.h"
 
-#include <QBuffer>
 #include <QProcess>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -72,31 +70,6 @@ TEST_F(XkbInputSourceProviderTest, hintAndNoticeFollowTheLayout)
     ASSERT_TRUE(setxkbmap({QStringLiteral("-layout"), QStringLiteral("fr")}));
     QTest::qWait(300);
     EXPECT_EQ(notices, 2);
-}
-
-TEST(XkbLayoutRegistry, readsDescriptionsAndLanguagesOfLayoutsAndVariants)
-{
-    const auto &registry = XkbLayoutRegistry::system();
-    ASSERT_GT(registry.size(), 100);
-    const auto german = registry.describe(QStringLiteral("de"), QStringLiteral("nodeadkeys"));
-    ASSERT_TRUE(german);
-    EXPECT_EQ(german->description, QStringLiteral("German (no dead keys)"));
-    EXPECT_EQ(german->languages, QStringList{QStringLiteral("de")}); // inherited from the layout
-    EXPECT_EQ(registry.describe(QStringLiteral("us"), QStringLiteral("chr"))->languages,
-              QStringList{QStringLiteral("chr")}); // no two-letter code
-    EXPECT_EQ(registry.describe(QStringLiteral("us"), QStringLiteral("no-such-variant"))->description,
-              QStringLiteral("English (US)"));
-    EXPECT_EQ(registry.describe(QStringLiteral("no-such-layout"), {}), std::nullopt);
-
-    // A truncated file keeps what came before the damage.
-    QByteArray truncated = R"(<xkbConfigRegistry><layoutList><layout><configItem><name>xx</name>
-        <description>Test</description><languageList><iso639Id>ger</iso639Id><iso639Id>fra</iso639Id>
-        </languageList></configItem><variantList><variant><configItem><name>v</name>)";
-    QBuffer buffer(&truncated);
-    buffer.open(QIODevice::ReadOnly);
-    const auto partial = XkbLayoutRegistry::fromDevice(buffer).describe(QStringLiteral("xx"), {});
-    ASSERT_TRUE(partial);
-    EXPECT_EQ(partial->languages, (QStringList{QStringLiteral("de"), QStringLiteral("fr")}));
 }
 
 } // namespace
