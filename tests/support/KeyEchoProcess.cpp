@@ -13,7 +13,7 @@ KeyEchoProcess::~KeyEchoProcess()
 bool KeyEchoProcess::start()
 {
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(m_program, {});
+    m_process.start(m_program, {QStringLiteral("keys"), QStringLiteral("/dev/null"), QString()});
     if (!m_process.waitForStarted(5000))
         return false;
     return QTest::qWaitFor(
@@ -57,7 +57,7 @@ void KeyEchoProcess::readLines()
     while ((end = m_buffer.indexOf('\n')) >= 0) {
         const QList<QByteArray> fields = m_buffer.left(end).split(' ');
         m_buffer.remove(0, end + 1);
-        if (fields.value(0) == "focus") {
+        if (fields.value(0) == "ready") {
             m_focused = true;
         } else if (fields.size() == 4) {
             m_keys.append({fields[0] == "press", fields[1].toInt(), fields[2] == "1", fields[3].toLongLong()});

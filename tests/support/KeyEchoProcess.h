@@ -4,7 +4,7 @@
 #include <QString>
 #include <QStringList>
 
-// Runs the key echo target and reads what it reports.
+// Runs quorla_text_target in keys mode and reads the keys it reports.
 class KeyEchoProcess
 {
 public:

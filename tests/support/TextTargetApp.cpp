@@ -1,13 +1,16 @@
 // A text field for the integration tests to type into: a Qt Widgets QLineEdit or a
 // Qt Quick TextField. It writes its text to a file on every change and prints
-// "ready" once its window is active with the field focused.
+// "ready" once its window is active with the field focused. In keys mode the line edit
+// also prints every key it receives, with the steady-clock microsecond it arrived, so
+// tests and benchmarks can tell which keys reached the focused application and how late.
 //
-//   quorla_text_target widgets|quick OUTPUT INITIAL-TEXT [--clipboard] [--copy-on-change TEXT]
+//   quorla_text_target widgets|keys|quick OUTPUT INITIAL-TEXT [--clipboard] [--copy-on-change TEXT]
 //
 // --clipboard puts text, HTML and a binary type with NUL bytes on the clipboard first;
 // --copy-on-change copies TEXT when the field changes, as a user copying meanwhile.
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QClipboard>
 #include <QLineEdit>
 #include <QMimeData>
@@ -17,6 +20,7 @@
 #include <QQuickWindow>
 #include <QSaveFile>
 #include <QTimer>
+#include <chrono>
 #include <cstdio>
 #include <utility>
 
@@ -34,6 +38,23 @@ Window {
     }
 }
 )";
+
+// Before QLineEdit's own handling, which keeps some keys (Menu) from keyPressEvent.
+class KeyReporter : public QObject
+{
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() != QEvent::KeyPress && event->type() != QEvent::KeyRelease)
+            return false;
+        const auto *key = static_cast<QKeyEvent *>(event);
+        const auto now = std::chrono::steady_clock::now().time_since_epoch();
+        std::printf("%s %d %d %lld\n", event->type() == QEvent::KeyPress ? "press" : "release", key->key(),
+                    key->isAutoRepeat() ? 1 : 0,
+                    static_cast<long long>(std::chrono::duration_cast<std::chrono::microseconds>(now).count()));
+        std::fflush(stdout);
+        return false;
+    }
+};
 
 int main(int argc, char **argv)
 {
@@ -68,7 +89,13 @@ int main(int argc, char **argv)
     QLineEdit lineEdit;
     QQmlApplicationEngine engine;
     QQmlPropertyMap probe; // QML sets probe.text on every change
-    if (args.at(1) == QLatin1String("widgets")) {
+    KeyReporter keys;
+    if (args.at(1) == QLatin1String("keys")) {
+        lineEdit.installEventFilter(&keys);
+        // A context menu would take the keyboard and hide the keys that follow.
+        lineEdit.setContextMenuPolicy(Qt::NoContextMenu);
+    }
+    if (args.at(1) != QLatin1String("quick")) {
         lineEdit.setWindowTitle(QStringLiteral("Widgets target"));
         lineEdit.setText(initial);
         lineEdit.setCursorPosition(int(initial.size()));
