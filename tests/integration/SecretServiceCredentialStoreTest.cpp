@@ -58,24 +58,17 @@ TEST_F(SecretServiceCredentialStoreTest, savingTwiceUpdatesTheOneItemAndDeleting
     EXPECT_EQ(itemCount(service, account), 0);
 }
 
-TEST_F(SecretServiceCredentialStoreTest, valuesAreKeptByteForByteAndOnlyValidUtf8Loads)
+// Values travel byte for byte, NUL bytes and invalid UTF-8 included.
+TEST_F(SecretServiceCredentialStoreTest, valuesAreKeptByteForByte)
 {
-    const struct {
-        QByteArray bytes;
-        std::optional<QString> text;
-    } values[] = {
-        {"sk-proj-\xd0\xba\xd0\xbb\xd1\x8e\xd1\x87 \xe2\x82\xac\n", QStringLiteral("sk-proj-ключ €\n")},
-        {QByteArray("sk\0nul", 6), QStringLiteral("sk") + QChar(0) + QStringLiteral("nul")},
-        {"sk-\xff\xfe", std::nullopt},
-    };
-    for (const auto &value : values) {
+    for (const QByteArray &bytes : {QByteArray("sk-proj-\xd0\xba\xd0\xbb \xe2\x82\xac\n"), QByteArray("sk\0\xff\xfe", 5)}) {
         store->remove(service, account);
-        ASSERT_EQ(store->add(service, account, value.bytes).outcome, Outcome::success);
+        ASSERT_EQ(store->add(service, account, bytes).outcome, Outcome::success);
         QByteArray read;
         ASSERT_EQ(store->copy(service, account, &read).outcome, Outcome::success);
-        EXPECT_EQ(read, value.bytes);
-        EXPECT_EQ(keychain.loadString(account), value.text) << value.bytes.toHex().toStdString();
+        EXPECT_EQ(read, bytes);
     }
+    EXPECT_EQ(keychain.loadString(account), std::nullopt) << "no key in bytes that are not UTF-8";
 }
 
 TEST_F(SecretServiceCredentialStoreTest, aLockedCollectionIsNeverUnlocked)

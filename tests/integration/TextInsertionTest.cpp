@@ -10,7 +10,6 @@
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QGuiApplication>
-#include <QMimeData>
 #include <QProcess>
 #include <QScopeGuard>
 #include <QTemporaryDir>
@@ -48,22 +47,18 @@ protected:
         ASSERT_TRUE(accessibility->requestTrust()) << "the accessibility bus is off or unreachable";
     }
 
-    // Starts a target and returns its application handle once its window is the active one.
-    ApplicationHandlePtr launch(const QString &program, const QStringList &arguments)
+    // Starts a target and returns its application handle once its window is the active one
+    // and its field is reachable through AT-SPI: the application registers a moment after it shows.
+    ApplicationHandlePtr launch(const QString &toolkit, const QString &initial, const QStringList &extra = {})
     {
-        targets.push_back(std::make_unique<TextTarget>(*workspace, program, arguments));
-        return targets.back()->application();
-    }
-
-    ApplicationHandlePtr launchQtTarget(const QString &mode, const QString &initial, QStringList extra = {})
-    {
-        return launch(QStringLiteral(QUORLA_TEXT_TARGET), QStringList{mode, output, initial} + extra);
-    }
-
-    // A field reachable through AT-SPI: the application registers a moment after it shows.
-    bool waitForAccessibleField(const ApplicationHandlePtr &application)
-    {
-        return waitUntil([&] { return accessibility->focusedElement(application->processIdentifier()) != nullptr; });
+        if (toolkit == QLatin1String("gtk"))
+            target.emplace(*workspace, QStringLiteral("/usr/bin/python3"), QStringList{QUORLA_GTK_TARGET, output, initial});
+        else
+            target.emplace(*workspace, QStringLiteral(QUORLA_TEXT_TARGET), QStringList{toolkit, output, initial} + extra);
+        ApplicationHandlePtr application = target->application();
+        return application && waitUntil([&] { return accessibility->focusedElement(application->processIdentifier()) != nullptr; })
+                   ? application
+                   : nullptr;
     }
 
     std::optional<QuorlaError> insert(const ApplicationHandlePtr &application, const QString &text,
@@ -87,30 +82,32 @@ protected:
     // machine may take more than 180 ms to read a paste. bench/ measures the real waits.
     TextInsertionService service{accessibility, std::make_shared<X11KeySynthesizer>(),
                                  TextInsertionTimings{.clipboardRestoreDelay = std::chrono::milliseconds{600}}};
-    std::vector<std::unique_ptr<TextTarget>> targets;
+    std::optional<TextTarget> target;
 };
 
+// Trust follows the session's accessibility switch, and asking for it turns the switch on.
 TEST_F(TextInsertionTest, theAccessibilityRouteTypesIntoQtWidgetsAndGtk)
 {
-    const QStringList toolkits = {QStringLiteral("widgets"), QStringLiteral("gtk")};
-    for (const QString &toolkit : toolkits) {
+    QDBusMessage off = QDBusMessage::createMethodCall(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
+                                                      QStringLiteral("org.freedesktop.DBus.Properties"),
+                                                      QStringLiteral("Set"));
+    off << QStringLiteral("org.a11y.Status") << QStringLiteral("IsEnabled") << QVariant::fromValue(QDBusVariant(false));
+    ASSERT_NE(QDBusConnection::sessionBus().call(off).type(), QDBusMessage::ErrorMessage);
+    EXPECT_FALSE(accessibility->isProcessTrusted());
+    EXPECT_TRUE(accessibility->requestTrust());
+    EXPECT_TRUE(accessibility->isProcessTrusted());
+    for (const QString &toolkit : {QStringLiteral("widgets"), QStringLiteral("gtk")}) {
         SCOPED_TRACE(toolkit.toStdString());
         QGuiApplication::clipboard()->setText(QStringLiteral("untouched"));
-        const ApplicationHandlePtr target =
-            toolkit == QLatin1String("gtk")
-                ? launch(QStringLiteral("/usr/bin/python3"),
-                         {QStringLiteral(QUORLA_GTK_TARGET), output, QStringLiteral("😀 ")})
-                : launchQtTarget(toolkit, QStringLiteral("😀 "));
-        ASSERT_TRUE(target);
-        ASSERT_TRUE(waitForAccessibleField(target));
+        const ApplicationHandlePtr application = launch(toolkit, QStringLiteral("😀 "));
+        ASSERT_TRUE(application);
 
-        EXPECT_EQ(insert(target, QStringLiteral("wörld"), false), std::nullopt);
+        EXPECT_EQ(insert(application, QStringLiteral("wörld"), false), std::nullopt);
         EXPECT_TRUE(outputBecomes(QStringLiteral("😀wörld").toUtf8())) << fileContents(output).toStdString();
         // The caret sits after the transcript, counted past the astral character: the next one follows it.
-        EXPECT_EQ(insert(target, QStringLiteral("!"), false), std::nullopt);
+        EXPECT_EQ(insert(application, QStringLiteral("!"), false), std::nullopt);
         EXPECT_TRUE(outputBecomes(QStringLiteral("😀wörld!").toUtf8())) << fileContents(output).toStdString();
         EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("untouched")) << "no paste was needed";
-        targets.clear();
     }
 }
 
@@ -128,29 +125,16 @@ TEST_F(TextInsertionTest, thePasteRouteWorksUnderANonLatinLayoutAndRestoresTheCl
         QProcess::execute(QStringLiteral("xkbcomp"), {QStringLiteral("-w0"), keymap, display});
     });
     ASSERT_EQ(QProcess::execute(QStringLiteral("setxkbmap"), {QStringLiteral("-layout"), QStringLiteral("ru,us")}), 0);
-    const ApplicationHandlePtr target =
-        launchQtTarget(QStringLiteral("quick"), QStringLiteral("hello "), {QStringLiteral("--clipboard")});
-    ASSERT_TRUE(target);
-    ASSERT_TRUE(waitForAccessibleField(target)) << "the trigger space is seen through AT-SPI";
+    const ApplicationHandlePtr application =
+        launch(QStringLiteral("quick"), QStringLiteral("hello "), {QStringLiteral("--clipboard")});
+    ASSERT_TRUE(application);
 
-    EXPECT_EQ(insert(target, QStringLiteral("привет")), std::nullopt);
+    EXPECT_EQ(insert(application, QStringLiteral("привет")), std::nullopt);
     EXPECT_TRUE(outputBecomes(QStringLiteral("helloпривет").toUtf8())) << fileContents(output).toStdString();
     EXPECT_EQ(clipboardAsSeenByOthers(QStringLiteral("text/plain")), "before");
     EXPECT_EQ(clipboardAsSeenByOthers(QStringLiteral("text/html")), "<b>before</b>");
     EXPECT_EQ(clipboardAsSeenByOthers(QStringLiteral("application/x-quorla-binary")),
               QByteArray("\x00\x01\xff\x00z", 5));
-}
-
-TEST_F(TextInsertionTest, trustFollowsTheSessionsAccessibilitySwitch)
-{
-    QDBusMessage off = QDBusMessage::createMethodCall(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
-                                                      QStringLiteral("org.freedesktop.DBus.Properties"),
-                                                      QStringLiteral("Set"));
-    off << QStringLiteral("org.a11y.Status") << QStringLiteral("IsEnabled") << QVariant::fromValue(QDBusVariant(false));
-    ASSERT_NE(QDBusConnection::sessionBus().call(off).type(), QDBusMessage::ErrorMessage);
-    EXPECT_FALSE(accessibility->isProcessTrusted());
-    EXPECT_TRUE(accessibility->requestTrust());
-    EXPECT_TRUE(accessibility->isProcessTrusted());
 }
 
 } // namespace

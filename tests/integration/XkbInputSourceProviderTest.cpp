@@ -3,44 +3,30 @@
 #include "services/InputSourceLanguageDetector.h"
 
 #include <QProcess>
+#include <QScopeGuard>
 #include <QTest>
 #include <gtest/gtest.h>
 
 namespace {
 
-bool setxkbmap(const QStringList &arguments)
+bool setxkbmap(const QString &layout, const QString &variant = {})
 {
-    return QProcess::execute(QStringLiteral("setxkbmap"), arguments) == 0;
+    return QProcess::execute(QStringLiteral("setxkbmap"),
+                             {QStringLiteral("-layout"), layout, QStringLiteral("-variant"), variant}) == 0;
 }
 
-// Every test leaves the server's keyboard as the desktop started it.
-class XkbInputSourceProviderTest : public ::testing::Test
+TEST(XkbInputSourceProvider, hintAndNoticeFollowTheLayout)
 {
-protected:
-    void SetUp() override
-    {
-        ASSERT_FALSE(qEnvironmentVariableIsEmpty("DISPLAY")) << "needs the headless desktop";
-        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
-        keyboard = XkbKeyboardConnection::open();
-        ASSERT_TRUE(keyboard);
-        // setxkbmap keeps the locked group: start from the first one.
-        ASSERT_TRUE(keyboard->lockGroup(0));
-    }
-    void TearDown() override
-    {
-        setxkbmap({QStringLiteral("-layout"), QStringLiteral("us"), QStringLiteral("-variant"), QString()});
-        if (keyboard)
-            keyboard->lockGroup(0);
-        QLocale::setDefault(QLocale::system());
-    }
-
-    std::unique_ptr<XkbKeyboardConnection> keyboard;
-};
-
-TEST_F(XkbInputSourceProviderTest, hintAndNoticeFollowTheLayout)
-{
-    ASSERT_TRUE(setxkbmap({QStringLiteral("-layout"), QStringLiteral("us,de"), QStringLiteral("-variant"),
-                           QStringLiteral(",nodeadkeys")}));
+    ASSERT_FALSE(qEnvironmentVariableIsEmpty("DISPLAY")) << "needs the headless desktop";
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+    const auto keyboard = XkbKeyboardConnection::open();
+    ASSERT_TRUE(keyboard && keyboard->lockGroup(0)); // setxkbmap keeps the locked group: start from the first one
+    // Leaves the server's keyboard as the desktop started it.
+    const auto restore = qScopeGuard([&] {
+        setxkbmap(QStringLiteral("us"));
+        keyboard->lockGroup(0);
+    });
+    ASSERT_TRUE(setxkbmap(QStringLiteral("us,de"), QStringLiteral(",nodeadkeys")));
     auto provider = std::make_shared<XkbInputSourceProvider>();
     InputSourceLanguageDetector detector(provider);
     int notices = 0;
@@ -61,13 +47,13 @@ TEST_F(XkbInputSourceProviderTest, hintAndNoticeFollowTheLayout)
     EXPECT_EQ(detector.currentLanguageHint(), (InputLanguageHint{QStringLiteral("de"), QStringLiteral("German")}));
 
     // A new layout list from setxkbmap.
-    ASSERT_TRUE(setxkbmap({QStringLiteral("-layout"), QStringLiteral("fr"), QStringLiteral("-variant"), QString()}));
+    ASSERT_TRUE(setxkbmap(QStringLiteral("fr")));
     ASSERT_TRUE(noticed(2));
     EXPECT_EQ(current().identifier, QStringLiteral("xkb:fr"));
     EXPECT_EQ(detector.currentLanguageHint(), (InputLanguageHint{QStringLiteral("fr"), QStringLiteral("French")}));
 
     // The same layout again is no change.
-    ASSERT_TRUE(setxkbmap({QStringLiteral("-layout"), QStringLiteral("fr")}));
+    ASSERT_TRUE(setxkbmap(QStringLiteral("fr")));
     QTest::qWait(300);
     EXPECT_EQ(notices, 2);
 }
