@@ -21,12 +21,11 @@ QByteArray fileContents(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-TextTarget::TextTarget(Workspace &workspace, const QString &program, const QStringList &arguments, bool printsReady)
+TextTarget::TextTarget(Workspace &workspace, const QString &program, const QStringList &arguments)
 {
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process.start(program, arguments);
-    if (!m_process.waitForStarted(5000)
-        || (printsReady && !waitUntil([&] { return m_process.readAllStandardOutput().contains("ready"); })))
+    if (!m_process.waitForStarted(5000) || !waitUntil([&] { return m_process.readAllStandardOutput().contains("ready"); }))
         return;
     ApplicationHandlePtr frontmost;
     if (waitUntil([&] {

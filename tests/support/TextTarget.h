@@ -17,8 +17,8 @@ QByteArray fileContents(const QString &path);
 class TextTarget
 {
 public:
-    // With printsReady, it must first print "ready" (quorla_text_target and gtk_text_target.py do).
-    TextTarget(Workspace &workspace, const QString &program, const QStringList &arguments, bool printsReady = true);
+    // It must first print "ready", as quorla_text_target and gtk_text_target.py do.
+    TextTarget(Workspace &workspace, const QString &program, const QStringList &arguments);
     TextTarget(const TextTarget &) = delete;
     TextTarget &operator=(const TextTarget &) = delete;
     ~TextTarget();

@@ -4,10 +4,9 @@
 // also prints every key it receives, with the steady-clock microsecond it arrived, so
 // tests and benchmarks can tell which keys reached the focused application and how late.
 //
-//   quorla_text_target widgets|keys|quick OUTPUT INITIAL-TEXT [--clipboard] [--copy-on-change TEXT]
+//   quorla_text_target widgets|keys|quick OUTPUT INITIAL-TEXT [--clipboard]
 //
-// --clipboard puts text, HTML and a binary type with NUL bytes on the clipboard first;
-// --copy-on-change copies TEXT when the field changes, as a user copying meanwhile.
+// --clipboard puts text, HTML and a binary type with NUL bytes on the clipboard first.
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -22,7 +21,6 @@
 #include <QTimer>
 #include <chrono>
 #include <cstdio>
-#include <utility>
 
 static const char *quickField = R"(
 import QtQuick
@@ -64,17 +62,12 @@ int main(int argc, char **argv)
     if (args.size() < 4)
         return 2;
     const QString initial = args.at(3);
-    const qsizetype copyAt = args.indexOf(QStringLiteral("--copy-on-change"));
-    QString copyOnChange = copyAt > 0 ? args.value(copyAt + 1) : QString();
-    bool ready = false;
-    const auto textChanged = [&, output = args.at(2)](const QString &text) {
+    const auto textChanged = [output = args.at(2)](const QString &text) {
         QSaveFile file(output);
         if (file.open(QIODevice::WriteOnly)) {
             file.write(text.toUtf8());
             file.commit();
         }
-        if (ready && !copyOnChange.isEmpty())
-            QGuiApplication::clipboard()->setText(std::exchange(copyOnChange, QString()));
     };
     textChanged(initial);
 
@@ -118,7 +111,6 @@ int main(int argc, char **argv)
         if (!window || !window->isActive())
             return;
         readiness.stop();
-        ready = true;
         std::printf("ready\n");
         std::fflush(stdout);
     });
