@@ -3,6 +3,7 @@
 #include "AppInfo.h"
 #include "FakeOpenAIServer.h"
 #include "LockedCollection.h"
+#include "QtPrinters.h"
 #include "TextTarget.h"
 
 #include "platform/linux/SecretServiceCredentialStore.h"
@@ -114,6 +115,7 @@ TEST_F(QuorlaBinary, dictationCommandsAndTheAppsLife)
 
         EXPECT_EQ(std::get<0>(quorla({"dictation", "start"})), 0);
         ASSERT_TRUE(waitUntil([&] { return dictationState() == "recording"; }, 20000));
+        EXPECT_EQ(std::get<0>(run("paplay", {"-d", "vsink", home.filePath("speech.wav")})), 0); // worth sending
         EXPECT_EQ(std::get<0>(quorla({"dictation", "cancel"})), 0);
         EXPECT_TRUE(waitUntil([&] { return dictationState() == "idle"; }, 20000));
         EXPECT_EQ(server.requests().size(), 2) << "a canceled recording is never sent";
