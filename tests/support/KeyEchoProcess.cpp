@@ -14,14 +14,8 @@ bool KeyEchoProcess::start()
 {
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process.start(m_program, {QStringLiteral("keys"), QStringLiteral("/dev/null"), QString()});
-    if (!m_process.waitForStarted(5000))
-        return false;
-    return QTest::qWaitFor(
-        [this] {
-            readLines();
-            return m_focused;
-        },
-        10000);
+    const auto ready = [this] { return readLines(), m_focused; };
+    return m_process.waitForStarted(5000) && QTest::qWaitFor(ready, 10000);
 }
 
 QList<KeyEchoProcess::Key> KeyEchoProcess::takeKeys(int waitMs)

@@ -45,10 +45,10 @@ class KeyReporter : public QObject
         if (event->type() != QEvent::KeyPress && event->type() != QEvent::KeyRelease)
             return false;
         const auto *key = static_cast<QKeyEvent *>(event);
-        const auto now = std::chrono::steady_clock::now().time_since_epoch();
+        const std::chrono::microseconds now = std::chrono::duration_cast<std::chrono::microseconds>(
+            std::chrono::steady_clock::now().time_since_epoch());
         std::printf("%s %d %d %lld\n", event->type() == QEvent::KeyPress ? "press" : "release", key->key(),
-                    key->isAutoRepeat() ? 1 : 0,
-                    static_cast<long long>(std::chrono::duration_cast<std::chrono::microseconds>(now).count()));
+                    key->isAutoRepeat() ? 1 : 0, static_cast<long long>(now.count()));
         std::fflush(stdout);
         return false;
     }
