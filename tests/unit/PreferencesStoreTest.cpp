@@ -57,8 +57,9 @@ TEST_F(PreferencesStoreTest, unreadableFilesAreKeptAsideAndDefaultsUsed)
         EXPECT_EQ(QFile::exists(path()), bytes && !keptAside) << name;
         QFile aside(path() + ".corrupt");
         EXPECT_EQ(aside.open(QIODevice::ReadOnly), keptAside) << name;
-        if (keptAside)
+        if (keptAside) {
             EXPECT_EQ(aside.readAll(), *bytes) << name;
+        }
         store.setBool("flag", true);
         EXPECT_EQ(PreferencesStore(path()).boolValue("flag"), true) << name;
     }
