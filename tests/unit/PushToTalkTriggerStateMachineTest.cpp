@@ -26,29 +26,14 @@ void PrintTo(const Row &row, std::ostream *os) { *os << row.name; }
 
 Machine machine(const std::string &s)
 {
-    const Phase phase = s[0] == 'p' ? Phase::pendingHold : s[0] == 'h' ? Phase::holdActive
-                                    : s[0] == 't'                      ? Phase::toggleActive : Phase::idle;
-    return {phase, s[1] == 'F', s[2] == 'S'};
-}
-
-Input input(char c)
-{
-    switch (c) {
-    case 'F': return Input::fnDown();
-    case 'f': return Input::fnUp();
-    case 'S': return Input::spaceDown(false);
-    case '!': return Input::spaceDown(true);
-    case 's': return Input::spaceUp();
-    default: return Input::holdDelayElapsed();
-    }
+    return {Phase(std::string_view("ipht").find(s[0])), s[1] == 'F', s[2] == 'S'};
 }
 
 std::string letters(auto actions)
 {
-    static const char codes[] = "cxskHhTt";
     std::string out;
     for (const Action action : actions)
-        out += codes[int(action)];
+        out += "cxskHhTt"[int(action)];
     return out;
 }
 
@@ -58,7 +43,9 @@ TEST_P(TransitionTable, givesTheExactActionsAndState)
 {
     const Row &row = GetParam();
     Machine m = machine(row.before);
-    EXPECT_EQ(letters(m.handle(input(row.input))), row.actions);
+    const Input inputs[] = {Input::fnDown(), Input::fnUp(), Input::spaceDown(false), Input::spaceDown(true),
+                            Input::spaceUp(), Input::holdDelayElapsed()};
+    EXPECT_EQ(letters(m.handle(inputs[std::string_view("FfS!sH").find(row.input)])), row.actions);
     EXPECT_EQ(m, machine(row.after));
 }
 
