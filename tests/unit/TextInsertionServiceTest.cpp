@@ -133,15 +133,15 @@ TEST_F(TextInsertionServiceTest, refusalsBeforeAnythingIsTouched)
 
 TEST_F(TextInsertionServiceTest, thePreviousClipboardComesBackByteForByteEvenWhenEmpty)
 {
-    for (const qsizetype formats : {3, 0}) {
+    for (const bool empty : {false, true}) {
         auto *data = new QMimeData;
-        const std::pair<QString, QByteArray> all[] = {{"text/plain", "before"}, {"text/html", "<b>before</b>"},
-                                                      {"application/x-quorla-binary", QByteArray("\x00\x01\xff\x00z", 5)}};
-        for (qsizetype i = 0; i < formats; ++i)
-            data->setData(all[i].first, all[i].second);
+        data->setData("text/html", "<b>before</b>");
+        data->setData("application/x-quorla-binary", QByteArray("\x00\x01\xff\x00z", 5));
+        if (empty)
+            data->clear();
         clipboard()->setMimeData(data);
         const PasteboardSnapshot before = PasteboardSnapshot::capture(*clipboard());
-        ASSERT_EQ(before.formats.size(), formats);
+        ASSERT_EQ(before.formats.size(), empty ? 0 : 2);
         EXPECT_EQ(insert("world"), std::nullopt);
         EXPECT_EQ(clipboardAtPaste, "world");
         EXPECT_EQ(PasteboardSnapshot::capture(*clipboard()), before);
@@ -177,8 +177,9 @@ TEST_F(TextInsertionServiceTest, theClipboardKeepsWhatTheUserMustNotLose)
         };
         EXPECT_EQ(insert("world", c.restore), c.error);
         EXPECT_EQ(clipboard()->text(), c.clipboardAfter);
-        if (c.pasteWorks && c.backspaceWorks)
+        if (c.pasteWorks && c.backspaceWorks) {
             EXPECT_EQ(hint, "secret") << "a password manager leaves the transcript alone";
+        }
     }
 }
 
