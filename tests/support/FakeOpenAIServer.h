@@ -1,8 +1,6 @@
 #pragma once
 
-#include <QByteArray>
 #include <QHash>
-#include <QList>
 #include <QMap>
 #include <QObject>
 #include <QTcpServer>
@@ -19,23 +17,19 @@ class FakeOpenAIServer : public QObject
 
 public:
     struct Request {
-        QByteArray method;
-        QByteArray path;
+        QByteArray method, path;
         QMap<QByteArray, QByteArray> headers; // names in lower case
         QByteArray body;
     };
-
     enum class Behaviour {
         answer,
         closeMidReply, // headers and half the body, then the connection is dropped
         stall,         // reads the request, never answers
         hugeBody,      // hugeBodyBytes of filler, written as the client reads
     };
-
     struct Reply {
         int status = 200;
-        QByteArray body;
-        QByteArray contentType = "application/json";
+        QByteArray body, contentType = "application/json";
         Behaviour behaviour = Behaviour::answer;
         qint64 hugeBodyBytes = 0;
     };
@@ -44,12 +38,11 @@ public:
     ~FakeOpenAIServer() override;
 
     // http://127.0.0.1:<port>
-    [[nodiscard]] QUrl baseURL() const;
-    [[nodiscard]] QUrl url(const QString &path) const;
-
+    [[nodiscard]] QUrl baseURL() const { return QUrl("http://127.0.0.1:" + QString::number(m_server.serverPort())); }
+    [[nodiscard]] QUrl url(const QString &path) const { return QUrl(baseURL().toString() + path); }
     // The answer for a path from now on; an enqueued reply is used once, before it.
-    void setReply(const QByteArray &path, Reply reply);
-    void enqueueReply(const QByteArray &path, Reply reply);
+    void setReply(const QByteArray &path, Reply reply) { m_replies.insert(path, std::move(reply)); }
+    void enqueueReply(const QByteArray &path, Reply reply) { m_queued[path].append(std::move(reply)); }
 
     [[nodiscard]] const QList<Request> &requests() const { return m_requests; }
     [[nodiscard]] int connectionCount() const { return m_connectionCount; }
@@ -61,11 +54,9 @@ public:
     static QByteArray chatBody(const QString &content);
 
 private:
-    void accept();
     void readFrom(QTcpSocket *socket);
     void respond(QTcpSocket *socket, const Reply &reply);
     void streamFiller(QTcpSocket *socket, qint64 remaining);
-    Reply replyFor(const QByteArray &path);
 
     QTcpServer m_server;
     QHash<QTcpSocket *, QByteArray> m_buffers;

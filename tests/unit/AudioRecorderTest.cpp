@@ -4,7 +4,6 @@
 #include "support/PlatformError.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -25,7 +24,6 @@ protected:
 
 TEST_F(AudioRecorderTest, eachRecordingIsAFreshUuidFileWithItsDurationAndLoudestLevel)
 {
-    const QRegularExpression name("^[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}\\.m4a$");
     capture->duration = 1.25;
     capture->peakPower = -30.0f;
     recorder.startRecording();
@@ -35,56 +33,39 @@ TEST_F(AudioRecorderTest, eachRecordingIsAFreshUuidFileWithItsDurationAndLoudest
     const auto first = recorder.stopRecording();
     EXPECT_DOUBLE_EQ(first.duration, 1.25);
     EXPECT_FLOAT_EQ(first.maxPeakPower, -4.0f);
-    EXPECT_FLOAT_EQ(recorder.maxPeakPower(), -160.0f);
-
-    for (const float silence : {-200.0f, -std::numeric_limits<float>::infinity()}) {
-        capture->peakPower = silence;
-        recorder.startRecording();
-        const auto next = recorder.stopRecording();
-        EXPECT_FLOAT_EQ(next.maxPeakPower, -160.0f) << silence;
-        EXPECT_NE(next.fileURL, first.fileURL);
-    }
-    ASSERT_EQ(files().size(), 3); // the caller owns them now
-    for (const QString &file : files())
-        EXPECT_TRUE(name.match(file).hasMatch()) << file.toStdString();
+    capture->peakPower = -std::numeric_limits<float>::infinity();
+    recorder.startRecording();
+    const auto next = recorder.stopRecording();
+    EXPECT_FLOAT_EQ(next.maxPeakPower, -160.0f);
+    EXPECT_NE(next.fileURL, first.fileURL);
+    const QRegularExpression uuid("^[0-9A-F]{8}-([0-9A-F]{4}-){3}[0-9A-F]{12}\\.m4a$");
+    ASSERT_EQ(files().size(), 2); // the caller owns them now
+    EXPECT_TRUE(uuid.match(files()[0]).hasMatch() && uuid.match(files()[1]).hasMatch()) << files().join(' ').toStdString();
 }
 
 // However a recording ends without one, no file is left and the next one works.
 TEST_F(AudioRecorderTest, everyWayOfEndingWithoutARecordingLeavesNoFile)
 {
     QSignalSpy failed(&recorder, &AudioRecorder::recordingFailed);
-    const struct {
-        const char *name;
-        std::function<void()> act;
-        std::optional<PlatformError::Domain> stopThrows; // nullopt: the "not recording" error
-    } cases[] = {
-        {"never started", [] {}, std::nullopt},
-        {"cancelled", [this] { recorder.startRecording(); recorder.cancelRecording(); }, std::nullopt},
-        {"refused by the input",
-         [this] {
+    const std::pair<const char *, std::function<void()>> cases[] = {
+        {"never started", [] {}},
+        {"cancelled", [this] { recorder.startRecording(); recorder.cancelRecording(); }},
+        {"refused by the input", [this] {
              capture->startFailure = QuorlaError(QuorlaError::Kind::recordingFailed);
              EXPECT_THROW(recorder.startRecording(), QuorlaError);
              capture->startFailure.reset();
-         },
-         std::nullopt},
-        {"broken mid-way",
-         [&] {
+         }},
+        {"broken mid-way", [&] {
              recorder.startRecording();
              capture->breakRecording(std::make_exception_ptr(PlatformError(PlatformError::Domain::file, "full")));
              EXPECT_TRUE(failed.wait(2000));
-         },
-         PlatformError::Domain::file},
+         }},
     };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.name);
-        c.act();
-        EXPECT_FALSE(capture->recording);
-        if (c.stopThrows)
-            EXPECT_THROW(recorder.stopRecording(), PlatformError);
-        else
-            EXPECT_THROW(recorder.stopRecording(), QuorlaError);
-        EXPECT_FALSE(recorder.isRecording());
-        EXPECT_TRUE(files().isEmpty());
+    for (const auto &[name, act] : cases) {
+        act();
+        EXPECT_FALSE(capture->recording) << name;
+        EXPECT_ANY_THROW(recorder.stopRecording()) << name;
+        EXPECT_TRUE(files().isEmpty()) << name;
     }
     recorder.startRecording();
     EXPECT_NO_THROW(recorder.stopRecording());
@@ -102,13 +83,11 @@ TEST_F(AudioRecorderTest, theTriggerWarmsTheInputUpAndOnlyATapLetsItGo)
     EXPECT_TRUE(capture->prepared);
     recorder.handleTriggerKeyChanged(false);
     QTRY_VERIFY_WITH_TIMEOUT(!capture->prepared, 2000);
-
     recorder.handleTriggerKeyChanged(true);
     recorder.startRecording();
     recorder.handleTriggerKeyChanged(false);
     QTest::qWait(int(AudioRecorder::releaseAfterTriggerUp.count()) * 2);
     EXPECT_TRUE(capture->recording) << "a hold's recording outlives the key-up";
-    EXPECT_NO_THROW(recorder.stopRecording());
 }
 
 } // namespace

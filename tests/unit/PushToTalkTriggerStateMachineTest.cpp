@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
+#include <string>
 
 namespace {
 
@@ -10,96 +10,76 @@ using Action = PushToTalkTriggerAction;
 using Input = PushToTalkTriggerInput;
 using Machine = PushToTalkTriggerStateMachine;
 using Phase = PushToTalkTriggerPhase;
-using Actions = std::vector<Action>;
 
-Actions feed(Machine &machine, Input input)
-{
-    const auto actions = machine.handle(input);
-    return {actions.begin(), actions.end()};
-}
-
+// A state is "phase fn space": i/p/h/t for idle/pendingHold/holdActive/toggleActive, F and
+// S when the trigger and Space are believed down. Inputs: F/f the trigger down/up, S a
+// Space press (! with the trigger flag), s Space up, H the hold delay running out.
+// Actions: c/x capture/clear the target, s/k schedule/cancel the hold, H/h hold
+// started/ended, T/t toggle started/ended.
 struct Row {
-    const char *name;
-    Machine before;
-    Input input;
-    Machine after;
-    Actions actions;
+    const char *name, *before;
+    char input;
+    const char *after, *actions;
 };
 
 void PrintTo(const Row &row, std::ostream *os) { *os << row.name; }
 
-std::string rowName(const ::testing::TestParamInfo<Row> &info) { return info.param.name; }
+Machine machine(const std::string &s)
+{
+    return {Phase(std::string_view("ipht").find(s[0])), s[1] == 'F', s[2] == 'S'};
+}
+
+std::string letters(auto actions)
+{
+    std::string out;
+    for (const Action action : actions)
+        out += "cxskHhTt"[int(action)];
+    return out;
+}
 
 class TransitionTable : public ::testing::TestWithParam<Row> {};
 
 TEST_P(TransitionTable, givesTheExactActionsAndState)
 {
     const Row &row = GetParam();
-    Machine machine = row.before;
-    EXPECT_EQ(feed(machine, row.input), row.actions);
-    EXPECT_EQ(machine, row.after);
+    Machine m = machine(row.before);
+    const Input inputs[] = {Input::fnDown(), Input::fnUp(), Input::spaceDown(false), Input::spaceDown(true),
+                            Input::spaceUp(), Input::holdDelayElapsed()};
+    EXPECT_EQ(letters(m.handle(inputs[std::string_view("FfS!sH").find(row.input)])), row.actions);
+    EXPECT_EQ(m, machine(row.after));
 }
 
-constexpr Machine state(Phase phase, bool fn, bool space) { return {phase, fn, space}; }
-
-// fnDown, row by row.
-INSTANTIATE_TEST_SUITE_P(FnDown, TransitionTable, ::testing::Values(
-    Row{"repeatWhileHeld", state(Phase::holdActive, true, false), Input::fnDown(), state(Phase::holdActive, true, false), {}},
-    Row{"repeatInIdle", state(Phase::idle, true, true), Input::fnDown(), state(Phase::idle, true, true), {}},
-    Row{"pendingHoldBelievedUp", state(Phase::pendingHold, false, false), Input::fnDown(), state(Phase::pendingHold, true, false), {}},
-    Row{"holdActiveBelievedUp", state(Phase::holdActive, false, false), Input::fnDown(), state(Phase::holdActive, true, false), {}},
-    Row{"endsToggle", state(Phase::toggleActive, false, false), Input::fnDown(), state(Phase::idle, true, false),
-        {Action::notifyToggleEnded, Action::clearTargetApplication}},
-    Row{"spaceAlreadyDown", state(Phase::idle, false, true), Input::fnDown(), state(Phase::idle, true, true), {}},
-    Row{"startsPendingHold", state(Phase::idle, false, false), Input::fnDown(), state(Phase::pendingHold, true, false),
-        {Action::captureTargetApplication, Action::scheduleHold}}),
-    rowName);
-
-// fnUp, row by row.
-INSTANTIATE_TEST_SUITE_P(FnUp, TransitionTable, ::testing::Values(
-    Row{"believedUp", state(Phase::idle, false, false), Input::fnUp(), state(Phase::idle, false, false), {}},
-    Row{"believedUpInToggle", state(Phase::toggleActive, false, true), Input::fnUp(), state(Phase::toggleActive, false, true), {}},
-    Row{"idleClearsTarget", state(Phase::idle, true, false), Input::fnUp(), state(Phase::idle, false, false),
-        {Action::clearTargetApplication}},
-    Row{"quickTap", state(Phase::pendingHold, true, false), Input::fnUp(), state(Phase::idle, false, false),
-        {Action::cancelHold, Action::clearTargetApplication}},
-    Row{"endsHold", state(Phase::holdActive, true, true), Input::fnUp(), state(Phase::idle, false, true),
-        {Action::notifyHoldEnded, Action::clearTargetApplication}},
-    Row{"toggleKeepsRunning", state(Phase::toggleActive, true, false), Input::fnUp(), state(Phase::toggleActive, false, false), {}}),
-    rowName);
-
-// spaceDown, row by row; S is set in every case.
-INSTANTIATE_TEST_SUITE_P(SpaceDown, TransitionTable, ::testing::Values(
-    Row{"plainSpacePassesThrough", state(Phase::idle, false, false), Input::spaceDown(false), state(Phase::idle, false, true), {}},
-    Row{"flagStartsToggleFromIdle", state(Phase::idle, false, false), Input::spaceDown(true), state(Phase::toggleActive, true, true),
-        {Action::captureTargetApplication, Action::notifyToggleStarted}},
-    Row{"heldTriggerStartsToggleFromIdle", state(Phase::idle, true, false), Input::spaceDown(false), state(Phase::toggleActive, true, true),
-        {Action::captureTargetApplication, Action::notifyToggleStarted}},
-    Row{"pendingHoldWithoutFn", state(Phase::pendingHold, false, false), Input::spaceDown(false), state(Phase::pendingHold, false, true), {}},
-    Row{"pendingHoldWithFlagKeepsBelief", state(Phase::pendingHold, false, false), Input::spaceDown(true), state(Phase::toggleActive, false, true),
-        {Action::cancelHold, Action::notifyToggleStarted}},
-    Row{"pendingHoldWithHeldTrigger", state(Phase::pendingHold, true, false), Input::spaceDown(false), state(Phase::toggleActive, true, true),
-        {Action::cancelHold, Action::notifyToggleStarted}},
-    Row{"holdActiveWithoutFn", state(Phase::holdActive, false, false), Input::spaceDown(false), state(Phase::holdActive, false, true), {}},
-    Row{"holdPromotedWithFlagKeepsBelief", state(Phase::holdActive, false, false), Input::spaceDown(true), state(Phase::toggleActive, false, true),
-        {Action::notifyToggleStarted}},
-    Row{"holdPromoted", state(Phase::holdActive, true, false), Input::spaceDown(false), state(Phase::toggleActive, true, true),
-        {Action::notifyToggleStarted}},
-    Row{"plainSpaceEndsToggle", state(Phase::toggleActive, false, false), Input::spaceDown(false), state(Phase::idle, false, true),
-        {Action::notifyToggleEnded, Action::clearTargetApplication}},
-    Row{"fnSpaceEndsToggle", state(Phase::toggleActive, true, false), Input::spaceDown(true), state(Phase::idle, true, true),
-        {Action::notifyToggleEnded, Action::clearTargetApplication}}),
-    rowName);
-
-// spaceUp never acts; holdDelayElapsed acts only in pendingHold.
-INSTANTIATE_TEST_SUITE_P(SpaceUpAndTimer, TransitionTable, ::testing::Values(
-    Row{"spaceUpClearsSpace", state(Phase::toggleActive, true, true), Input::spaceUp(), state(Phase::toggleActive, true, false), {}},
-    Row{"spaceUpWhenUp", state(Phase::idle, false, false), Input::spaceUp(), state(Phase::idle, false, false), {}},
-    Row{"timerStartsHold", state(Phase::pendingHold, true, false), Input::holdDelayElapsed(), state(Phase::holdActive, true, false),
-        {Action::notifyHoldStarted}},
-    Row{"staleTimerInIdle", state(Phase::idle, false, false), Input::holdDelayElapsed(), state(Phase::idle, false, false), {}},
-    Row{"staleTimerInHold", state(Phase::holdActive, true, false), Input::holdDelayElapsed(), state(Phase::holdActive, true, false), {}},
-    Row{"staleTimerInToggle", state(Phase::toggleActive, false, false), Input::holdDelayElapsed(), state(Phase::toggleActive, false, false), {}}),
-    rowName);
+INSTANTIATE_TEST_SUITE_P(All, TransitionTable, ::testing::Values(
+    Row{"repeatWhileHeld", "hF-", 'F', "hF-", ""},
+    Row{"repeatInIdle", "iFS", 'F', "iFS", ""},
+    Row{"pendingHoldBelievedUp", "p--", 'F', "pF-", ""},
+    Row{"holdActiveBelievedUp", "h--", 'F', "hF-", ""},
+    Row{"fnEndsToggle", "t--", 'F', "iF-", "tx"},
+    Row{"spaceAlreadyDown", "i-S", 'F', "iFS", ""},
+    Row{"startsPendingHold", "i--", 'F', "pF-", "cs"},
+    Row{"fnUpBelievedUp", "i--", 'f', "i--", ""},
+    Row{"fnUpBelievedUpInToggle", "t-S", 'f', "t-S", ""},
+    Row{"idleReleaseClearsTarget", "iF-", 'f', "i--", "x"},
+    Row{"quickTap", "pF-", 'f', "i--", "kx"},
+    Row{"endsHold", "hFS", 'f', "i-S", "hx"},
+    Row{"toggleKeepsRunning", "tF-", 'f', "t--", ""},
+    Row{"plainSpacePassesThrough", "i--", 'S', "i-S", ""},
+    Row{"flagStartsToggleFromIdle", "i--", '!', "tFS", "cT"},
+    Row{"heldTriggerStartsToggleFromIdle", "iF-", 'S', "tFS", "cT"},
+    Row{"pendingHoldWithoutFn", "p--", 'S', "p-S", ""},
+    Row{"pendingHoldWithFlagKeepsBelief", "p--", '!', "t-S", "kT"},
+    Row{"pendingHoldWithHeldTrigger", "pF-", 'S', "tFS", "kT"},
+    Row{"holdActiveWithoutFn", "h--", 'S', "h-S", ""},
+    Row{"holdPromotedWithFlagKeepsBelief", "h--", '!', "t-S", "T"},
+    Row{"holdPromoted", "hF-", 'S', "tFS", "T"},
+    Row{"plainSpaceEndsToggle", "t--", 'S', "i-S", "tx"},
+    Row{"fnSpaceEndsToggle", "tF-", '!', "iFS", "tx"},
+    Row{"spaceUpClearsSpace", "tFS", 's', "tF-", ""},
+    Row{"spaceUpWhenUp", "i--", 's', "i--", ""},
+    Row{"timerStartsHold", "pF-", 'H', "hF-", "H"},
+    Row{"staleTimerInIdle", "i--", 'H', "i--", ""},
+    Row{"staleTimerInHold", "hF-", 'H', "hF-", ""},
+    Row{"staleTimerInToggle", "t--", 'H', "t--", ""}),
+    [](const auto &info) { return std::string(info.param.name); });
 
 } // namespace

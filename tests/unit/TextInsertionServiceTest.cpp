@@ -24,14 +24,9 @@ QCoro::Task<void> catching(QCoro::Task<void> task, std::optional<QuorlaError> *e
     }
 }
 
-std::shared_ptr<FakeTextField> textField(const QString &value, TextRange selection, bool valueSettable = true)
-{
-    auto field = std::make_shared<FakeTextField>();
-    field->value = value;
-    field->selection = selection;
-    field->valueSettable = valueSettable;
-    return field;
-}
+QClipboard *clipboard() { return QGuiApplication::clipboard(); }
+
+std::optional<QuorlaError> failed(const char *message) { return QuorlaError::textInsertionFailed(message); }
 
 class TextInsertionServiceTest : public ::testing::Test
 {
@@ -42,24 +37,20 @@ protected:
         keys->onPaste = [this] { clipboardAtPaste = clipboard()->text(); };
     }
 
-    static QClipboard *clipboard() { return QGuiApplication::clipboard(); }
-
-    std::optional<QuorlaError> insert(const QString &text, bool restoreClipboard = true,
-                                      bool replaceTriggerSpace = true)
+    std::optional<QuorlaError> insert(const QString &text, bool restoreClipboard = true, bool replaceSpace = true)
     {
         std::optional<QuorlaError> error;
-        QCoro::waitFor(catching(service.insert(text, TextInsertionTarget{editor}, restoreClipboard,
-                                               replaceTriggerSpace),
-                                &error));
+        QCoro::waitFor(catching(service.insert(text, TextInsertionTarget{editor}, restoreClipboard, replaceSpace), &error));
         return error;
     }
 
-    static void putOnClipboard(const QList<std::pair<QString, QByteArray>> &formats)
+    FakeTextField &focus(const QString &value, TextRange selection, bool valueSettable = true)
     {
-        auto *data = new QMimeData;
-        for (const auto &[format, bytes] : formats)
-            data->setData(format, bytes);
-        clipboard()->setMimeData(data);
+        accessibility->focused = std::make_shared<FakeTextField>();
+        accessibility->focused->value = value;
+        accessibility->focused->selection = selection;
+        accessibility->focused->valueSettable = valueSettable;
+        return *accessibility->focused;
     }
 
     std::shared_ptr<FakeAccessibility> accessibility = std::make_shared<FakeAccessibility>();
@@ -73,7 +64,7 @@ protected:
 
 TEST_F(TextInsertionServiceTest, theDirectRouteReplacesTheTriggerSpaceAndPutsTheCaretAfterTheText)
 {
-    accessibility->focused = textField("hello ", TextRange{6, 0});
+    focus("hello ", TextRange{6, 0});
     EXPECT_EQ(insert("world"), std::nullopt);
     EXPECT_EQ(accessibility->focused->edits, QStringList({"value:helloworld", "selection:10,0"}));
     EXPECT_EQ(accessibility->queriedProcesses, QList<qint64>{42});
@@ -81,7 +72,7 @@ TEST_F(TextInsertionServiceTest, theDirectRouteReplacesTheTriggerSpaceAndPutsThe
     EXPECT_TRUE(keys->sent.isEmpty());
     EXPECT_TRUE(clipboard()->text().isEmpty()) << "the direct route leaves the clipboard alone";
 
-    accessibility->focused = textField("😀 old tail", TextRange{3, 3}); // offsets count UTF-16 units
+    focus("😀 old tail", TextRange{3, 3}); // offsets count UTF-16 units
     EXPECT_EQ(insert("😀new", true, false), std::nullopt);
     EXPECT_EQ(accessibility->focused->value, "😀 😀new tail");
     EXPECT_EQ(accessibility->focused->selection, (TextRange{8, 0}));
@@ -89,70 +80,68 @@ TEST_F(TextInsertionServiceTest, theDirectRouteReplacesTheTriggerSpaceAndPutsThe
 
 TEST_F(TextInsertionServiceTest, fieldsThatRefuseDirectEditingTakeThePasteRoute)
 {
-    struct Case {
+    const struct {
         const char *name;
         std::function<void(FakeTextField &)> arrange;
         QStringList keys;
-        bool replaceTriggerSpace = true;
-    };
-    const Case cases[] = {
-        {"valueNotSettable", [](FakeTextField &f) { f.valueSettable = false; }, {"BackSpace", "Ctrl+V"}},
-        {"selectionNotSettable", [](FakeTextField &f) { f.selectionSettable = false; }, {"BackSpace", "Ctrl+V"}},
-        {"setValueRefused", [](FakeTextField &f) { f.acceptsValue = false; }, {"BackSpace", "Ctrl+V"}},
+        bool replaceSpace = true;
+    } cases[] = {
+        {"value not settable", [](FakeTextField &f) { f.valueSettable = false; }, {"BackSpace", "Ctrl+V"}},
+        {"selection not settable", [](FakeTextField &f) { f.selectionSettable = false; }, {"BackSpace", "Ctrl+V"}},
+        {"value refused", [](FakeTextField &f) { f.acceptsValue = false; }, {"BackSpace", "Ctrl+V"}},
         // the trigger-space test looks only before the selection, so the space still goes
-        {"selectionBeyondTheValue", [](FakeTextField &f) { f.selection = TextRange{6, 4}; }, {"BackSpace", "Ctrl+V"}},
-        {"noValue", [](FakeTextField &f) { f.value.reset(); }, {"Ctrl+V"}},
-        {"noSelection", [](FakeTextField &f) { f.selection.reset(); }, {"Ctrl+V"}},
-        {"notAskedToReplaceTheSpace", [](FakeTextField &f) { f.valueSettable = false; }, {"Ctrl+V"}, false},
-        {"noSpaceBeforeTheCaret",
-         [](FakeTextField &f) { f.value = "hello"; f.selection = TextRange{5, 0}; f.valueSettable = false; },
-         {"Ctrl+V"}},
+        {"selection beyond the value", [](FakeTextField &f) { f.selection = TextRange{6, 4}; }, {"BackSpace", "Ctrl+V"}},
+        {"no value", [](FakeTextField &f) { f.value.reset(); }, {"Ctrl+V"}},
+        {"not asked to replace the space", [](FakeTextField &f) { f.valueSettable = false; }, {"Ctrl+V"}, false},
+        {"no space before", [](FakeTextField &f) { f.value = "hello"; f.selection = TextRange{5, 0}; f.valueSettable = false; }, {"Ctrl+V"}},
     };
-    for (const Case &c : cases) {
+    for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
         keys->sent.clear();
-        clipboardAtPaste.clear();
-        accessibility->focused = textField("hello ", TextRange{6, 0});
-        c.arrange(*accessibility->focused);
-        EXPECT_EQ(insert("world", true, c.replaceTriggerSpace), std::nullopt);
+        c.arrange(focus("hello ", TextRange{6, 0}));
+        EXPECT_EQ(insert("world", true, c.replaceSpace), std::nullopt);
         EXPECT_EQ(keys->sent, c.keys);
         EXPECT_EQ(clipboardAtPaste, "world");
         EXPECT_TRUE(accessibility->focused->edits.isEmpty());
     }
+    // Terminals paste with Shift, known by their accessibility role or their window class.
+    accessibility->focused->terminal = true;
+    keys->sent.clear();
+    EXPECT_EQ(insert("ls", true, false), std::nullopt);
+    accessibility->focused.reset();
+    editor->terminal = true;
+    EXPECT_EQ(insert("ls"), std::nullopt);
+    EXPECT_EQ(keys->sent, QStringList({"Ctrl+Shift+V", "Ctrl+Shift+V"}));
 }
 
 TEST_F(TextInsertionServiceTest, refusalsBeforeAnythingIsTouched)
 {
     accessibility->trusted = false;
     EXPECT_EQ(insert("x"), QuorlaError(QuorlaError::Kind::accessibilityPermissionDenied));
-    EXPECT_EQ(editor->activationCount, 0);
-
     accessibility->trusted = true;
     editor->pid = 0;
-    EXPECT_EQ(insert("x"),
-              QuorlaError::textInsertionFailed("The target app is no longer running."));
+    EXPECT_EQ(insert("x"), failed("The target app is no longer running."));
     EXPECT_EQ(editor->activationCount, 0);
-
     editor->pid = 42;
     editor->activates = false;
-    EXPECT_EQ(insert("x"),
-              QuorlaError::textInsertionFailed("Couldn't bring Editor back to the front."));
+    EXPECT_EQ(insert("x"), failed("Couldn't bring Editor back to the front."));
     editor->name.reset();
-    EXPECT_EQ(insert("x"),
-              QuorlaError::textInsertionFailed("Couldn't bring the target app back to the front."));
+    EXPECT_EQ(insert("x"), failed("Couldn't bring the target app back to the front."));
     EXPECT_TRUE(keys->sent.isEmpty());
     EXPECT_TRUE(accessibility->queriedProcesses.isEmpty());
 }
 
 TEST_F(TextInsertionServiceTest, thePreviousClipboardComesBackByteForByteEvenWhenEmpty)
 {
-    for (const qsizetype formats : {3, 0}) {
-        putOnClipboard(QList<std::pair<QString, QByteArray>>{
-            {"text/plain", "before"}, {"text/html", "<b>before</b>"},
-            {"application/x-quorla-binary", QByteArray("\x00\x01\xff\x00z", 5)},
-        }.first(formats));
+    for (const bool empty : {false, true}) {
+        auto *data = new QMimeData;
+        data->setData("text/html", "<b>before</b>");
+        data->setData("application/x-quorla-binary", QByteArray("\x00\x01\xff\x00z", 5));
+        if (empty)
+            data->clear();
+        clipboard()->setMimeData(data);
         const PasteboardSnapshot before = PasteboardSnapshot::capture(*clipboard());
-        ASSERT_EQ(before.formats.size(), formats);
+        ASSERT_EQ(before.formats.size(), empty ? 0 : 2);
         EXPECT_EQ(insert("world"), std::nullopt);
         EXPECT_EQ(clipboardAtPaste, "world");
         EXPECT_EQ(PasteboardSnapshot::capture(*clipboard()), before);
@@ -166,18 +155,18 @@ TEST_F(TextInsertionServiceTest, theClipboardKeepsWhatTheUserMustNotLose)
         const char *name;
         bool restore, backspaceWorks, pasteWorks;
         const char *copiedDuringPaste;
-        std::optional<QString> error;
+        std::optional<QuorlaError> error;
         QString clipboardAfter;
     } cases[] = {
         {"not asked to restore", false, true, true, nullptr, std::nullopt, "world"},
         {"copied meanwhile", true, true, true, "copied meanwhile", std::nullopt, "copied meanwhile"},
-        {"Backspace failed", true, false, true, nullptr, "Couldn't remove the trigger space before pasting.", "world"},
-        {"paste failed", true, true, false, nullptr, "Couldn't synthesize the paste shortcut.", "world"},
+        {"Backspace failed", true, false, true, nullptr, failed("Couldn't remove the trigger space before pasting."), "world"},
+        {"paste failed", true, true, false, nullptr, failed("Couldn't synthesize the paste shortcut."), "world"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
-        putOnClipboard({{"text/plain", QByteArray("before")}});
-        accessibility->focused = textField("hello ", TextRange{6, 0}, false);
+        clipboard()->setText("before");
+        focus("hello ", TextRange{6, 0}, false);
         keys->backspaceWorks = c.backspaceWorks;
         keys->pasteWorks = c.pasteWorks;
         QByteArray hint;
@@ -186,26 +175,12 @@ TEST_F(TextInsertionServiceTest, theClipboardKeepsWhatTheUserMustNotLose)
             if (c.copiedDuringPaste)
                 clipboard()->setText(c.copiedDuringPaste);
         };
-        const auto error = insert("world", c.restore);
-        EXPECT_EQ(error, c.error ? std::optional(QuorlaError::textInsertionFailed(*c.error)) : std::nullopt);
+        EXPECT_EQ(insert("world", c.restore), c.error);
         EXPECT_EQ(clipboard()->text(), c.clipboardAfter);
-        if (c.pasteWorks && c.backspaceWorks)
+        if (c.pasteWorks && c.backspaceWorks) {
             EXPECT_EQ(hint, "secret") << "a password manager leaves the transcript alone";
+        }
     }
-}
-
-TEST_F(TextInsertionServiceTest, terminalsGetControlShiftV)
-{
-    accessibility->focused = std::make_shared<FakeTextField>();
-    accessibility->focused->terminal = true;
-    EXPECT_EQ(insert("ls"), std::nullopt);
-    EXPECT_EQ(keys->sent, QStringList{"Ctrl+Shift+V"}) << "by accessibility role";
-
-    keys->sent.clear();
-    accessibility->focused.reset();
-    editor->terminal = true;
-    EXPECT_EQ(insert("ls"), std::nullopt);
-    EXPECT_EQ(keys->sent, QStringList{"Ctrl+Shift+V"}) << "by window class";
 }
 
 } // namespace
