@@ -51,8 +51,9 @@ TEST(ServiceAddress, theKeyTravelsOnlyEncryptedOrOnThisMachine)
         EXPECT_EQ(problemWith(typed), problem == "key" ? refusal : problem == "address" ? notAnAddress
                                       : std::optional<QString>())
             << typed.toStdString();
-        if (problem != "address")
+        if (problem != "address") {
             EXPECT_EQ(refusal.has_value(), problem == "key") << typed.toStdString();
+        }
     }
     EXPECT_EQ(problemWith(" "), std::nullopt);
     EXPECT_TRUE(refusalForAPIKey(QUrl("ftp://127.0.0.1")));

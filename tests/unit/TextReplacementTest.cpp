@@ -34,9 +34,10 @@ TEST(TextReplacement, rangeCoversTheSelectionAndOnlyASpaceJustBeforeIt)
     };
     for (const auto &c : cases) {
         EXPECT_EQ(replacementRange(c.value, c.selected, c.replaceTriggerSpace), c.expected) << c.name;
-        if (c.replaceTriggerSpace && c.expected)
+        if (c.replaceTriggerSpace && c.expected) {
             EXPECT_EQ(hasTriggerSpaceBeforeSelection(c.value, c.selected), c.expected->location < c.selected.location)
                 << c.name;
+        }
     }
 }
 
