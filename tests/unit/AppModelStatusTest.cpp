@@ -1,5 +1,4 @@
 #include "ModelTest.h"
-#include "services/TranslationLanguageCatalog.h"
 
 namespace {
 
@@ -58,43 +57,6 @@ TEST_F(AppModelStatusTest, askingForAccessibilityReportsTheAnswer)
     model.requestAccessibilityAccess();
     EXPECT_TRUE(model.accessibilityPermissionGranted());
     EXPECT_EQ(model.statusMessage(), model.defaultStatusMessage());
-}
-
-TEST_F(AppModelStatusTest, translationIsSkippedOnlyWhenTheDictationIsAlreadyInTheTarget)
-{
-    const auto target = [](const char *code) { return std::optional(TranslationLanguage{code, {}}); };
-    const auto hint = [](const char *code) { return std::optional(InputLanguageHint{code, {}}); };
-    const struct {
-        std::optional<TranslationLanguage> target;
-        std::optional<InputLanguageHint> hint;
-        bool translates;
-    } cases[] = {
-        {target("de"), hint("de"), false}, {target("de"), hint(" DE\n"), false}, {target("de"), hint("en"), true},
-        {target("de"), std::nullopt, true}, {target("de"), hint("deu"), true},    {target("deu"), hint("en"), false},
-        {std::nullopt, hint("en"), false},
-    };
-    for (const auto &c : cases)
-        EXPECT_EQ(TranslationLanguageCatalog::shouldTranslateTranscript(c.target, c.hint), c.translates)
-            << (c.target ? c.target->code.toStdString() : "none") << " from " << (c.hint ? c.hint->code.toStdString() : "none");
-}
-
-TEST_F(AppModelStatusTest, theTranslationSummaryFollowsTheStoredCode)
-{
-    AppModel &model = fixture.makeModel();
-    EXPECT_EQ(model.translationLanguageSummary(), "Keep the finished transcript in the original spoken language.");
-    model.setTranslationLanguageCode("de");
-    EXPECT_EQ(model.translationLanguageSummary(),
-              "Translate each finished transcript to German before inserting, copying, and saving. "
-              "Quorla skips translation when the detected dictation language already matches.");
-}
-
-TEST_F(AppModelStatusTest, anInputSourceChangeRefreshesTheHint)
-{
-    AppModel &model = fixture.makeModel();
-    EXPECT_EQ(model.currentInputLanguageHint(), std::nullopt);
-    fixture.inputSource->source = InputSourceInfo{"fr", {}, "French", {"fr"}};
-    model.handleInputSourceChange(fixture.now);
-    EXPECT_EQ(model.currentInputLanguageHint(), (InputLanguageHint{"fr", "French"}));
 }
 
 } // namespace
