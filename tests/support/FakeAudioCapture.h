@@ -19,12 +19,9 @@ public:
         if (startFailure)
             throw *startFailure;
         QFile file(filePath);
-        if (file.open(QIODevice::WriteOnly))
-            file.write("fake m4a");
+        (void)(file.open(QIODevice::WriteOnly) && file.write("fake m4a"));
         currentPath = filePath;
-        recording = true;
-        prepared = false;
-        fault = nullptr;
+        std::tie(recording, prepared, fault) = std::tuple(true, false, nullptr);
     }
     double currentTime() const override { return duration; }
     float takePeakPower() override { return peakPower; }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "models/QuorlaError.h"
-#include "support/PlatformError.h"
+#include "support/PlatformError.h" // for the tests that expect it
 #include "support/PlatformWords.h"
 
 #include <QCoro/QCoroTask>
@@ -26,8 +26,6 @@ struct TaskResult {
             std::rethrow_exception(error);
         } catch (const QuorlaError &quorla) {
             return quorla.errorDescription(PlatformWords::macOS());
-        } catch (const PlatformError &platform) {
-            return platform.description();
         } catch (const std::exception &other) {
             return QString::fromUtf8(other.what());
         }

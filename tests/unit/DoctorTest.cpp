@@ -34,12 +34,7 @@ struct DoctorSetup {
     void writePreferences(const QByteArray &content) const
     {
         QFile file(preferencesPath);
-        file.open(QIODevice::WriteOnly) && file.write(content);
-    }
-    QList<DoctorCheck> run()
-    {
-        Doctor doctor({desktop, credentials, audio}, &network, {preferencesPath, std::chrono::milliseconds(0)});
-        return waitForResult(doctor.run()).value.value_or(QList<DoctorCheck>());
+        (void)(file.open(QIODevice::WriteOnly) && file.write(content));
     }
 };
 
@@ -81,7 +76,8 @@ TEST(DoctorTest, eachProblemGivesItsRowAndItsFix)
         SCOPED_TRACE(expected.what.toStdString());
         DoctorSetup setup;
         expected.arrange(setup);
-        const QList<DoctorCheck> checks = setup.run();
+        Doctor doctor({setup.desktop, setup.credentials, setup.audio}, &setup.network, {setup.preferencesPath, std::chrono::milliseconds(0)});
+        const QList<DoctorCheck> checks = waitForResult(doctor.run()).value.value_or(QList<DoctorCheck>());
         const auto row = std::find_if(checks.begin(), checks.end(), [&](auto &c) { return c.what.contains(expected.what); });
         ASSERT_NE(row, checks.end()) << Doctor::text(checks).toStdString();
         EXPECT_EQ(row->status, expected.status);
