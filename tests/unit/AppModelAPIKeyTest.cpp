@@ -44,8 +44,7 @@ TEST_F(AppModelAPIKeyTest, savingAndClearingTheKey)
         {"save trims", "  sk-typed-key\n", false, false, "sk-typed-key", "API key saved to Keychain.", {}, ""},
         {"a blank save removes", " \t\n ", false, false, {}, "Saved API key removed.", {}, ""},
         {"clear keeps the draft", "half typed", true, false, {}, "Saved API key removed.", {}, "half typed"},
-        {"failed save", "sk-new", false, true, "sk-old", "Couldn't save the API key.",
-         "Couldn't update the API key in Keychain (status -25).", "sk-new"},
+        {"failed save", "sk-new", false, true, "sk-old", "Couldn't save the API key.", "Couldn't update the API key in Keychain (status -25).", "sk-new"},
         {"failed blank save", " ", false, true, "sk-old", "Couldn't save the API key.", removeFailed, " "},
         {"failed clear", " ", true, true, "sk-old", "Couldn't remove the saved API key.", removeFailed, " "},
     };

@@ -91,16 +91,9 @@ TEST_F(AppModelDictationTest, eachSourceShowsItsStepsAndItsFailures)
         const char *startFailed, *finishFailed;
         QStringList steps;
     } sources[] = {
-        {Source::fnHold, false, "Couldn't start dictation from Fn.", "Couldn't finish dictation from Fn.",
-         {"Recording... Accessibility is missing, so the transcript will stay in Quorla and be copied.",
-          "Recording... release Fn to transcribe.", "Transcribing dictation...", "Transcript ready."}},
-        {Source::commandToggle, true, "Couldn't start dictation from `quorla dictation toggle`.",
-         "Couldn't finish dictation from `quorla dictation toggle`.",
-         {"Recording... focus a text field before starting if you want Quorla to insert text.",
-          "Recording... run `quorla dictation toggle` to transcribe.", "Transcribing dictation...", "Transcript ready."}},
-        {Source::manual, true, "Couldn't start recording.", "Couldn't finish transcription.",
-         {"Requesting microphone access...", "Recording... press Stop & Transcribe when you're done.",
-          "Transcribing audio...", "Transcript ready."}},
+        {Source::fnHold, false, "Couldn't start dictation from Fn.", "Couldn't finish dictation from Fn.", {"Recording... Accessibility is missing, so the transcript will stay in Quorla and be copied.", "Recording... release Fn to transcribe.", "Transcribing dictation...", "Transcript ready."}},
+        {Source::commandToggle, true, "Couldn't start dictation from `quorla dictation toggle`.", "Couldn't finish dictation from `quorla dictation toggle`.", {"Recording... focus a text field before starting if you want Quorla to insert text.", "Recording... run `quorla dictation toggle` to transcribe.", "Transcribing dictation...", "Transcript ready."}},
+        {Source::manual, true, "Couldn't start recording.", "Couldn't finish transcription.", {"Requesting microphone access...", "Recording... press Stop & Transcribe when you're done.", "Transcribing audio...", "Transcript ready."}},
     };
     const auto check = [&](const QString &error, const QString &status) {
         EXPECT_EQ(model->errorMessage(), error);
@@ -160,6 +153,8 @@ TEST_F(AppModelDictationTest, spaceDuringAHoldTurnsItIntoAToggle)
 TEST_F(AppModelDictationTest, anInputSourceChangeRightAfterAHoldStartCancelsIt)
 {
     fixture.inputSource->source = InputSourceInfo{"fr", {}, "French", {"fr"}};
+    model->handleInputSourceChange(fixture.now.addSecs(-60));
+    EXPECT_EQ(model->currentInputLanguageHint(), (InputLanguageHint{"fr", "French"}));
     for (const auto &[gapMs, cancelled] : std::initializer_list<std::pair<qint64, bool>>{{501, false}, {500, true}, {0, true}}) {
         SCOPED_TRACE(gapMs);
         QCoro::waitFor(press(Source::fnHold, true));
@@ -168,12 +163,12 @@ TEST_F(AppModelDictationTest, anInputSourceChangeRightAfterAHoldStartCancelsIt)
         QCoro::waitFor(press(Source::fnHold, false));
         EXPECT_EQ(recordingsLeft(), 0);
     }
-    EXPECT_EQ(model->currentInputLanguageHint(), (InputLanguageHint{"fr", "French"}));
 }
 
 TEST_F(AppModelDictationTest, aFailedInsertionKeepsTheTranscript)
 {
     fixture.inserter->failure = QuorlaError::textInsertionFailed("TextEdit refused the text.");
+    QGuiApplication::clipboard()->setText("an earlier copy");
     dictate(Source::fnHold);
     EXPECT_EQ(model->statusMessage(), "Typing into TextEdit failed, but the transcript was copied to the clipboard.");
     EXPECT_EQ(model->errorMessage(), "TextEdit refused the text.");
