@@ -61,11 +61,6 @@ TaskResult<T> waitForResult(QCoro::Task<T> task, int guardMs = 30000)
 // The same for a task with no value: true when it finished.
 inline bool waitForDone(QCoro::Task<> task, int guardMs = 30000)
 {
-    return waitForResult(
-               [](QCoro::Task<> task) -> QCoro::Task<bool> {
-                   co_await std::move(task);
-                   co_return true;
-               }(std::move(task)),
-               guardMs)
-        .finished;
+    const auto done = [](QCoro::Task<> task) -> QCoro::Task<bool> { co_await std::move(task); co_return true; };
+    return waitForResult(done(std::move(task)), guardMs).finished;
 }

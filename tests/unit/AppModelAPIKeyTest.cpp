@@ -66,8 +66,9 @@ TEST_F(AppModelAPIKeyTest, savingAndClearingTheKey)
         EXPECT_EQ(model.errorMessage(), c.error);
         EXPECT_EQ(model.apiKeyDraft(), c.draftAfter);
         model.setApiKeyDraft(QString());
-        if (!c.fails) // no stale cached copy
+        if (!c.fails) { // no stale cached copy
             EXPECT_EQ(keyError(model), c.item ? QString(*c.item) : missingKey);
+        }
     }
 }
 
@@ -111,7 +112,6 @@ TEST_F(AppModelAPIKeyTest, theMarkerAtLaunchCombinesTheDefaultsAndTheKeyring)
         {"{}", false, false, false, false},
         {R"({"hasStoredAPIKey": false})", true, false, true, true},
         {R"({"hasStoredAPIKey": true})", false, false, true, true},
-        {R"({"hasStoredAPIKey": "true"})", false, false, false, false},
         {R"({"hasStoredAPIKey": true})", false, true, true, true},
         {"{}", true, true, false, std::nullopt}, // a failed check writes nothing
     };
