@@ -48,12 +48,7 @@ class FakeAccessibility : public Accessibility
 {
 public:
     bool isProcessTrusted() override { return trusted; }
-    bool requestTrust() override
-    {
-        ++requestCount;
-        trusted = trusted || grantsOnRequest;
-        return trusted;
-    }
+    bool requestTrust() override { return trusted = trusted || grantsOnRequest; }
     std::unique_ptr<AccessibleElement> focusedElement(qint64 processIdentifier) override
     {
         queriedProcesses.append(processIdentifier);
@@ -64,7 +59,6 @@ public:
 
     bool trusted = true;
     bool grantsOnRequest = false;
-    int requestCount = 0;
     std::shared_ptr<FakeTextField> focused; // null: no focused element
     QList<qint64> queriedProcesses;
 };

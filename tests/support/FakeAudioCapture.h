@@ -4,7 +4,6 @@
 #include "platform/AudioCapture.h"
 
 #include <QFile>
-#include <functional>
 #include <optional>
 
 // Writes a small file per recording and reports the duration and level a test sets.
@@ -12,33 +11,17 @@ class FakeAudioCapture : public AudioCapture
 {
 public:
     PermissionState permissionState() override { return permission; }
-    QCoro::Task<bool> requestPermission() override
-    {
-        if (answerPermission)
-            permission = co_await answerPermission();
-        co_return permission == PermissionState::authorized;
-    }
-    void prepare() override
-    {
-        if (!recording)
-            prepared = true;
-    }
-    void release() override
-    {
-        if (!recording)
-            prepared = false;
-    }
+    QCoro::Task<bool> requestPermission() override { co_return permission == PermissionState::authorized; }
+    void prepare() override { prepared = prepared || !recording; }
+    void release() override { prepared = prepared && recording; }
     void start(const QString &filePath) override
     {
         if (startFailure)
             throw *startFailure;
         QFile file(filePath);
-        if (file.open(QIODevice::WriteOnly))
-            file.write("fake m4a");
+        (void)(file.open(QIODevice::WriteOnly) && file.write("fake m4a"));
         currentPath = filePath;
-        recording = true;
-        prepared = false;
-        fault = nullptr;
+        std::tie(recording, prepared, fault) = std::tuple(true, false, nullptr);
     }
     double currentTime() const override { return duration; }
     float takePeakPower() override { return peakPower; }
@@ -61,8 +44,6 @@ public:
     }
 
     PermissionState permission = PermissionState::authorized;
-    // When set, requestPermission awaits it for the user's answer (the prompt).
-    std::function<QCoro::Task<PermissionState>()> answerPermission;
     std::optional<QuorlaError> startFailure;
     double duration = 2.0;
     float peakPower = -10.0f;

@@ -15,44 +15,30 @@ public:
 
     Result update(const QString &service, const QString &account, const QByteArray &value) override
     {
-        if (auto planned = plannedFailure(Call::update))
-            return *planned;
-        const QString key = service + QLatin1Char('/') + account;
-        if (!items.contains(key))
-            return {Outcome::itemNotFound, 0};
-        items.insert(key, value);
-        return {};
+        if (!items.contains(key(service, account)))
+            return planned(Call::update, {Outcome::itemNotFound, 0});
+        return changed(Call::update, [&] { items.insert(key(service, account), value); });
     }
     Result add(const QString &service, const QString &account, const QByteArray &value) override
     {
-        if (auto planned = plannedFailure(Call::add))
-            return *planned;
-        items.insert(service + QLatin1Char('/') + account, value);
-        return {};
+        return changed(Call::add, [&] { items.insert(key(service, account), value); });
     }
     Result copy(const QString &service, const QString &account, QByteArray *value) override
     {
-        if (auto planned = plannedFailure(Call::copy))
-            return *planned;
-        const auto found = items.constFind(service + QLatin1Char('/') + account);
-        if (found == items.constEnd())
-            return {Outcome::itemNotFound, 0};
-        *value = *found;
-        return {};
+        if (!items.contains(key(service, account)))
+            return planned(Call::copy, {Outcome::itemNotFound, 0});
+        return changed(Call::copy, [&] { *value = items.value(key(service, account)); });
     }
     Result exists(const QString &service, const QString &account) override
     {
-        if (auto planned = plannedFailure(Call::exists))
-            return *planned;
-        return items.contains(service + QLatin1Char('/') + account) ? Result{} : Result{Outcome::itemNotFound, 0};
+        return planned(Call::exists, items.contains(key(service, account)) ? Result{} : Result{Outcome::itemNotFound, 0});
     }
     Result remove(const QString &service, const QString &account) override
     {
-        if (auto planned = plannedFailure(Call::remove))
-            return *planned;
-        return items.remove(service + QLatin1Char('/') + account) ? Result{} : Result{Outcome::itemNotFound, 0};
+        if (!items.contains(key(service, account)))
+            return planned(Call::remove, {Outcome::itemNotFound, 0});
+        return changed(Call::remove, [&] { items.remove(key(service, account)); });
     }
-
     Result defaultCollection() override { return failure.value_or(collection); }
 
     QHash<QString, QByteArray> items;
@@ -61,11 +47,15 @@ public:
     QMap<Call, Result> failures;
 
 private:
-    std::optional<Result> plannedFailure(Call call) const
+    static QString key(const QString &service, const QString &account) { return service + QLatin1Char('/') + account; }
+    // The planned failure if there is one, else the answer (after the change, if any).
+    Result planned(Call call, Result answer) const { return failure.value_or(failures.value(call, answer)); }
+    template <typename Change>
+    Result changed(Call call, Change change)
     {
-        if (failure)
-            return failure;
-        const auto found = failures.constFind(call);
-        return found == failures.constEnd() ? std::nullopt : std::optional(*found);
+        if (failure || failures.contains(call))
+            return planned(call, Result{});
+        change();
+        return {};
     }
 };

@@ -8,13 +8,7 @@
 class FakeKeySynthesizer : public KeySynthesizer
 {
 public:
-    bool sendBackspace() override
-    {
-        if (!backspaceWorks)
-            return false;
-        sent.append(QStringLiteral("BackSpace"));
-        return true;
-    }
+    bool sendBackspace() override { return backspaceWorks && (sent.append(QStringLiteral("BackSpace")), true); }
     bool sendPasteShortcut(PasteShortcut shortcut) override
     {
         if (!pasteWorks)

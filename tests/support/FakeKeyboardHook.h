@@ -12,7 +12,6 @@ class FakeKeyboardHook : public KeyboardHook
 public:
     void install(Events events) override
     {
-        ++installCount;
         if (installFailure)
             throw *installFailure;
         m_events = std::move(events);
@@ -40,7 +39,6 @@ public:
     QString triggerKeyId;
     std::optional<QuorlaError> installFailure;
     std::optional<QuorlaError> triggerKeyFailure;
-    int installCount = 0;
     bool spaceCaptureWanted = false;
 
 private:

@@ -11,15 +11,12 @@ class FakeTextInserter : public TextInserter
 public:
     struct Call {
         QString text;
-        TextInsertionTarget target;
-        bool restoreClipboard;
         bool replaceTriggerSpace;
     };
 
-    QCoro::Task<void> insert(QString text, TextInsertionTarget target, bool restoreClipboard,
-                             bool replaceTriggerSpace) override
+    QCoro::Task<void> insert(QString text, TextInsertionTarget, bool, bool replaceTriggerSpace) override
     {
-        calls.append({text, target, restoreClipboard, replaceTriggerSpace});
+        calls.append({text, replaceTriggerSpace});
         if (failure)
             throw *failure;
         co_return;

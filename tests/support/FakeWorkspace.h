@@ -11,11 +11,7 @@ public:
 
     qint64 processIdentifier() const override { return pid; }
     std::optional<QString> localizedName() const override { return name; }
-    bool activate() override
-    {
-        ++activationCount;
-        return activates;
-    }
+    bool activate() override { return ++activationCount, activates; }
     bool isTerminalEmulator() const override { return terminal; }
 
     qint64 pid;
@@ -29,11 +25,7 @@ class FakeWorkspace : public Workspace
 {
 public:
     ApplicationHandlePtr frontmostApplication() override { return frontmost; }
-    bool openSettingsPane(const QString &anchor) override
-    {
-        openedPanes.append(anchor);
-        return true;
-    }
+    bool openSettingsPane(const QString &anchor) override { return openedPanes.append(anchor), true; }
 
     ApplicationHandlePtr frontmost;
     QStringList openedPanes;

@@ -11,16 +11,6 @@ ModelFixture::ModelFixture()
 }
 ModelFixture::~ModelFixture() = default;
 
-QString ModelFixture::preferencesPath() const
-{
-    return directory.filePath(QStringLiteral("config/Quorla/preferences.json"));
-}
-
-QString ModelFixture::recordingsDirectory() const
-{
-    return directory.filePath(QStringLiteral("tmp/Quorla"));
-}
-
 // Through the factory the application uses, so its wiring is what the tests see.
 AppModel &ModelFixture::makeModel()
 {

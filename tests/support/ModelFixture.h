@@ -32,8 +32,8 @@ public:
     // Builds (or rebuilds, as after a relaunch) the model over the same fakes and files.
     AppModel &makeModel();
     [[nodiscard]] AppModel &model() { return *m_model; }
-    [[nodiscard]] QString preferencesPath() const;
-    [[nodiscard]] QString recordingsDirectory() const;
+    [[nodiscard]] QString preferencesPath() const { return directory.filePath("config/Quorla/preferences.json"); }
+    [[nodiscard]] QString recordingsDirectory() const { return directory.filePath("tmp/Quorla"); }
 
     QTemporaryDir directory;
     QNetworkAccessManager network;

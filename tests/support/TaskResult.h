@@ -1,7 +1,7 @@
 #pragma once
 
 #include "models/QuorlaError.h"
-#include "support/PlatformError.h"
+#include "support/PlatformError.h" // for the tests that expect it
 #include "support/PlatformWords.h"
 
 #include <QCoro/QCoroTask>
@@ -26,8 +26,6 @@ struct TaskResult {
             std::rethrow_exception(error);
         } catch (const QuorlaError &quorla) {
             return quorla.errorDescription(PlatformWords::macOS());
-        } catch (const PlatformError &platform) {
-            return platform.description();
         } catch (const std::exception &other) {
             return QString::fromUtf8(other.what());
         }
@@ -63,11 +61,6 @@ TaskResult<T> waitForResult(QCoro::Task<T> task, int guardMs = 30000)
 // The same for a task with no value: true when it finished.
 inline bool waitForDone(QCoro::Task<> task, int guardMs = 30000)
 {
-    return waitForResult(
-               [](QCoro::Task<> task) -> QCoro::Task<bool> {
-                   co_await std::move(task);
-                   co_return true;
-               }(std::move(task)),
-               guardMs)
-        .finished;
+    const auto done = [](QCoro::Task<> task) -> QCoro::Task<bool> { co_await std::move(task); co_return true; };
+    return waitForResult(done(std::move(task)), guardMs).finished;
 }

@@ -91,23 +91,9 @@ TEST_F(AppModelDictationTest, eachSourceShowsItsStepsAndItsFailures)
         const char *startFailed, *finishFailed;
         QStringList steps;
     } sources[] = {
-        {Source::fnHold, false, "Couldn't start dictation from Fn.", "Couldn't finish dictation from Fn.",
-         {"Recording... Accessibility is missing, so the transcript will stay in Quorla and be copied.",
-          "Recording... release Fn to transcribe.", "Transcribing dictation...", "Transcript ready."}},
-        {Source::fnToggle, true, "Couldn't start dictation from Fn + Space.", "Couldn't finish dictation from Fn + Space.",
-         {"Recording... focus a text field before starting if you want Quorla to insert text.",
-          "Recording... press Space or Fn to transcribe.", "Transcribing dictation...", "Transcript ready."}},
-        {Source::commandHold, true, "Couldn't start dictation from `quorla dictation start`.",
-         "Couldn't finish dictation from `quorla dictation stop`.",
-         {"Recording... focus a text field before starting if you want Quorla to insert text.",
-          "Recording... run `quorla dictation stop` to transcribe.", "Transcribing dictation...", "Transcript ready."}},
-        {Source::commandToggle, true, "Couldn't start dictation from `quorla dictation toggle`.",
-         "Couldn't finish dictation from `quorla dictation toggle`.",
-         {"Recording... focus a text field before starting if you want Quorla to insert text.",
-          "Recording... run `quorla dictation toggle` to transcribe.", "Transcribing dictation...", "Transcript ready."}},
-        {Source::manual, true, "Couldn't start recording.", "Couldn't finish transcription.",
-         {"Requesting microphone access...", "Recording... press Stop & Transcribe when you're done.",
-          "Transcribing audio...", "Transcript ready."}},
+        {Source::fnHold, false, "Couldn't start dictation from Fn.", "Couldn't finish dictation from Fn.", {"Recording... Accessibility is missing, so the transcript will stay in Quorla and be copied.", "Recording... release Fn to transcribe.", "Transcribing dictation...", "Transcript ready."}},
+        {Source::commandToggle, true, "Couldn't start dictation from `quorla dictation toggle`.", "Couldn't finish dictation from `quorla dictation toggle`.", {"Recording... focus a text field before starting if you want Quorla to insert text.", "Recording... run `quorla dictation toggle` to transcribe.", "Transcribing dictation...", "Transcript ready."}},
+        {Source::manual, true, "Couldn't start recording.", "Couldn't finish transcription.", {"Requesting microphone access...", "Recording... press Stop & Transcribe when you're done.", "Transcribing audio...", "Transcript ready."}},
     };
     const auto check = [&](const QString &error, const QString &status) {
         EXPECT_EQ(model->errorMessage(), error);
@@ -166,6 +152,9 @@ TEST_F(AppModelDictationTest, spaceDuringAHoldTurnsItIntoAToggle)
 
 TEST_F(AppModelDictationTest, anInputSourceChangeRightAfterAHoldStartCancelsIt)
 {
+    fixture.inputSource->source = InputSourceInfo{"fr", {}, "French", {"fr"}};
+    model->handleInputSourceChange(fixture.now.addSecs(-60));
+    EXPECT_EQ(model->currentInputLanguageHint(), (InputLanguageHint{"fr", "French"}));
     for (const auto &[gapMs, cancelled] : std::initializer_list<std::pair<qint64, bool>>{{501, false}, {500, true}, {0, true}}) {
         SCOPED_TRACE(gapMs);
         QCoro::waitFor(press(Source::fnHold, true));
@@ -179,6 +168,7 @@ TEST_F(AppModelDictationTest, anInputSourceChangeRightAfterAHoldStartCancelsIt)
 TEST_F(AppModelDictationTest, aFailedInsertionKeepsTheTranscript)
 {
     fixture.inserter->failure = QuorlaError::textInsertionFailed("TextEdit refused the text.");
+    QGuiApplication::clipboard()->setText("an earlier copy");
     dictate(Source::fnHold);
     EXPECT_EQ(model->statusMessage(), "Typing into TextEdit failed, but the transcript was copied to the clipboard.");
     EXPECT_EQ(model->errorMessage(), "TextEdit refused the text.");

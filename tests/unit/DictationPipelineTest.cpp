@@ -25,19 +25,13 @@ TEST(DictationPipelineTest, sendsWhatTheSettingsAskForAndReturnsTheCleanedText)
         QStringList requests;
     } cases[] = {
         {"plain", german, {}, {}, false, {}, " Hallo.\n", {}, "Hallo.", {"transcribe sk moreAccurate de"}},
-        {"follow-up offer dropped", {}, {}, {}, false, {}, "Hi. Let me know if you'd like any changes.", {}, "Hi.",
-         {"transcribe sk moreAccurate -"}},
-        {"polish with the dictionary and the user's prompt", english, "- Acme", "Formal", true, {}, "um acme", "Acme.",
-         "Acme.", {"transcribe sk moreAccurate en [prompt]", "polish 'um acme' - Acme Formal"}},
-        {"polish, then translation with the speech language as source", english, {}, {}, true, toGerman, "hi", "Hi.",
-         "Hi.", {"transcribe sk moreAccurate en", "polish 'hi' - -", "translate 'Hi.' de from en English"}},
-        {"no translation into the speech language", german, {}, {}, false, toGerman, "Hallo", {}, "Hallo",
-         {"transcribe sk moreAccurate de"}},
-        {"translation without a known speech language", {}, {}, {}, false, toGerman, "Hello", {}, "Hello",
-         {"transcribe sk moreAccurate -", "translate 'Hello' de from -"}},
+        {"follow-up offer dropped", {}, {}, {}, false, {}, "Hi. Let me know if you'd like any changes.", {}, "Hi.", {"transcribe sk moreAccurate -"}},
+        {"polish with the dictionary and the user's prompt", english, "- Acme", "Formal", true, {}, "um acme", "Acme.", "Acme.", {"transcribe sk moreAccurate en [prompt]", "polish 'um acme' - Acme Formal"}},
+        {"polish, then translation with the speech language as source", english, {}, {}, true, toGerman, "hi", "Hi.", "Hi.", {"transcribe sk moreAccurate en", "polish 'hi' - -", "translate 'Hi.' de from en English"}},
+        {"no translation into the speech language", german, {}, {}, false, toGerman, "Hallo", {}, "Hallo", {"transcribe sk moreAccurate de"}},
+        {"translation without a known speech language", {}, {}, {}, false, toGerman, "Hello", {}, "Hello", {"transcribe sk moreAccurate -", "translate 'Hello' de from -"}},
         {"empty reply", english, {}, {}, true, {}, " \n", {}, empty, {"transcribe sk moreAccurate en"}},
-        {"only a follow-up offer", english, {}, {}, true, toGerman, "Would you like any changes?", {}, empty,
-         {"transcribe sk moreAccurate en"}},
+        {"only a follow-up offer", english, {}, {}, true, toGerman, "Would you like any changes?", {}, empty, {"transcribe sk moreAccurate en"}},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
