@@ -57,7 +57,7 @@ void AppModel::clearAPIKey()
 QString AppModel::validatedAPIKey()
 {
     // An unsaved key typed into the field is used as it stands.
-    const QString draft = m_apiKeyDraft.trimmed();
+    QString draft = m_apiKeyDraft.trimmed();
     if (!draft.isEmpty())
         return draft;
     if (m_cachedAPIKey && !m_cachedAPIKey->isEmpty())
@@ -65,7 +65,7 @@ QString AppModel::validatedAPIKey()
 
     // A read failure propagates as it is; only a definite answer changes the saved state.
     const std::optional<QString> stored = m_services.keychainStore->loadString(KeychainStore::apiKeyAccount());
-    const QString key = stored.value_or(QString()).trimmed();
+    QString key = stored.value_or(QString()).trimmed();
     if (!key.isEmpty()) {
         m_cachedAPIKey = key;
         setHasStoredAPIKey(true);

@@ -62,7 +62,7 @@ bool isSilent(const AudioRecorder::FinishedRecording &recording)
 // Replies are trimmed here; the speech client already dropped trailing follow-up offers.
 QString cleanedReply(const QString &reply)
 {
-    const QString cleaned = reply.trimmed();
+    QString cleaned = reply.trimmed();
     if (cleaned.isEmpty())
         throw QuorlaError(QuorlaError::Kind::emptyTranscription);
     return cleaned;

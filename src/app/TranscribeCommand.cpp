@@ -51,7 +51,7 @@ QList<CustomDictionaryEntry> storedCustomDictionaryEntries(const PreferencesStor
     if (const auto data = preferences.dataValue(QStringLiteral("customDictionaryEntries"))) {
         const QJsonDocument document = QJsonDocument::fromJson(*data);
         bool decodes = document.isArray();
-        for (const QJsonValue &value : document.array()) {
+        for (const QJsonValue value : document.array()) {
             const QJsonValue term = value.toObject().value(u"term");
             const QJsonValue replacement = value.toObject().value(u"replacement");
             if (!term.isString() || !(replacement.isString() || replacement.isUndefined() || replacement.isNull())) {
@@ -77,11 +77,11 @@ QList<CustomDictionaryEntry> storedCustomDictionaryEntries(const PreferencesStor
 // The environment's key wins, as with other command-line tools; else the stored one.
 QString commandLineAPIKey()
 {
-    const QString environmentKey = qEnvironmentVariable("OPENAI_API_KEY").trimmed();
+    QString environmentKey = qEnvironmentVariable("OPENAI_API_KEY").trimmed();
     if (!environmentKey.isEmpty())
         return environmentKey;
     KeychainStore keychain(makeCredentialStore(), QStringLiteral(QUORLA_APP_ID), PlatformWords::current());
-    const QString storedKey = keychain.loadString(KeychainStore::apiKeyAccount()).value_or(QString()).trimmed();
+    QString storedKey = keychain.loadString(KeychainStore::apiKeyAccount()).value_or(QString()).trimmed();
     if (storedKey.isEmpty())
         throw QuorlaError(QuorlaError::Kind::missingAPIKey);
     return storedKey;
