@@ -62,7 +62,7 @@ QCoro::Task<HttpReply> sendHttpRequest(QNetworkAccessManager *network, QNetworkR
     if (buffer->overflowed)
         throw PlatformError(PlatformError::Domain::network,
                             QStringLiteral("The server's reply was larger than %1 MB, so it was not read.")
-                                .arg(maxReplyBytes / (1024 * 1024)));
+                                .arg(maxReplyBytes / (qint64(1024) * 1024)));
 
     const QNetworkReply::NetworkError error = reply->error();
     const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
@@ -76,7 +76,7 @@ QCoro::Task<HttpReply> sendHttpRequest(QNetworkAccessManager *network, QNetworkR
     if (buffer->body.size() > maxReplyBytes)
         throw PlatformError(PlatformError::Domain::network,
                             QStringLiteral("The server's reply was larger than %1 MB, so it was not read.")
-                                .arg(maxReplyBytes / (1024 * 1024)));
+                                .arg(maxReplyBytes / (qint64(1024) * 1024)));
     HttpReply result;
     if (status.isValid())
         result.statusCode = status.toInt();

@@ -14,7 +14,7 @@ struct HttpReply {
 };
 
 // Replies past this size are abandoned: no answer of these services is anywhere near it.
-inline constexpr qint64 maxHttpReplyBytes = 5 * 1024 * 1024;
+inline constexpr qint64 maxHttpReplyBytes = qint64(5) * 1024 * 1024;
 
 // Sends one request on the shared manager and reads the whole reply. An HTTP error
 // status is a reply, not a failure; transport failures, time-outs and replies past

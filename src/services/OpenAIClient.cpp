@@ -59,7 +59,7 @@ std::optional<QString> decodedChatContent(const QByteArray &body)
         throw decodingError();
     std::optional<QString> first;
     bool isFirst = true;
-    for (const QJsonValue &choice : choices.toArray()) {
+    for (const QJsonValue choice : choices.toArray()) {
         const QJsonValue message = choice.toObject().value(u"message");
         if (!message.isObject())
             throw decodingError();

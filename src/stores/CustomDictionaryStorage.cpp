@@ -36,7 +36,7 @@ std::optional<QList<CustomDictionaryEntry>> decodedCustomDictionaryEntries(const
         return std::nullopt;
     // One malformed element makes the whole list unreadable, as a strict decoder would.
     QList<CustomDictionaryEntry> entries;
-    for (const QJsonValue &element : document.array()) {
+    for (const QJsonValue element : document.array()) {
         if (!element.isObject())
             return std::nullopt;
         const QJsonObject object = element.toObject();

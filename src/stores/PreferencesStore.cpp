@@ -114,7 +114,7 @@ std::optional<QStringList> PreferencesStore::stringListValue(const QString &key)
     if (!value.isArray())
         return std::nullopt;
     QStringList list;
-    for (const QJsonValue &element : value.toArray()) {
+    for (const QJsonValue element : value.toArray()) {
         if (!element.isString())
             return std::nullopt;
         list.append(element.toString());

@@ -5,11 +5,20 @@
 #include "stores/PreferencesStore.h"
 #include "support/PlatformWords.h"
 
+#include <QNetworkReply>
+#include <QTest>
+
 ModelFixture::ModelFixture()
     : words(&PlatformWords::macOS())
 {
 }
-ModelFixture::~ModelFixture() = default;
+ModelFixture::~ModelFixture()
+{
+    // A request still in flight would leave its coroutine suspended for ever once the
+    // manager deletes the reply: let each one finish and be released (the address
+    // refuses at once).
+    static_cast<void>(QTest::qWaitFor([this] { return network.findChildren<QNetworkReply *>().isEmpty(); }));
+}
 
 // Through the factory the application uses, so its wiring is what the tests see.
 AppModel &ModelFixture::makeModel()

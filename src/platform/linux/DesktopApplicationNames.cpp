@@ -40,7 +40,7 @@ QString localizedName(const QHash<QString, QString> &keys, const QString &locale
 {
     for (const QString &key : {QStringLiteral("Name[%1]").arg(locale),
                                QStringLiteral("Name[%1]").arg(locale.section(u'_', 0, 0))}) {
-        if (const QString name = keys.value(key); !name.isEmpty())
+        if (QString name = keys.value(key); !name.isEmpty())
             return name;
     }
     return keys.value(QStringLiteral("Name"));

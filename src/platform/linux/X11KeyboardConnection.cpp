@@ -8,6 +8,7 @@
 #include <xcb/xcbext.h> // xcb_poll_for_reply
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <optional>
 #include <poll.h>
@@ -95,7 +96,7 @@ struct X11KeyboardConnection::Private {
             if (wanted == NoSymbol)
                 continue;
             for (int keycode = minKeycode; keycode <= maxKeycode; ++keycode) {
-                if (map[(keycode - minKeycode) * perKeycode] == wanted)
+                if (map[std::ptrdiff_t(keycode - minKeycode) * perKeycode] == wanted)
                     triggerKeycodes.push_back(static_cast<std::uint8_t>(keycode));
             }
             if (!triggerKeycodes.empty())
@@ -190,7 +191,7 @@ struct X11KeyboardConnection::Private {
         if (!modifiers)
             return;
         const KeyCode *first = modifiers->modifiermap;
-        const KeyCode *last = first + 8 * modifiers->max_keypermod;
+        const KeyCode *last = first + std::ptrdiff_t(8) * modifiers->max_keypermod;
         for (const std::uint8_t keycode : triggerKeycodes) {
             if (std::find(first, last, keycode) == last && keycode != spaceKeycode) {
                 grabEveryCombination(grabber, root, keycode);

@@ -10,7 +10,7 @@ namespace {
 QString abbreviatedDuration(double seconds)
 {
     qint64 minutes = std::llround(seconds / 60.0);
-    qint64 days = minutes / (24 * 60);
+    qint64 days = minutes / (qint64(24) * 60);
     qint64 hours = minutes / 60 % 24;
     qint64 rest = minutes % 60;
     if (days > 0 && hours > 0 && rest > 0) {
