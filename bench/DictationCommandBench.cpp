@@ -61,7 +61,7 @@ int main(int argc, char **argv)
     if (run(QStringLiteral("espeak-ng"), {QStringLiteral("-w"), speech, QStringLiteral("hello world")}) != 0
         || run(QStringLiteral("secret-tool"), QStringList{QStringLiteral("store"), QStringLiteral("--label=Quorla")} + keyItem,
                "sk-bench")
-            != 0) {
+               != 0) {
         std::fprintf(stderr, "needs espeak-ng and the keyring of scripts/desktop-session\n");
         return 1;
     }
@@ -74,11 +74,12 @@ int main(int argc, char **argv)
     quorla.start(QStringLiteral(QUORLA_BINARY), {});
     // Its window first, so that it does not take the focus from the entry afterwards.
     const bool up = waitUntil([] { return state() == QLatin1String("idle"); }, 20000)
-        && waitUntil([] {
-               return run(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                                                      QStringLiteral("--name"), QStringLiteral("^Quorla$")})
-                   == 0;
-           }, 20000);
+                 && waitUntil([] {
+                        return run(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                                               QStringLiteral("--name"), QStringLiteral("^Quorla$")})
+                            == 0;
+                    },
+                              20000);
     X11Workspace workspace;
     TextTarget entry(workspace, QStringLiteral("/usr/bin/python3"), {QStringLiteral(QUORLA_GTK_TARGET), field, QString()});
 

@@ -15,7 +15,10 @@ namespace {
 class FixedSource : public InputSourceProvider
 {
 public:
-    explicit FixedSource(InputSourceInfo info) : m_info(std::move(info)) {}
+    explicit FixedSource(InputSourceInfo info)
+        : m_info(std::move(info))
+    {
+    }
     std::optional<InputSourceInfo> currentInputSource() override { return m_info; }
     void startObservingChanges(std::function<void()>) override {}
 
@@ -36,8 +39,7 @@ BENCHMARK(BM_hintFromOneListedLanguage);
 void BM_hintFromTheNameMatch(benchmark::State &state)
 {
     InputSourceLanguageDetector detector(std::make_shared<FixedSource>(
-        InputSourceInfo{QStringLiteral("com.apple.keylayout.USInternational-PC"), {},
-                        QStringLiteral("U.S. International - PC"), {"en", "fr", "de", "nl", "it"}}));
+        InputSourceInfo{QStringLiteral("com.apple.keylayout.USInternational-PC"), {}, QStringLiteral("U.S. International - PC"), {"en", "fr", "de", "nl", "it"}}));
     benchmark::DoNotOptimize(detector.currentLanguageHint());
     for (auto _ : state)
         benchmark::DoNotOptimize(detector.currentLanguageHint());

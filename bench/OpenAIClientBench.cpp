@@ -119,17 +119,19 @@ int main(int argc, char **argv)
 
     const QString key = QStringLiteral("sk-bench");
     const QByteArray transcriptionName = "transcription (" + QByteArray::number(audioKB) + " kB)";
-    measure(transcriptionName.constData(), server.baseURL(),
-            [&](OpenAIClient &client) {
-                return client.transcribeAudio(recording, key, TranscriptionMode::fast, QStringLiteral("en"),
-                                              QStringLiteral("You are transcribing spoken audio."));
-            },
-            firstRuns, followingRuns, server);
-    measure("chat (polish)", server.baseURL(),
-            [&](OpenAIClient &client) {
-                return client.polishTranscript(QStringLiteral("um so this is the the transcript"), key,
-                                               QStringLiteral("- Acme Corp"), QStringLiteral("Be brief."));
-            },
-            firstRuns, followingRuns, server);
+    measure(
+        transcriptionName.constData(), server.baseURL(),
+        [&](OpenAIClient &client) {
+            return client.transcribeAudio(recording, key, TranscriptionMode::fast, QStringLiteral("en"),
+                                          QStringLiteral("You are transcribing spoken audio."));
+        },
+        firstRuns, followingRuns, server);
+    measure(
+        "chat (polish)", server.baseURL(),
+        [&](OpenAIClient &client) {
+            return client.polishTranscript(QStringLiteral("um so this is the the transcript"), key,
+                                           QStringLiteral("- Acme Corp"), QStringLiteral("Be brief."));
+        },
+        firstRuns, followingRuns, server);
     return 0;
 }

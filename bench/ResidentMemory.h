@@ -22,5 +22,5 @@ inline QByteArray residentMemory()
             owned = kilobytes;
     }
     return QByteArray::number(rss / 1024, 'f', 1) + " MB (own data " + QByteArray::number(owned / 1024, 'f', 1)
-        + " MB, proportional " + QByteArray::number(pss / 1024, 'f', 1) + " MB)";
+         + " MB, proportional " + QByteArray::number(pss / 1024, 'f', 1) + " MB)";
 }

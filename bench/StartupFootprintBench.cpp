@@ -170,11 +170,11 @@ int main(int argc, char *argv[])
                                         QtAudioCapture::defaultEncoderIdleMilliseconds / 1000 + 10);
                             QTimer::singleShot(QtAudioCapture::defaultEncoderIdleMilliseconds + 10000, &app,
                                                [&, capture, recording] {
-                                std::printf("resident with the encoder idled out: %s, encoder %s\n",
-                                            residentMemory().constData(),
-                                            capture && capture->isEncoderLoaded() ? "still loaded" : "unloaded");
-                                recordOnce(*backends.audioCapture, recording, [] { QApplication::quit(); });
-                            });
+                                                   std::printf("resident with the encoder idled out: %s, encoder %s\n",
+                                                               residentMemory().constData(),
+                                                               capture && capture->isEncoderLoaded() ? "still loaded" : "unloaded");
+                                                   recordOnce(*backends.audioCapture, recording, [] { QApplication::quit(); });
+                                               });
                         });
                     });
                 });

@@ -79,7 +79,7 @@ std::vector<double> plainSpaceDelays(XTestKeyboard &keys, KeyEchoProcess &target
         QTest::qWait(5);
         if (arrived)
             delays.push_back(millisecondsSince(sentAt, Clock::time_point(std::chrono::microseconds(
-                                                             arrived->arrivedAtMicroseconds))));
+                                                           arrived->arrivedAtMicroseconds))));
     }
     target.takeKeys(50);
     return delays;

@@ -209,7 +209,8 @@ private:
         if (field == value)
             return false;
         field = value;
-        Q_EMIT(this->*changed)();
+        Q_EMIT(this->*changed)
+        ();
         return true;
     }
 

@@ -45,20 +45,20 @@ QString AppModel::recordingStatusMessage(const DictationSession &session) const
     switch (session.source) {
     case DictationSource::fnToggle:
         return session.insertionTarget
-            ? QStringLiteral("Recording for %1%2. Press Space or %3 to transcribe.")
-                  .arg(statusApplicationName(*session.insertionTarget), language, trigger)
-            : QStringLiteral("Recording%1... press Space or %2 to transcribe.").arg(language, trigger);
+                 ? QStringLiteral("Recording for %1%2. Press Space or %3 to transcribe.")
+                       .arg(statusApplicationName(*session.insertionTarget), language, trigger)
+                 : QStringLiteral("Recording%1... press Space or %2 to transcribe.").arg(language, trigger);
     case DictationSource::fnHold:
         return session.insertionTarget
-            ? QStringLiteral("Recording for %1%2. Release %3 to transcribe.")
-                  .arg(statusApplicationName(*session.insertionTarget), language, trigger)
-            : QStringLiteral("Recording%1... release %2 to transcribe.").arg(language, trigger);
+                 ? QStringLiteral("Recording for %1%2. Release %3 to transcribe.")
+                       .arg(statusApplicationName(*session.insertionTarget), language, trigger)
+                 : QStringLiteral("Recording%1... release %2 to transcribe.").arg(language, trigger);
     case DictationSource::commandHold:
     case DictationSource::commandToggle:
         return session.insertionTarget
-            ? QStringLiteral("Recording for %1%2. Run %3 to transcribe.")
-                  .arg(statusApplicationName(*session.insertionTarget), language, commandToFinish(session.source))
-            : QStringLiteral("Recording%1... run %2 to transcribe.").arg(language, commandToFinish(session.source));
+                 ? QStringLiteral("Recording for %1%2. Run %3 to transcribe.")
+                       .arg(statusApplicationName(*session.insertionTarget), language, commandToFinish(session.source))
+                 : QStringLiteral("Recording%1... run %2 to transcribe.").arg(language, commandToFinish(session.source));
     case DictationSource::manual:
         break;
     }

@@ -29,7 +29,7 @@ AppServices makeAppServices(const PlatformBackends &backends, std::shared_ptr<Pr
     QObject::connect(services.pushToTalkMonitor.get(), &GlobalPushToTalkMonitor::triggerKeyChanged,
                      services.audioRecorder.get(), &AudioRecorder::handleTriggerKeyChanged);
     services.textInsertionService = std::make_shared<TextInsertionService>(backends.accessibility,
-                                                                          backends.keySynthesizer);
+                                                                           backends.keySynthesizer);
     services.inputSourceLanguageDetector = std::make_shared<InputSourceLanguageDetector>(backends.inputSource);
     services.appUpdateClient = std::make_shared<AppUpdateClient>(
         network, ServiceAddress::configuredLatestReleaseURL(*preferences));

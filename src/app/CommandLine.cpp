@@ -48,8 +48,8 @@ std::optional<int> answeredCommandLine(int &argc, char **argv, LaunchOptions *op
 
     if (!parser.parse(arguments) || !parser.positionalArguments().isEmpty()) {
         const QString problem = parser.positionalArguments().isEmpty()
-            ? parser.errorText()
-            : QStringLiteral("Unknown command \"%1\".").arg(parser.positionalArguments().constFirst());
+                                  ? parser.errorText()
+                                  : QStringLiteral("Unknown command \"%1\".").arg(parser.positionalArguments().constFirst());
         write(stderr, problem + QStringLiteral("\nTry \"quorla --help\".\n"));
         return 2;
     }

@@ -8,7 +8,11 @@
 
 // commandHold and commandToggle come from `quorla dictation start|toggle` (D-Bus), for
 // desktops where Quorla cannot see the trigger key or for scripts and switch devices.
-enum class DictationSource { manual, fnHold, fnToggle, commandHold, commandToggle };
+enum class DictationSource { manual,
+                             fnHold,
+                             fnToggle,
+                             commandHold,
+                             commandToggle };
 
 inline bool isCommandSource(DictationSource source)
 {
@@ -38,7 +42,9 @@ struct DictationSession {
 
 // What the insertion step did.
 struct InsertionOutcome {
-    enum class Kind { inserted, insertionFailed, notAttempted };
+    enum class Kind { inserted,
+                      insertionFailed,
+                      notAttempted };
 
     Kind kind = Kind::notAttempted;
     QString applicationName; // empty for notAttempted

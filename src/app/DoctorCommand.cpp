@@ -28,7 +28,7 @@ QCoro::Task<> examine(Doctor *doctor, bool asJson)
     const bool works = Doctor::dictationCanWork(checks);
     if (asJson)
         write(stdout, QString::fromUtf8(QJsonDocument(QJsonObject{{QStringLiteral("dictationCanWork"), works},
-                                                                   {QStringLiteral("checks"), Doctor::json(checks)}})
+                                                                  {QStringLiteral("checks"), Doctor::json(checks)}})
                                             .toJson(QJsonDocument::Indented)));
     else
         write(stdout, Doctor::text(checks));

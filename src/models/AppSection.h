@@ -4,7 +4,9 @@
 #include <array>
 
 // The sections of the main window, in sidebar order; the raw value is the selection key.
-enum class AppSection { home, dictionary, settings };
+enum class AppSection { home,
+                        dictionary,
+                        settings };
 
 inline constexpr std::array allAppSections{AppSection::home, AppSection::dictionary, AppSection::settings};
 

@@ -4,7 +4,7 @@
 
 // The language of the selected keyboard input source.
 struct InputLanguageHint {
-    QString code;        // lower-case ISO 639-1
+    QString code; // lower-case ISO 639-1
     QString displayName;
 
     friend bool operator==(const InputLanguageHint &, const InputLanguageHint &) = default;

@@ -3,4 +3,6 @@
 #include <QMetaType>
 
 // Microphone permission as the recorder reports it (cases in this order).
-enum class PermissionState { authorized, denied, notDetermined };
+enum class PermissionState { authorized,
+                             denied,
+                             notDetermined };

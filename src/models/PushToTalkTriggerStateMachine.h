@@ -3,7 +3,10 @@
 #include <cstdint>
 #include <span>
 
-enum class PushToTalkTriggerPhase : std::uint8_t { idle, pendingHold, holdActive, toggleActive };
+enum class PushToTalkTriggerPhase : std::uint8_t { idle,
+                                                   pendingHold,
+                                                   holdActive,
+                                                   toggleActive };
 
 enum class PushToTalkTriggerAction : std::uint8_t {
     captureTargetApplication,
@@ -19,7 +22,11 @@ enum class PushToTalkTriggerAction : std::uint8_t {
 // One raw keyboard fact. Only spaceDown carries a value: whether the Space event
 // itself had the trigger's modifier flag.
 struct PushToTalkTriggerInput {
-    enum class Kind : std::uint8_t { spaceDown, fnDown, fnUp, spaceUp, holdDelayElapsed };
+    enum class Kind : std::uint8_t { spaceDown,
+                                     fnDown,
+                                     fnUp,
+                                     spaceUp,
+                                     holdDelayElapsed };
 
     Kind kind;
     bool fnFlag = false;

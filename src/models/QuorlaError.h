@@ -28,7 +28,10 @@ public:
     static QuorlaError keychainFailure(QString message) { return {Kind::keychainFailure, std::move(message)}; }
     static QuorlaError hotkeyRegistrationFailed(QString message) { return {Kind::hotkeyRegistrationFailed, std::move(message)}; }
     static QuorlaError textInsertionFailed(QString message) { return {Kind::textInsertionFailed, std::move(message)}; }
-    QuorlaError(Kind kind) : m_kind(kind) {} // NOLINT: the fixed-text kinds convert implicitly
+    QuorlaError(Kind kind)
+        : m_kind(kind)
+    {
+    } // NOLINT: the fixed-text kinds convert implicitly
 
     [[nodiscard]] Kind kind() const { return m_kind; }
     [[nodiscard]] const QString &payload() const { return m_payload; }
@@ -42,7 +45,11 @@ public:
     }
 
 private:
-    QuorlaError(Kind kind, QString payload) : m_kind(kind), m_payload(std::move(payload)) {}
+    QuorlaError(Kind kind, QString payload)
+        : m_kind(kind)
+        , m_payload(std::move(payload))
+    {
+    }
 
     Kind m_kind;
     QString m_payload;

@@ -4,7 +4,8 @@
 #include <array>
 
 // Which transcription model a dictation asks for. The raw values are persisted.
-enum class TranscriptionMode { fast, moreAccurate };
+enum class TranscriptionMode { fast,
+                               moreAccurate };
 
 inline constexpr std::array allTranscriptionModes{TranscriptionMode::fast,
                                                   TranscriptionMode::moreAccurate};

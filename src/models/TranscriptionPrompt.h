@@ -12,5 +12,5 @@ inline std::optional<QString> transcriptionPrompt(const std::optional<QString> &
     return QStringLiteral("You are transcribing spoken audio.\n"
                           "Apply these dictionary rules directly in the transcript you return.\n"
                           "The transcript may include names, email addresses, company names, or product terms.\n")
-        + *dictionaryGuidance + QStringLiteral("\nReturn only the transcript text.");
+         + *dictionaryGuidance + QStringLiteral("\nReturn only the transcript text.");
 }

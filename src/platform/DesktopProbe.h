@@ -10,8 +10,14 @@ struct TriggerKey;
 class DesktopProbe
 {
 public:
-    enum class SessionType { x11, wayland, none };
-    enum class TriggerAccess { watchable, noDisplay, noXInput2, noXTest, noTriggerKey };
+    enum class SessionType { x11,
+                             wayland,
+                             none };
+    enum class TriggerAccess { watchable,
+                               noDisplay,
+                               noXInput2,
+                               noXTest,
+                               noTriggerKey };
 
     struct Session {
         SessionType type = SessionType::none;

@@ -5,7 +5,8 @@
 class KeySynthesizer
 {
 public:
-    enum class PasteShortcut { controlV, controlShiftV };
+    enum class PasteShortcut { controlV,
+                               controlShiftV };
 
     KeySynthesizer() = default;
     KeySynthesizer(const KeySynthesizer &) = delete;

@@ -31,7 +31,9 @@ struct DictationRequest {
     std::optional<TranslationLanguage> translationTarget;
 };
 
-enum class DictationStep { transcribing, polishing, translating };
+enum class DictationStep { transcribing,
+                           polishing,
+                           translating };
 
 // The steps after recording, shared by the window and the command line: transcribe
 // (with the dictionary prompt), clean up, polish, translate. Each step is announced

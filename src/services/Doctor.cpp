@@ -313,7 +313,8 @@ QCoro::Task<QList<DoctorCheck>> Doctor::serviceChecks(QString apiKey, QString pr
     const QString shown = base.toDisplayString();
     if (ServiceAddress::refusalForAPIKey(base))
         co_return {fail(QStringLiteral("Service %1%2 isn't HTTPS and isn't this computer, so the key would travel "
-                                       "unencrypted").arg(shown, source),
+                                       "unencrypted")
+                            .arg(shown, source),
                         QStringLiteral("Use an https:// address, or http:// only on this computer."))};
     QList<DoctorCheck> checks{ok(QStringLiteral("Service %1%2").arg(shown, source))};
 

@@ -14,7 +14,9 @@ class QNetworkAccessManager;
 
 // One line of `quorla doctor`: what was found and, unless all is well, how to fix it.
 struct DoctorCheck {
-    enum class Status { ok, warn, fail };
+    enum class Status { ok,
+                        warn,
+                        fail };
 
     Status status = Status::ok;
     QString what;

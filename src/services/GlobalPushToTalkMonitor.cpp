@@ -138,7 +138,7 @@ void GlobalPushToTalkMonitor::updateSpaceCapture()
 {
     // Exactly while the machine would consume a Space press.
     const bool wanted = m_triggerState.isFnPressed
-        || m_triggerState.phase == PushToTalkTriggerPhase::toggleActive;
+                     || m_triggerState.phase == PushToTalkTriggerPhase::toggleActive;
     if (m_hook->isInstalled())
         m_hook->setSpaceCaptureWanted(wanted);
 }

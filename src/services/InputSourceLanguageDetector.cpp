@@ -119,7 +119,7 @@ std::optional<QString> InputSourceLanguageDetector::exactLanguageCode(const QStr
 }
 
 std::optional<QString> InputSourceLanguageDetector::matchedLanguageCode(const QStringList &searchTexts,
-                                                                       const QLocale &locale)
+                                                                        const QLocale &locale)
 {
     // Candidates are built once per locale (naming every language takes a while), each
     // padded with spaces so that a plain substring test finds whole words only.
@@ -148,7 +148,7 @@ std::optional<QString> InputSourceLanguageDetector::matchedLanguageCode(const QS
             if (candidate.first.size() > words.size() || !words.contains(candidate.first))
                 continue;
             const bool better = !best || candidate.first.size() > best->first.size()
-                || (candidate.first.size() == best->first.size() && candidate.second < best->second);
+                             || (candidate.first.size() == best->first.size() && candidate.second < best->second);
             if (better)
                 best = &candidate;
         }

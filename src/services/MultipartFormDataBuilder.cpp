@@ -32,7 +32,7 @@ void MultipartFormDataBuilder::addFile(const QString &name, const QString &fileN
     QByteArray escapedName = fileName.toUtf8();
     escapedName.replace('"', "%22").replace('\r', "%0D").replace('\n', "%0A");
     m_body += "Content-Disposition: form-data; name=\"" + name.toUtf8() + "\"; filename=\"" + escapedName + "\""
-        + crlf;
+            + crlf;
     m_body += "Content-Type: " + contentType + crlf + crlf;
     m_body += contents;
     m_body += crlf;

@@ -227,8 +227,7 @@ QString OpenAIClient::translationInstructions(const TranslationLanguage &targetL
                                               const std::optional<InputLanguageHint> &sourceLanguage)
 {
     QStringList sections{
-        QStringLiteral("Translate dictated speech into natural %1 (%2).\n").arg(targetLanguage.displayName,
-                                                                                targetLanguage.code)
+        QStringLiteral("Translate dictated speech into natural %1 (%2).\n").arg(targetLanguage.displayName, targetLanguage.code)
         + QStringLiteral("Preserve meaning, tone, paragraph breaks, punctuation, and formatting when possible.\n"
                          "Keep names, email addresses, URLs, company names, product names, and other proper nouns "
                          "unchanged unless there is a standard localized form.\n"

@@ -10,8 +10,10 @@ namespace {
 bool isMetaFormat(const QString &format)
 {
     static const QStringList meta = {
-        QStringLiteral("TARGETS"),       QStringLiteral("MULTIPLE"),
-        QStringLiteral("TIMESTAMP"),     QStringLiteral("SAVE_TARGETS"),
+        QStringLiteral("TARGETS"),
+        QStringLiteral("MULTIPLE"),
+        QStringLiteral("TIMESTAMP"),
+        QStringLiteral("SAVE_TARGETS"),
         QStringLiteral("application/x-qt-image"),
     };
     return meta.contains(format);

@@ -79,7 +79,9 @@ bool replaceSelection(const QString &text, AccessibleElement &element, bool repl
 
 TextInsertionService::TextInsertionService(std::shared_ptr<Accessibility> accessibility,
                                            std::shared_ptr<KeySynthesizer> keys, TextInsertionTimings timings)
-    : m_accessibility(std::move(accessibility)), m_keys(std::move(keys)), m_timings(timings)
+    : m_accessibility(std::move(accessibility))
+    , m_keys(std::move(keys))
+    , m_timings(timings)
 {
 }
 

@@ -31,7 +31,7 @@ QString usage()
                           "settings or for scripts. The text goes to the application that has focus\n"
                           "when dictation starts.\n"
                           "\n")
-        + dictationCommandSummary();
+         + dictationCommandSummary();
 }
 
 QDBusMessage callFor(const QString &command)

@@ -34,7 +34,10 @@ public Q_SLOTS:
     void Cancel(const QDBusMessage &call);
 
 private:
-    enum class Command { start, stop, toggle, cancel };
+    enum class Command { start,
+                         stop,
+                         toggle,
+                         cancel };
 
     void accept(const QDBusMessage &call, Command command);
     QCoro::Task<> runIfSameUser(QDBusMessage call, Command command);

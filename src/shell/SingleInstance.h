@@ -14,7 +14,9 @@ class SingleInstance : public QObject
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
 public:
-    enum class Role { primary, secondary, unavailable };
+    enum class Role { primary,
+                      secondary,
+                      unavailable };
 
     SingleInstance(QString applicationId, QDBusConnection bus, QObject *parent = nullptr);
 

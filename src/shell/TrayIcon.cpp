@@ -37,7 +37,7 @@ void TrayIcon::rebuildMenu()
         const TranscriptEntry entry = entries[i];
         // The time sits in the menu's right-hand column.
         const QString label = RecentDictationMenuItem::titleText(entry.text) + QLatin1Char('\t')
-            + RecentDictationMenuItem::timeText(entry.createdAt);
+                            + RecentDictationMenuItem::timeText(entry.createdAt);
         QAction *action = m_menu.addAction(label);
         action->setToolTip(entry.text);
         connect(action, &QAction::triggered, this, [this, entry] { m_model.copyTranscript(entry); });

@@ -31,7 +31,7 @@ AutostartEntry::AutostartEntry(QString filePath)
 QString AutostartEntry::defaultFilePath()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
-        + QStringLiteral("/autostart/" QUORLA_APP_ID ".desktop");
+         + QStringLiteral("/autostart/" QUORLA_APP_ID ".desktop");
 }
 
 bool AutostartEntry::isEnabled() const

@@ -37,7 +37,7 @@ PreferencesStore::PreferencesStore(QString filePath)
 QString PreferencesStore::defaultFilePath()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
-        + QStringLiteral("/Quorla/preferences.json");
+         + QStringLiteral("/Quorla/preferences.json");
 }
 
 void PreferencesStore::load()
@@ -140,9 +140,18 @@ std::optional<QJsonObject> PreferencesStore::objectValue(const QString &key) con
     return value.toObject();
 }
 
-void PreferencesStore::setBool(const QString &key, bool value) { set(key, value); }
-void PreferencesStore::setInteger(const QString &key, qint64 value) { set(key, value); }
-void PreferencesStore::setString(const QString &key, const QString &value) { set(key, value); }
+void PreferencesStore::setBool(const QString &key, bool value)
+{
+    set(key, value);
+}
+void PreferencesStore::setInteger(const QString &key, qint64 value)
+{
+    set(key, value);
+}
+void PreferencesStore::setString(const QString &key, const QString &value)
+{
+    set(key, value);
+}
 
 void PreferencesStore::setStringList(const QString &key, const QStringList &value)
 {
@@ -154,7 +163,10 @@ void PreferencesStore::setData(const QString &key, const QByteArray &value)
     set(key, QJsonObject{{dataTag, QString::fromLatin1(value.toBase64())}});
 }
 
-void PreferencesStore::setObject(const QString &key, const QJsonObject &value) { set(key, value); }
+void PreferencesStore::setObject(const QString &key, const QJsonObject &value)
+{
+    set(key, value);
+}
 
 void PreferencesStore::remove(const QString &key)
 {

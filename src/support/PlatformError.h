@@ -9,11 +9,17 @@
 class PlatformError : public std::exception
 {
 public:
-    enum class Domain { network, file, decoding, audio, other };
+    enum class Domain { network,
+                        file,
+                        decoding,
+                        audio,
+                        other };
 
     PlatformError(Domain domain, QString description, int code = 0)
-        : m_domain(domain), m_description(std::move(description)), m_code(code),
-          m_what(m_description.toUtf8())
+        : m_domain(domain)
+        , m_description(std::move(description))
+        , m_code(code)
+        , m_what(m_description.toUtf8())
     {
     }
 

@@ -8,18 +8,18 @@
 struct PlatformWords {
     QString microphonePermissionDenied;
     QString accessibilityPermissionDenied;
-    QString triggerUnavailableStatus;         // %1 = trigger
-    QString microphoneDeniedStatus;           // %1 = trigger
+    QString triggerUnavailableStatus; // %1 = trigger
+    QString microphoneDeniedStatus;   // %1 = trigger
     QString accessibilityRequestStatus;
-    QString monitorOutsideWindowFailure;      // %1 = trigger
-    QString monitorCaptureSpaceFailure;       // %1 = trigger
+    QString monitorOutsideWindowFailure; // %1 = trigger
+    QString monitorCaptureSpaceFailure;  // %1 = trigger
     QString apiKeySavedStatus;
-    QString credentialSaveFailure;            // %1 = status
-    QString credentialUpdateFailure;          // %1 = status
-    QString credentialReadFailure;            // %1 = status
-    QString credentialCheckFailure;           // %1 = status
-    QString credentialDeleteFailure;          // %1 = status
-    QString credentialServiceUnavailable;     // follows a credential failure when no store runs at all
+    QString credentialSaveFailure;        // %1 = status
+    QString credentialUpdateFailure;      // %1 = status
+    QString credentialReadFailure;        // %1 = status
+    QString credentialCheckFailure;       // %1 = status
+    QString credentialDeleteFailure;      // %1 = status
+    QString credentialServiceUnavailable; // follows a credential failure when no store runs at all
     QString followsInputLanguage;
     QString onboardingMicrophoneDenied;
     QString onboardingMicrophoneNotDetermined;

@@ -57,8 +57,8 @@ protected:
             target.emplace(*workspace, QStringLiteral(QUORLA_TEXT_TARGET), QStringList{toolkit, output, initial} + extra);
         ApplicationHandlePtr application = target->application();
         return application && waitUntil([&] { return accessibility->focusedElement(application->processIdentifier()) != nullptr; })
-                   ? application
-                   : nullptr;
+                 ? application
+                 : nullptr;
     }
 
     std::optional<QuorlaError> insert(const ApplicationHandlePtr &application, const QString &text,

@@ -12,7 +12,8 @@ namespace {
 bool setxkbmap(const QString &layout, const QString &variant = {})
 {
     return QProcess::execute(QStringLiteral("setxkbmap"),
-                             {QStringLiteral("-layout"), layout, QStringLiteral("-variant"), variant}) == 0;
+                             {QStringLiteral("-layout"), layout, QStringLiteral("-variant"), variant})
+        == 0;
 }
 
 TEST(XkbInputSourceProvider, hintAndNoticeFollowTheLayout)

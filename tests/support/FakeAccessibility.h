@@ -18,7 +18,10 @@ struct FakeTextField {
 class FakeAccessibleElement : public AccessibleElement
 {
 public:
-    explicit FakeAccessibleElement(std::shared_ptr<FakeTextField> field) : m_field(std::move(field)) {}
+    explicit FakeAccessibleElement(std::shared_ptr<FakeTextField> field)
+        : m_field(std::move(field))
+    {
+    }
 
     std::optional<QString> value() override { return m_field->value; }
     std::optional<TextRange> selectedRange() override { return m_field->selection; }

@@ -11,7 +11,11 @@
 class FakeCredentialStore : public CredentialStore
 {
 public:
-    enum class Call { update, add, copy, exists, remove };
+    enum class Call { update,
+                      add,
+                      copy,
+                      exists,
+                      remove };
 
     Result update(const QString &service, const QString &account, const QByteArray &value) override
     {

@@ -11,10 +11,13 @@ namespace {
 QByteArray headerBlock(const FakeOpenAIServer::Reply &reply, qint64 contentLength)
 {
     return "HTTP/1.1 " + QByteArray::number(reply.status) + " Fake\r\nContent-Type: " + reply.contentType
-        + "\r\nContent-Length: " + QByteArray::number(contentLength) + "\r\nConnection: keep-alive\r\n\r\n";
+         + "\r\nContent-Length: " + QByteArray::number(contentLength) + "\r\nConnection: keep-alive\r\n\r\n";
 }
 
-QByteArray compact(const QJsonObject &object) { return QJsonDocument(object).toJson(QJsonDocument::Compact); }
+QByteArray compact(const QJsonObject &object)
+{
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+}
 
 } // namespace
 
@@ -49,7 +52,10 @@ FakeOpenAIServer::~FakeOpenAIServer()
     }
 }
 
-QByteArray FakeOpenAIServer::transcriptionBody(const QString &text) { return compact({{"text", text}}); }
+QByteArray FakeOpenAIServer::transcriptionBody(const QString &text)
+{
+    return compact({{"text", text}});
+}
 
 QByteArray FakeOpenAIServer::chatBody(const QString &content)
 {

@@ -31,7 +31,8 @@ public:
                                              std::optional<InputLanguageHint> source) override
     {
         requests.append(QStringList{"translate", '\'' + text + '\'', target.code, "from",
-                                    source ? source->code + ' ' + source->displayName : "-"}.join(' '));
+                                    source ? source->code + ' ' + source->displayName : "-"}
+                            .join(' '));
         co_return QString(translated.isEmpty() ? text : translated);
     }
 

@@ -7,7 +7,11 @@
 class FakeApplication : public ApplicationHandle
 {
 public:
-    FakeApplication(qint64 pid, std::optional<QString> name) : pid(pid), name(std::move(name)) {}
+    FakeApplication(qint64 pid, std::optional<QString> name)
+        : pid(pid)
+        , name(std::move(name))
+    {
+    }
 
     qint64 processIdentifier() const override { return pid; }
     std::optional<QString> localizedName() const override { return name; }

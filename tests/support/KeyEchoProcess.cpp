@@ -2,7 +2,10 @@
 
 #include <QTest>
 
-KeyEchoProcess::KeyEchoProcess(QString program) : m_program(std::move(program)) {}
+KeyEchoProcess::KeyEchoProcess(QString program)
+    : m_program(std::move(program))
+{
+}
 
 KeyEchoProcess::~KeyEchoProcess()
 {

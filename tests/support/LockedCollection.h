@@ -20,7 +20,8 @@ struct LockedCollection {
     const QDBusObjectPath login{QStringLiteral("/org/freedesktop/secrets/collection/login")};
     const bool isLocked = callKeyring(QStringLiteral("org.freedesktop.Secret.Service"), QStringLiteral("Lock"),
                                       {QVariant::fromValue(QList<QDBusObjectPath>{login})})
-                              .type() == QDBusMessage::ReplyMessage;
+                              .type()
+                       == QDBusMessage::ReplyMessage;
     ~LockedCollection()
     {
         const QDBusMessage session = callKeyring(QStringLiteral("org.freedesktop.Secret.Service"),

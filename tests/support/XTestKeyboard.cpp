@@ -25,7 +25,8 @@ int countError(Display *, XErrorEvent *)
 
 } // namespace
 
-XTestKeyboard::XTestKeyboard() : d(std::make_unique<Private>())
+XTestKeyboard::XTestKeyboard()
+    : d(std::make_unique<Private>())
 {
     d->display = XOpenDisplay(nullptr);
 }

@@ -87,7 +87,8 @@ TEST(AacFileWriter, aFileThatCannotBeFinishedLeavesNothing)
     for (const auto &[name, write] : cases) {
         const bool fileFault = name == std::string_view("uncreatable") || name == std::string_view("disk full");
         EXPECT_EQ(domainOfFailure([&] { write(directory.filePath(QString::fromLatin1(name) + ".m4a")); }),
-                  fileFault ? std::optional(PlatformError::Domain::file) : std::nullopt) << name;
+                  fileFault ? std::optional(PlatformError::Domain::file) : std::nullopt)
+            << name;
         EXPECT_TRUE(QDir(directory.path()).entryList(QDir::Files).isEmpty()) << name;
     }
 }
@@ -99,8 +100,10 @@ TEST(AacEncoderModule, aMissingOrForeignModuleFailsTheStartWithAnAudioErrorNamin
     QFile file(notALibrary);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("not a library") > 0);
     file.close();
-    const std::pair<QString, bool> cases[] = { // the module, and whether a press loads it before the start
-        {directory.filePath("lib/quorla/libquorla_aac.so"), false}, {notALibrary, true},
+    const std::pair<QString, bool> cases[] = {
+        // the module, and whether a press loads it before the start
+        {directory.filePath("lib/quorla/libquorla_aac.so"), false},
+        {notALibrary, true},
         {QLibraryInfo::path(QLibraryInfo::LibrariesPath) + "/libQt6Core.so.6", false}, // no factory in it
     };
     for (const auto &[module, pressedFirst] : cases) {
@@ -151,7 +154,11 @@ TEST(AacEncoderModule, unloadsOnlyWithNoWriterLeftAndItsErrorsOutliveIt)
 TEST(PeakLevel, isTheLoudestSampleInDecibelsFullScaleNeverBelowMinus160)
 {
     const std::pair<std::vector<std::int16_t>, float> cases[] = {
-        {{}, -160.0f}, {{0, 0}, -160.0f}, {{0, -32768, 5}, 0.0f}, {{100, 16384, -200}, -6.0206f}, {{-1, 0}, -90.309f},
+        {{}, -160.0f},
+        {{0, 0}, -160.0f},
+        {{0, -32768, 5}, 0.0f},
+        {{100, 16384, -200}, -6.0206f},
+        {{-1, 0}, -90.309f},
     };
     for (const auto &[samples, decibels] : cases)
         EXPECT_NEAR(peakPowerDecibels(samples), decibels, 0.001) << samples.size();

@@ -4,7 +4,6 @@
 #include "models/QuorlaError.h"
 #include "stores/PreferenceKeys.h"
 
-
 namespace {
 
 using Call = FakeCredentialStore::Call;

@@ -74,11 +74,11 @@ TEST_F(AppModelDictationTest, theDictationIsSentWithTheSettingsOfThatMoment)
                                                      "polish 'hello acme' " + *customDictionaryGuidance({{"Acme", {}}}) + " Formal tone",
                                                      "translate 'Hello Acme.' de from en English"}));
     EXPECT_EQ(statuses, (QStringList{"\"Acme\" added to Dictionary.",
-                                      "Dictation armed for TextEdit in English. Waiting for microphone...",
-                                      "Recording for TextEdit in English. Release Fn to transcribe.",
-                                      "Transcribing dictation in English...", "\"Later\" added to Dictionary.",
-                                      "Cleaning up text...", "Translating transcript to German...", "Typing into TextEdit...",
-                                      "Transcript inserted into TextEdit and copied to the clipboard."}));
+                                     "Dictation armed for TextEdit in English. Waiting for microphone...",
+                                     "Recording for TextEdit in English. Release Fn to transcribe.",
+                                     "Transcribing dictation in English...", "\"Later\" added to Dictionary.",
+                                     "Cleaning up text...", "Translating transcript to German...", "Typing into TextEdit...",
+                                     "Transcript inserted into TextEdit and copied to the clipboard."}));
     EXPECT_EQ(fixture.inserter->calls.value(0).text, "Hallo Acme.");
     EXPECT_EQ(model->recentTranscripts().value(0).text, "Hallo Acme.");
 }

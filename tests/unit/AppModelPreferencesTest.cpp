@@ -10,8 +10,12 @@ TEST_F(AppModelPreferencesTest, storedValuesAreReadBackAndMalformedOnesFallBackT
 {
     const auto state = [](const AppModel &m) {
         return QStringLiteral("polish=%1 prompt=%2 mode=%3 translation=%4 copy=%5 icon=%6 typed=%7/%8")
-            .arg(m.shouldPolishTranscript()).arg(m.polishPrompt(), rawValue(m.transcriptionMode()), m.translationLanguageCode())
-            .arg(m.autoCopyTranscript()).arg(m.showMenuBarIcon()).arg(qint64(m.typingStatistics().typedCharacterCount)).arg(qint64(m.typingStatistics().typedWordCount));
+            .arg(m.shouldPolishTranscript())
+            .arg(m.polishPrompt(), rawValue(m.transcriptionMode()), m.translationLanguageCode())
+            .arg(m.autoCopyTranscript())
+            .arg(m.showMenuBarIcon())
+            .arg(qint64(m.typingStatistics().typedCharacterCount))
+            .arg(qint64(m.typingStatistics().typedWordCount));
     };
     for (const auto &[preferences, expected] : std::initializer_list<std::pair<QByteArray, QString>>{
              {"", "polish=0 prompt= mode=fast translation= copy=1 icon=0 typed=0/0"},

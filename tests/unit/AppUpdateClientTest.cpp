@@ -25,14 +25,17 @@ public Q_SLOTS:
 TEST(AppUpdateClientVersions, partsAreLeadingNumbersAndNewerComparesPartByPart)
 {
     const std::pair<QString, QList<int>> parts[] = {
-        {"2.10.3-beta", {2, 10, 3}}, {"beta2.1", {0, 1}}, {"1..2.", {1, 2}}, {"99999999999.1", {0, 1}},
-        {"\u0663.2", {0, 2}}, {"4\U0001D7D9.1", {0, 1}}, // digits other than ASCII are no numbers
+        {"2.10.3-beta", {2, 10, 3}}, {"beta2.1", {0, 1}}, {"1..2.", {1, 2}}, {"99999999999.1", {0, 1}}, {"\u0663.2", {0, 2}}, {"4\U0001D7D9.1", {0, 1}}, // digits other than ASCII are no numbers
     };
     for (const auto &[version, expected] : parts)
         EXPECT_EQ(AppUpdateClient::normalizedVersionParts(version), expected) << version.toStdString();
     const std::tuple<QString, QString, bool> newer[] = {
-        {"1.2.0", "1.2", false}, {"1.2", "1.2.0", false}, {"1.10", "1.9", true}, {"1.9", "1.10", false},
-        {"2", "1.99.99", true}, {"beta", QString(), false},
+        {"1.2.0", "1.2", false},
+        {"1.2", "1.2.0", false},
+        {"1.10", "1.9", true},
+        {"1.9", "1.10", false},
+        {"2", "1.99.99", true},
+        {"beta", QString(), false},
     };
     for (const auto &[candidate, current, expected] : newer)
         EXPECT_EQ(AppUpdateClient::isVersion(candidate, current), expected) << candidate.toStdString();

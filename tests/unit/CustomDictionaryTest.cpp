@@ -8,13 +8,21 @@ namespace {
 
 using Entries = QList<CustomDictionaryEntry>;
 
-CustomDictionaryEntry term(const QString &text) { return {text, std::nullopt}; }
-CustomDictionaryEntry rule(const QString &text, const QString &replacement) { return {text, replacement}; }
+CustomDictionaryEntry term(const QString &text)
+{
+    return {text, std::nullopt};
+}
+CustomDictionaryEntry rule(const QString &text, const QString &replacement)
+{
+    return {text, replacement};
+}
 
 TEST(CustomDictionaryText, linesAreJoinedAndKeysFoldOnlyCaseAndAccents)
 {
     const std::pair<QString, std::optional<QString>> cases[] = {
-        {"  Acme\n\n  Corp  ", "Acme Corp"}, {"MiXeD\t  case", "MiXeD\t  case"}, {"\n \t", std::nullopt},
+        {"  Acme\n\n  Corp  ", "Acme Corp"},
+        {"MiXeD\t  case", "MiXeD\t  case"},
+        {"\n \t", std::nullopt},
         {"one\r\ntwo\u2028three", "one two three"},
     };
     for (const auto &[input, expected] : cases)
@@ -95,7 +103,7 @@ TEST_F(CustomDictionaryModelTest, loadingCleansStoredDataAndFallsBackToTerms)
     // Entries stored as data (base64 JSON) beside the older list of terms.
     const auto both = [](const QByteArray &entries, const char *terms) {
         return R"({"customDictionaryEntries": {"$data": ")" + entries.toBase64() + R"("}, "customDictionaryTerms": )"
-            + terms + "}";
+             + terms + "}";
     };
     const std::pair<QByteArray, Entries> cases[] = {
         {both(R"([{"term":"Acme"},{"term":"ACME","replacement":"x"},{"term":"b","replacement":" \n"}])", R"(["no"])"),

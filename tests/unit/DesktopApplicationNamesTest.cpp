@@ -19,8 +19,11 @@ TEST(DesktopApplicationNamesTest, findsTheEntryOfAWindowClassInTheUsersLanguage)
     writeTestFile(system.filePath("broken.desktop"), "no group at all\nName=Broken\n");
     DesktopApplicationNames names({user.path(), system.path()}, "de_AT");
     const std::tuple<QString, QString, std::optional<QString>> cases[] = {
-        {"fancyedit", "FancyEdit", "Bearbeiter"}, {"notes", "Notes", "Notes, Lists & More\\n"},
-        {"term", "Term", "My Term"}, {"docs", "Docs", std::nullopt}, {"broken", "Broken", std::nullopt},
+        {"fancyedit", "FancyEdit", "Bearbeiter"},
+        {"notes", "Notes", "Notes, Lists & More\\n"},
+        {"term", "Term", "My Term"},
+        {"docs", "Docs", std::nullopt},
+        {"broken", "Broken", std::nullopt},
         {QString(), QString(), std::nullopt},
     };
     for (const auto &[instance, className, expected] : cases)

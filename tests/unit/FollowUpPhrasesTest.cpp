@@ -18,7 +18,8 @@ TEST(FollowUpPhrases, trailingOffersAreRemoved)
         {"Text \u2013 let me know if you would like any changes.\u2019 '\"", "Text"},
         // Only the straight apostrophe belongs to the phrase.
         {"Hi. Let me know if you\u2019d like any changes.", "Hi. Let me know if you\u2019d like any changes."},
-        {"Line one.\nWould you like any changes?\u00A0\n", "Line one."}, {"No offer here.", "No offer here."},
+        {"Line one.\nWould you like any changes?\u00A0\n", "Line one."},
+        {"No offer here.", "No offer here."},
     };
     for (const auto &[input, expected] : cases)
         EXPECT_EQ(normalizedWithoutFollowUpPhrases(input), expected) << input.toStdString();
@@ -28,7 +29,10 @@ TEST(OpenAIReplyValidation, onlyTwoHundredsSucceed)
 {
     const auto failed = [](int status) { return QuorlaError::apiFailure(QString("OpenAI request failed with status %1.").arg(status)); };
     const std::tuple<std::optional<int>, QByteArray, std::optional<QuorlaError>> cases[] = {
-        {200, "", std::nullopt}, {299, "<html>", std::nullopt}, {199, "", failed(199)}, {300, "", failed(300)},
+        {200, "", std::nullopt},
+        {299, "<html>", std::nullopt},
+        {199, "", failed(199)},
+        {300, "", failed(300)},
         {502, R"({"error":{"message":""}})", QuorlaError::apiFailure(QString())},
         {401, R"({"error":{"message":"Bad key"}})", QuorlaError::apiFailure("Bad key")},
         {400, R"({"error":"flat"})", failed(400)},

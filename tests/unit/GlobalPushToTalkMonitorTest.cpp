@@ -30,11 +30,16 @@ TEST(GlobalPushToTalkMonitor, gesturesGiveTheirEventsTakeOnlyTheirSpacesAndEndWi
         QStringList events;
         bool toggleRunning = false;
     } cases[] = {
-        {"hold", "THt", "", hold}, {"tap", "Tt", "", {}}, {"plain Space", "Ss", "PP", {}},
-        {"toggle", "TSRstSs", "XPXXX", toggle}, {"toggle running", "TSst", "XX", {"toggleStarted"}, true},
+        {"hold", "THt", "", hold},
+        {"tap", "Tt", "", {}},
+        {"plain Space", "Ss", "PP", {}},
+        {"toggle", "TSRstSs", "XPXXX", toggle},
+        {"toggle running", "TSst", "XX", {"toggleStarted"}, true},
         // A Space released after the change reaches the application.
-        {"change when idle", "Ks", "P", {}}, {"change in a pending hold", "TKs", "P", {}},
-        {"change in a hold", "THKs", "P", hold}, {"change in a toggle", "TStKs", "XP", toggle},
+        {"change when idle", "Ks", "P", {}},
+        {"change in a pending hold", "TKs", "P", {}},
+        {"change in a hold", "THKs", "P", hold},
+        {"change in a toggle", "TStKs", "XP", toggle},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);

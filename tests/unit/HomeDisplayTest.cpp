@@ -12,8 +12,7 @@ namespace {
 TEST(EstimatedTimeSaved, readsAsTheHomeCardShowsIt)
 {
     for (const auto &[words, expected] : std::initializer_list<std::pair<qint64, QString>>{
-             {-5, "0 sec"}, {20, "21 sec"}, {57, "59 sec"}, {58, "1m"}, {1000, "17m"}, {5000, "1h 27m"},
-             {100000, "1d 5h"}, {83220, "1d"}})
+             {-5, "0 sec"}, {20, "21 sec"}, {57, "59 sec"}, {58, "1m"}, {1000, "17m"}, {5000, "1h 27m"}, {100000, "1d 5h"}, {83220, "1d"}})
         EXPECT_EQ(HomeDisplay::estimatedTimeSavedText(words), expected) << words << " words";
 }
 

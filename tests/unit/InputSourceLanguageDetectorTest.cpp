@@ -13,7 +13,8 @@ TEST(InputSourceLanguageDetector, namesMatchAsWholeWordsLongestFirstAndHintsFall
     const QLocale english(QLocale::English);
     const std::pair<QStringList, std::optional<QString>> cases[] = {
         {{"korean english"}, "en"}, {{"tamil hindi"}, "hi"}, // same length: lower code
-        {{"xkb us", "korean"}, "ko"}, {{"usa", "germanic"}, std::nullopt}, // no partial words
+        {{"xkb us", "korean"}, "ko"},
+        {{"usa", "germanic"}, std::nullopt}, // no partial words
     };
     for (const auto &[texts, code] : cases)
         EXPECT_EQ(Detector::matchedLanguageCode(texts, english), code) << texts.join('|').toStdString();
@@ -33,7 +34,8 @@ TEST(InputSourceLanguageDetector, derivesTheLanguageOfTheSelectedSource)
         {{"com.apple.keylayout.US", {}, "U.S.", latin}, "en"},
         {{"keylayout.USInternational-PC", {}, {}, latin}, "en"},
         {{"com.apple.inputmethod.Kotoeri", "com.apple.inputmethod.Japanese.Katakana", {}, {}}, "ja"},
-        {{"ibus:mozc-jp", {}, "Mozc", {}}, "ja"}, {{"fcitx5:rime", {}, {}, {"zz"}}, "zh"},
+        {{"ibus:mozc-jp", {}, "Mozc", {}}, "ja"},
+        {{"fcitx5:rime", {}, {}, {"zz"}}, "zh"},
         {{"xkb:ch", {}, "German (Switzerland)", latin}, "de"}, // many languages fall to the name
         {{"xkb:custom", {}, "Custom", latin}, std::nullopt},
     };

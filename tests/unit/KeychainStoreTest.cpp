@@ -58,8 +58,7 @@ TEST_F(KeychainStoreTest, failuresCarryTheStatusInTheirOperationsMessage)
         {Call::update, {Outcome::interactionNotAllowed, 2}, save, "Couldn't update the API key in Keychain (status 2)."},
         {Call::add, {Outcome::failure, 3}, save, "Couldn't save the API key to Keychain (status 3)."},
         {Call::exists, {Outcome::failure, 2}, [](KeychainStore &s) { (void)s.contains(account); }, "Couldn't check Keychain item (status 2)."},
-        {Call::remove, {Outcome::failure, 4}, [](KeychainStore &s) { s.deleteItem(account); },
-         "Couldn't remove the saved API key (status 4)."},
+        {Call::remove, {Outcome::failure, 4}, [](KeychainStore &s) { s.deleteItem(account); }, "Couldn't remove the saved API key (status 4)."},
     };
     for (const auto &c : cases) {
         fake->failures = {{c.call, c.result}};

@@ -87,7 +87,7 @@ TEST_F(OpenAIClientTest, chatPassesSendTheirInstructionsAndTheText)
     };
     const auto body = [&](const QString &instructions, const QByteArray &text) {
         return R"({"messages":[{"content":)" + quoted(instructions) + R"(,"role":"developer"},{"content":)" + text
-            + R"(,"role":"user"}],"model":"gpt-5.4-nano"})";
+             + R"(,"role":"user"}],"model":"gpt-5.4-nano"})";
     };
     EXPECT_EQ(request.body, body(OpenAIClient::polishInstructions("- Acme", "Be brief."), R"("  um hello  ")"));
     EXPECT_EQ(server.requests()[1].body, body(translation, R"("Hallo")"));
@@ -112,8 +112,7 @@ TEST_F(OpenAIClientTest, transcriptionReplyMatrix)
         {json(200, R"({"text":" Hi.\n\nWould you like any changes? ","x":1})"), "Hi.", ""},
         {Reply{200, R"({"text":"a long enough text"})", "application/json", Behaviour::closeMidReply}, {}, any},
         {Reply{200, {}, "application/json", Behaviour::stall}, {}, "The request timed out."},
-        {Reply{200, {}, "application/json", Behaviour::hugeBody, 50LL * 1024 * 1024}, {},
-         "The server's reply was larger than 5 MB, so it was not read."},
+        {Reply{200, {}, "application/json", Behaviour::hugeBody, 50LL * 1024 * 1024}, {}, "The server's reply was larger than 5 MB, so it was not read."},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.reply.body.toStdString() + " " + std::to_string(int(c.reply.behaviour)));

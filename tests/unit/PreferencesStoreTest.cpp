@@ -44,7 +44,11 @@ TEST_F(PreferencesStoreTest, valuesSurviveARestartWithTheirTypesAndOthersReadAsA
 TEST_F(PreferencesStoreTest, unreadableFilesAreKeptAsideAndDefaultsUsed)
 {
     const std::pair<std::optional<QByteArray>, bool> cases[] = {
-        {std::nullopt, false}, {"{}", false}, {"{not json", true}, {"[1, 2]", true}, {QByteArray("\xff\xfe\x00", 3), true},
+        {std::nullopt, false},
+        {"{}", false},
+        {"{not json", true},
+        {"[1, 2]", true},
+        {QByteArray("\xff\xfe\x00", 3), true},
     };
     for (const auto &[bytes, keptAside] : cases) {
         const std::string name = bytes ? bytes->toStdString() : "no file";

@@ -22,7 +22,10 @@ struct Row {
     const char *after, *actions;
 };
 
-void PrintTo(const Row &row, std::ostream *os) { *os << row.name; }
+void PrintTo(const Row &row, std::ostream *os)
+{
+    *os << row.name;
+}
 
 Machine machine(const std::string &s)
 {
@@ -37,7 +40,8 @@ std::string letters(auto actions)
     return out;
 }
 
-class TransitionTable : public ::testing::TestWithParam<Row> {};
+class TransitionTable : public ::testing::TestWithParam<Row>
+{};
 
 TEST_P(TransitionTable, givesTheExactActionsAndState)
 {
@@ -49,37 +53,7 @@ TEST_P(TransitionTable, givesTheExactActionsAndState)
     EXPECT_EQ(m, machine(row.after));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, TransitionTable, ::testing::Values(
-    Row{"repeatWhileHeld", "hF-", 'F', "hF-", ""},
-    Row{"repeatInIdle", "iFS", 'F', "iFS", ""},
-    Row{"pendingHoldBelievedUp", "p--", 'F', "pF-", ""},
-    Row{"holdActiveBelievedUp", "h--", 'F', "hF-", ""},
-    Row{"fnEndsToggle", "t--", 'F', "iF-", "tx"},
-    Row{"spaceAlreadyDown", "i-S", 'F', "iFS", ""},
-    Row{"startsPendingHold", "i--", 'F', "pF-", "cs"},
-    Row{"fnUpBelievedUp", "i--", 'f', "i--", ""},
-    Row{"fnUpBelievedUpInToggle", "t-S", 'f', "t-S", ""},
-    Row{"idleReleaseClearsTarget", "iF-", 'f', "i--", "x"},
-    Row{"quickTap", "pF-", 'f', "i--", "kx"},
-    Row{"endsHold", "hFS", 'f', "i-S", "hx"},
-    Row{"toggleKeepsRunning", "tF-", 'f', "t--", ""},
-    Row{"plainSpacePassesThrough", "i--", 'S', "i-S", ""},
-    Row{"flagStartsToggleFromIdle", "i--", '!', "tFS", "cT"},
-    Row{"heldTriggerStartsToggleFromIdle", "iF-", 'S', "tFS", "cT"},
-    Row{"pendingHoldWithoutFn", "p--", 'S', "p-S", ""},
-    Row{"pendingHoldWithFlagKeepsBelief", "p--", '!', "t-S", "kT"},
-    Row{"pendingHoldWithHeldTrigger", "pF-", 'S', "tFS", "kT"},
-    Row{"holdActiveWithoutFn", "h--", 'S', "h-S", ""},
-    Row{"holdPromotedWithFlagKeepsBelief", "h--", '!', "t-S", "T"},
-    Row{"holdPromoted", "hF-", 'S', "tFS", "T"},
-    Row{"plainSpaceEndsToggle", "t--", 'S', "i-S", "tx"},
-    Row{"fnSpaceEndsToggle", "tF-", '!', "iFS", "tx"},
-    Row{"spaceUpClearsSpace", "tFS", 's', "tF-", ""},
-    Row{"spaceUpWhenUp", "i--", 's', "i--", ""},
-    Row{"timerStartsHold", "pF-", 'H', "hF-", "H"},
-    Row{"staleTimerInIdle", "i--", 'H', "i--", ""},
-    Row{"staleTimerInHold", "hF-", 'H', "hF-", ""},
-    Row{"staleTimerInToggle", "t--", 'H', "t--", ""}),
-    [](const auto &info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(All, TransitionTable, ::testing::Values(Row{"repeatWhileHeld", "hF-", 'F', "hF-", ""}, Row{"repeatInIdle", "iFS", 'F', "iFS", ""}, Row{"pendingHoldBelievedUp", "p--", 'F', "pF-", ""}, Row{"holdActiveBelievedUp", "h--", 'F', "hF-", ""}, Row{"fnEndsToggle", "t--", 'F', "iF-", "tx"}, Row{"spaceAlreadyDown", "i-S", 'F', "iFS", ""}, Row{"startsPendingHold", "i--", 'F', "pF-", "cs"}, Row{"fnUpBelievedUp", "i--", 'f', "i--", ""}, Row{"fnUpBelievedUpInToggle", "t-S", 'f', "t-S", ""}, Row{"idleReleaseClearsTarget", "iF-", 'f', "i--", "x"}, Row{"quickTap", "pF-", 'f', "i--", "kx"}, Row{"endsHold", "hFS", 'f', "i-S", "hx"}, Row{"toggleKeepsRunning", "tF-", 'f', "t--", ""}, Row{"plainSpacePassesThrough", "i--", 'S', "i-S", ""}, Row{"flagStartsToggleFromIdle", "i--", '!', "tFS", "cT"}, Row{"heldTriggerStartsToggleFromIdle", "iF-", 'S', "tFS", "cT"}, Row{"pendingHoldWithoutFn", "p--", 'S', "p-S", ""}, Row{"pendingHoldWithFlagKeepsBelief", "p--", '!', "t-S", "kT"}, Row{"pendingHoldWithHeldTrigger", "pF-", 'S', "tFS", "kT"}, Row{"holdActiveWithoutFn", "h--", 'S', "h-S", ""}, Row{"holdPromotedWithFlagKeepsBelief", "h--", '!', "t-S", "T"}, Row{"holdPromoted", "hF-", 'S', "tFS", "T"}, Row{"plainSpaceEndsToggle", "t--", 'S', "i-S", "tx"}, Row{"fnSpaceEndsToggle", "tF-", '!', "iFS", "tx"}, Row{"spaceUpClearsSpace", "tFS", 's', "tF-", ""}, Row{"spaceUpWhenUp", "i--", 's', "i--", ""}, Row{"timerStartsHold", "pF-", 'H', "hF-", "H"}, Row{"staleTimerInIdle", "i--", 'H', "i--", ""}, Row{"staleTimerInHold", "hF-", 'H', "hF-", ""}, Row{"staleTimerInToggle", "t--", 'H', "t--", ""}),
+                         [](const auto &info) { return std::string(info.param.name); });
 
 } // namespace

@@ -13,11 +13,14 @@ TEST(ServiceAddress, environmentThenPreferenceThenDefault)
         std::optional<QString> environment, preference;
         QString expected;
     } cases[] = {
-        {none, none, "https://api.openai.com"}, {none, "https://pref.example/x", "https://pref.example/x"},
+        {none, none, "https://api.openai.com"},
+        {none, "https://pref.example/x", "https://pref.example/x"},
         {" http://127.0.0.1:8080 ", "https://pref.example", "http://127.0.0.1:8080"},
         // Values that are no absolute web address are passed over.
-        {QString(), "https://pref.example", "https://pref.example"}, {"localhost:8080", none, "https://api.openai.com"},
-        {"ftp://files.example", "not a url", "https://api.openai.com"}, {"https://", none, "https://api.openai.com"},
+        {QString(), "https://pref.example", "https://pref.example"},
+        {"localhost:8080", none, "https://api.openai.com"},
+        {"ftp://files.example", "not a url", "https://api.openai.com"},
+        {"https://", none, "https://api.openai.com"},
     };
     for (const auto &c : cases)
         EXPECT_EQ(normalizedAPIBaseURL(c.environment, c.preference), QUrl(c.expected)) << c.expected.toStdString();
@@ -41,15 +44,23 @@ TEST(ServiceAddress, theKeyTravelsOnlyEncryptedOrOnThisMachine)
 {
     const QString notAnAddress = "Enter an address that starts with https:// or http://, such as https://api.openai.com.";
     const std::pair<QString, QString> cases[] = {
-        {"HTTPS://API.OPENAI.COM", ""}, {" http://127.0.0.1:9000/v1 ", ""}, {"http://127.8.9.1", ""},
-        {"http://localhost:9000/v", ""}, {"http://[::1]:9000", ""}, {"http://api.openai.com", "key"},
-        {"http://192.168.1.20:8000", "key"}, {"http://localhost.evil.example", "key"}, {"ftp://example.com", "address"},
-        {"api.openai.com", "address"}, {"https://", "address"}, {"http:// spaced.example", "address"},
+        {"HTTPS://API.OPENAI.COM", ""},
+        {" http://127.0.0.1:9000/v1 ", ""},
+        {"http://127.8.9.1", ""},
+        {"http://localhost:9000/v", ""},
+        {"http://[::1]:9000", ""},
+        {"http://api.openai.com", "key"},
+        {"http://192.168.1.20:8000", "key"},
+        {"http://localhost.evil.example", "key"},
+        {"ftp://example.com", "address"},
+        {"api.openai.com", "address"},
+        {"https://", "address"},
+        {"http:// spaced.example", "address"},
     };
     for (const auto &[typed, problem] : cases) {
         const auto refusal = refusalForAPIKey(QUrl(typed.trimmed()));
         EXPECT_EQ(problemWith(typed), problem == "key" ? refusal : problem == "address" ? notAnAddress
-                                      : std::optional<QString>())
+                                                                                        : std::optional<QString>())
             << typed.toStdString();
         if (problem != "address") {
             EXPECT_EQ(refusal.has_value(), problem == "key") << typed.toStdString();

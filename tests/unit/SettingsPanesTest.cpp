@@ -19,7 +19,8 @@ TEST(SettingsPanesTest, eachAnchorOpensTheRunningDesktopsOwnPlace)
         {"ListenEvent", {"XFCE"}, all, SettingsPaneCommand{"xfce4-keyboard-settings", {}}},
         {"Microphone", {"XFCE"}, all, SettingsPaneCommand{"gnome-control-center", {"sound"}}},
         {"Microphone", {"X-Cinnamon"}, {"pavucontrol"}, SettingsPaneCommand{"pavucontrol", {"--tab=4"}}},
-        {"ListenEvent", {"GNOME"}, {"pavucontrol"}, std::nullopt}, {"Camera", {"GNOME"}, all, std::nullopt},
+        {"ListenEvent", {"GNOME"}, {"pavucontrol"}, std::nullopt},
+        {"Camera", {"GNOME"}, all, std::nullopt},
         {"Microphone", {}, {}, std::nullopt},
     };
     for (const auto &[anchor, desktops, installed, expected] : cases) {

@@ -24,9 +24,15 @@ QCoro::Task<void> catching(QCoro::Task<void> task, std::optional<QuorlaError> *e
     }
 }
 
-QClipboard *clipboard() { return QGuiApplication::clipboard(); }
+QClipboard *clipboard()
+{
+    return QGuiApplication::clipboard();
+}
 
-std::optional<QuorlaError> failed(const char *message) { return QuorlaError::textInsertionFailed(message); }
+std::optional<QuorlaError> failed(const char *message)
+{
+    return QuorlaError::textInsertionFailed(message);
+}
 
 class TextInsertionServiceTest : public ::testing::Test
 {

@@ -36,11 +36,10 @@ TEST(TranscriptHistory, keepsTheFiveNewestAndSkipsBlankText)
 TEST(TypingStatistics, countsUserPerceivedCharactersAndWordsAndRefusesOverflow)
 {
     const std::pair<QString, TypingStatistics> cases[] = {
-        {"  Hi there", {10, 2}}, {" \n\t ", {0, 0}},
-        {"👩‍👩‍👧‍👦", {1, 1}},              // one family emoji, seven code points
-        {"Cafe\u0301 ok", {7, 2}},            // e plus a combining accent
-        {"well-known — fine\nnext", {22, 4}}, // a lone dash is a word
-        {"🇩🇪\u00a0🇫🇷", {3, 2}},              // flags; no-break space separates
+        {"  Hi there", {10, 2}}, {" \n\t ", {0, 0}}, {"👩‍👩‍👧‍👦", {1, 1}}, // one family emoji, seven code points
+        {"Cafe\u0301 ok", {7, 2}},                                                          // e plus a combining accent
+        {"well-known — fine\nnext", {22, 4}},                                               // a lone dash is a word
+        {"🇩🇪\u00a0🇫🇷", {3, 2}},                                                             // flags; no-break space separates
     };
     for (const auto &[text, added] : cases)
         EXPECT_EQ(updatedTypingStatistics({100, 10}, text),

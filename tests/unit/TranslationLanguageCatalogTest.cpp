@@ -18,8 +18,13 @@ TEST(TranslationLanguageCatalogTest, namesEqualButForCaseAreOrderedByCode)
 TEST(TranslationLanguageCatalogTest, storedCodesNormalizeToCatalogCodesOrNothing)
 {
     const std::pair<std::optional<QString>, std::optional<QString>> cases[] = {
-        {" FR ", "fr"}, {"de\n", "de"}, {std::nullopt, std::nullopt}, {" \t\n", std::nullopt},
-        {"deu", std::nullopt}, {"xx", std::nullopt}, {"d e", std::nullopt},
+        {" FR ", "fr"},
+        {"de\n", "de"},
+        {std::nullopt, std::nullopt},
+        {" \t\n", std::nullopt},
+        {"deu", std::nullopt},
+        {"xx", std::nullopt},
+        {"d e", std::nullopt},
     };
     for (const auto &[input, expected] : cases)
         EXPECT_EQ(TranslationLanguageCatalog::normalizedCode(input), expected) << input.value_or("-").toStdString();

@@ -28,7 +28,8 @@ class ModuleWriter final : public AudioFileWriter
 {
 public:
     ModuleWriter(std::shared_ptr<QLibrary> library, std::unique_ptr<AudioFileWriter> writer)
-        : m_library(std::move(library)), m_writer(std::move(writer))
+        : m_library(std::move(library))
+        , m_writer(std::move(writer))
     {
     }
 

@@ -24,7 +24,9 @@ public:
 
 private:
     struct Codec;
-    enum class Step { setUp, create, write };
+    enum class Step { setUp,
+                      create,
+                      write };
 
     void encodeAvailable(bool flushing);
     void drainPackets();

@@ -26,11 +26,14 @@ private:
     GError *m_error = nullptr;
 };
 
-template<typename Interface>
+template <typename Interface>
 class Ref
 {
 public:
-    explicit Ref(Interface *object) : m_object(object) {}
+    explicit Ref(Interface *object)
+        : m_object(object)
+    {
+    }
     ~Ref()
     {
         if (m_object)
@@ -66,7 +69,8 @@ std::optional<QString> textOf(AtspiText *text)
 } // namespace
 
 AtSpiAccessibleElement::AtSpiAccessibleElement(AtspiAccessible *accessible, OffsetUnit unit)
-    : m_accessible(accessible), m_unit(unit)
+    : m_accessible(accessible)
+    , m_unit(unit)
 {
 }
 

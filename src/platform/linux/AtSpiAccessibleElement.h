@@ -9,7 +9,8 @@ class AtSpiAccessibleElement : public AccessibleElement
 {
 public:
     // How the toolkit counts text offsets: AT-SPI says characters, Qt sends UTF-16 units.
-    enum class OffsetUnit { codePoint, utf16 };
+    enum class OffsetUnit { codePoint,
+                            utf16 };
 
     // Takes over one reference to `accessible`.
     AtSpiAccessibleElement(AtspiAccessible *accessible, OffsetUnit unit);

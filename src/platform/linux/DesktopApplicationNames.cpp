@@ -50,8 +50,8 @@ QString localizedName(const QHash<QString, QString> &keys, const QString &locale
 
 DesktopApplicationNames::DesktopApplicationNames(QStringList directories, QString locale)
     : m_directories(directories.isEmpty() ? QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation)
-                                          : std::move(directories)),
-      m_locale(locale.isEmpty() ? QLocale::system().name() : std::move(locale)) // "de_DE"
+                                          : std::move(directories))
+    , m_locale(locale.isEmpty() ? QLocale::system().name() : std::move(locale)) // "de_DE"
 {
 }
 

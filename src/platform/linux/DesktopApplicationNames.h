@@ -18,8 +18,8 @@ public:
 
 private:
     struct Entry {
-        QString id;       // file name without ".desktop", lower case
-        QString wmClass;  // StartupWMClass, lower case
+        QString id;      // file name without ".desktop", lower case
+        QString wmClass; // StartupWMClass, lower case
         QString name;
     };
 

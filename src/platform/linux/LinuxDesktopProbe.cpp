@@ -72,7 +72,7 @@ public:
         const auto serverInfo = [](pa_context *, const pa_server_info *info, void *data) {
             auto *self = static_cast<PulseConversation *>(data);
             self->m_serverName = QString::fromUtf8(info->server_name) + QStringLiteral(" ")
-                + QString::fromUtf8(info->server_version);
+                               + QString::fromUtf8(info->server_version);
             self->m_defaultSource = info->default_source_name;
             self->m_done = true;
         };
@@ -133,7 +133,7 @@ DesktopProbe::Session LinuxDesktopProbe::session()
     Session session;
     session.display = qEnvironmentVariable("DISPLAY");
     const bool wayland = qEnvironmentVariableIsSet("WAYLAND_DISPLAY")
-        || qEnvironmentVariable("XDG_SESSION_TYPE").compare(QLatin1String("wayland"), Qt::CaseInsensitive) == 0;
+                      || qEnvironmentVariable("XDG_SESSION_TYPE").compare(QLatin1String("wayland"), Qt::CaseInsensitive) == 0;
     if (wayland)
         session.type = SessionType::wayland;
     else if (!session.display.isEmpty())

@@ -29,7 +29,10 @@ constexpr auto contentType = "text/plain";
 template <auto release>
 struct Releaser {
     template <typename T>
-    void operator()(T *pointer) const { release(pointer); }
+    void operator()(T *pointer) const
+    {
+        release(pointer);
+    }
 };
 using ServicePtr = std::unique_ptr<SecretService, Releaser<&g_object_unref>>;
 using ValuePtr = std::unique_ptr<SecretValue, Releaser<&secret_value_unref>>;

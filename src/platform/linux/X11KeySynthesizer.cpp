@@ -56,7 +56,8 @@ struct X11KeySynthesizer::Impl {
     }
 };
 
-X11KeySynthesizer::X11KeySynthesizer() : d(std::make_unique<Impl>())
+X11KeySynthesizer::X11KeySynthesizer()
+    : d(std::make_unique<Impl>())
 {
     d->display = XOpenDisplay(nullptr);
     int eventBase = 0;

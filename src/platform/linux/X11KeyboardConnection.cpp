@@ -254,12 +254,15 @@ struct X11KeyboardConnection::Private {
     }
 };
 
-X11KeyboardConnection::X11KeyboardConnection() : d(std::make_unique<Private>()) {}
+X11KeyboardConnection::X11KeyboardConnection()
+    : d(std::make_unique<Private>())
+{
+}
 
 X11KeyboardConnection::~X11KeyboardConnection() = default;
 
 X11KeyboardConnection::OpenResult X11KeyboardConnection::open(const std::vector<std::string> &triggerKeysyms,
-                                                          bool acceptSynthesizedKeys)
+                                                              bool acceptSynthesizedKeys)
 {
     d = std::make_unique<Private>();
     d->triggerKeysyms = triggerKeysyms;

@@ -13,8 +13,13 @@
 class X11KeyboardConnection
 {
 public:
-    enum class OpenResult { ok, noDisplay, noXInput2, noXTest, noTriggerKey };
-    enum class Key : std::uint8_t { trigger, space };
+    enum class OpenResult { ok,
+                            noDisplay,
+                            noXInput2,
+                            noXTest,
+                            noTriggerKey };
+    enum class Key : std::uint8_t { trigger,
+                                    space };
     struct KeyEvent {
         Key key;
         std::uint8_t keycode;

@@ -12,7 +12,9 @@
 Q_LOGGING_CATEGORY(lcX11Keyboard, "quorla.keyboard.x11")
 
 struct X11KeyboardHook::KeyReport {
-    enum class Kind : std::uint8_t { trigger, spaceDown, spaceUp };
+    enum class Kind : std::uint8_t { trigger,
+                                     spaceDown,
+                                     spaceUp };
     Kind kind;
     bool down = false;
     SpaceCaptureTracker::SpacePress press;
@@ -70,7 +72,10 @@ bool isWaylandSession()
 
 } // namespace
 
-X11KeyboardHook::X11KeyboardHook(TriggerKey trigger) : X11KeyboardHook(std::move(trigger), Options{}) {}
+X11KeyboardHook::X11KeyboardHook(TriggerKey trigger)
+    : X11KeyboardHook(std::move(trigger), Options{})
+{
+}
 
 X11KeyboardHook::X11KeyboardHook(TriggerKey trigger, Options options)
     : m_trigger(std::move(trigger))

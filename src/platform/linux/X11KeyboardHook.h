@@ -74,6 +74,6 @@ private:
     SpaceCaptureTracker m_tracker; // X thread only
     std::mutex m_grabsMutex;
     std::condition_variable m_grabsChanged;
-    Grabs m_grabs; // guarded by m_grabsMutex
+    Grabs m_grabs;         // guarded by m_grabsMutex
     Grabs m_grabsReported; // X thread only
 };

@@ -5,9 +5,9 @@
 #include "X11ApplicationHandle.h"
 #include "X11WorkspaceConnection.h"
 
-
 X11Workspace::X11Workspace()
-    : m_connection(X11WorkspaceConnection::open()), m_names(std::make_shared<DesktopApplicationNames>())
+    : m_connection(X11WorkspaceConnection::open())
+    , m_names(std::make_shared<DesktopApplicationNames>())
 {
 }
 

@@ -20,7 +20,8 @@ int trapError(Display *, XErrorEvent *event)
 class ErrorTrap
 {
 public:
-    explicit ErrorTrap(Display *display) : m_display(display)
+    explicit ErrorTrap(Display *display)
+        : m_display(display)
     {
         XSync(m_display, False);
         trappedErrorCode = 0;
@@ -127,7 +128,10 @@ std::shared_ptr<X11WorkspaceConnection> X11WorkspaceConnection::open()
     return std::shared_ptr<X11WorkspaceConnection>(new X11WorkspaceConnection(std::move(impl)));
 }
 
-X11WorkspaceConnection::X11WorkspaceConnection(std::unique_ptr<Impl> impl) : d(std::move(impl)) {}
+X11WorkspaceConnection::X11WorkspaceConnection(std::unique_ptr<Impl> impl)
+    : d(std::move(impl))
+{
+}
 
 X11WorkspaceConnection::~X11WorkspaceConnection() = default;
 

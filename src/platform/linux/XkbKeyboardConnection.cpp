@@ -43,7 +43,8 @@ std::vector<std::string> rulesNames(Display *display, Atom atom)
     unsigned char *data = nullptr;
     std::vector<std::string> fields;
     if (XGetWindowProperty(display, DefaultRootWindow(display), atom, 0, 4096, False, XA_STRING, &actualType, &format,
-                           &count, &remaining, &data) != Success)
+                           &count, &remaining, &data)
+        != Success)
         return fields;
     if (data && actualType == XA_STRING && format == 8) {
         const char *text = reinterpret_cast<const char *>(data);

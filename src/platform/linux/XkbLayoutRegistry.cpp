@@ -18,8 +18,7 @@ QString normalizedLanguage(const QString &iso639)
 {
     const QString code = iso639.trimmed().toLower();
     const QLocale::Language language = QLocale::codeToLanguage(code, QLocale::ISO639Part2 | QLocale::ISO639Part1);
-    const QString twoLetter
-        = language == QLocale::AnyLanguage ? QString() : QLocale::languageToCode(language, QLocale::ISO639Part1);
+    const QString twoLetter = language == QLocale::AnyLanguage ? QString() : QLocale::languageToCode(language, QLocale::ISO639Part1);
     return twoLetter.isEmpty() ? code : twoLetter;
 }
 

@@ -10,7 +10,7 @@ class QIODevice;
 // What xkeyboard-config says about a layout or one of its variants: its description
 // and the languages it is meant for.
 struct XkbLayoutDescription {
-    QString description; // "German (no dead keys)"
+    QString description;   // "German (no dead keys)"
     QStringList languages; // two-letter codes where ISO 639-1 has one, else the 639-2 code
 };
 

@@ -9,7 +9,10 @@ struct PlatformWords;
 
 // One permission of the setup card, as it reads for the model's current state.
 struct OnboardingPermissionRow {
-    enum class Action { openMicrophoneSettings, openKeyboardSettings, openAccessibilitySettings, requestAccessibility };
+    enum class Action { openMicrophoneSettings,
+                        openKeyboardSettings,
+                        openAccessibilitySettings,
+                        requestAccessibility };
 
     QString title;
     QString detail;

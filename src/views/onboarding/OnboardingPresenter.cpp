@@ -9,8 +9,8 @@ namespace {
 QList<OnboardingPermissionRow> rowsOf(const AppModel &model)
 {
     return onboardingPermissionRows(model.microphonePermissionState(), model.triggerRegistrationError().has_value(),
-                                     model.accessibilityPermissionGranted(), model.triggerDisplay(),
-                                     *model.services().words);
+                                    model.accessibilityPermissionGranted(), model.triggerDisplay(),
+                                    *model.services().words);
 }
 
 } // namespace

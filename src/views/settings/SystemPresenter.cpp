@@ -38,8 +38,8 @@ QString SystemPresenter::quorlaProgram()
 void SystemPresenter::setStartsAtLogin(bool enabled)
 {
     m_autostartMessage = m_autostart.setEnabled(enabled, quorlaProgram())
-        ? QString()
-        : QStringLiteral("Couldn't change %1. Check that you may write to that folder.").arg(m_autostart.filePath());
+                           ? QString()
+                           : QStringLiteral("Couldn't change %1. Check that you may write to that folder.").arg(m_autostart.filePath());
     Q_EMIT startsAtLoginChanged();
 }
 
@@ -70,7 +70,7 @@ void SystemPresenter::finishChecks()
     for (const QJsonValue &row : report.value(u"checks").toArray()) {
         QVariantMap check = row.toObject().toVariantMap();
         check.insert(QStringLiteral("tone"), check.value(QStringLiteral("status")).toString() == u"ok" ? QStringLiteral("success")
-                                                                                         : QStringLiteral("warning"));
+                                                                                                       : QStringLiteral("warning"));
         m_checks.append(check);
     }
     if (m_checks.isEmpty())
