@@ -48,11 +48,11 @@ void writeLine(FILE *stream, const QString &text)
 // The environment's key wins, as with other command-line tools; else the stored one.
 QString commandLineAPIKey()
 {
-    const QString environmentKey = qEnvironmentVariable("OPENAI_API_KEY").trimmed();
+    QString environmentKey = qEnvironmentVariable("OPENAI_API_KEY").trimmed();
     if (!environmentKey.isEmpty())
         return environmentKey;
     KeychainStore keychain(makeCredentialStore(), QStringLiteral(QUORLA_APP_ID), PlatformWords::current());
-    const QString storedKey = keychain.loadString(KeychainStore::apiKeyAccount()).value_or(QString()).trimmed();
+    QString storedKey = keychain.loadString(KeychainStore::apiKeyAccount()).value_or(QString()).trimmed();
     if (storedKey.isEmpty())
         throw QuorlaError(QuorlaError::Kind::missingAPIKey);
     return storedKey;

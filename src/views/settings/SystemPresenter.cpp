@@ -23,14 +23,9 @@ SystemPresenter::~SystemPresenter()
 
 QString SystemPresenter::quorlaProgram()
 {
-    const QString self = QCoreApplication::applicationFilePath();
+    QString self = QCoreApplication::applicationFilePath();
     if (QFileInfo(self).fileName() == QLatin1String("quorla"))
         return self;
-    // A window of its own lives in <prefix>/lib/quorla, the program in <prefix>/bin.
-    const QString installed =
-        QDir::cleanPath(QCoreApplication::applicationDirPath() + QStringLiteral("/../../bin/quorla"));
-    if (QFileInfo(installed).isExecutable())
-        return installed;
     const QString found = QStandardPaths::findExecutable(QStringLiteral("quorla"));
     return found.isEmpty() ? QStringLiteral("quorla") : found;
 }
@@ -67,7 +62,7 @@ void SystemPresenter::finishChecks()
     m_process->deleteLater();
     m_process = nullptr;
     m_checks.clear();
-    for (const QJsonValue &row : report.value(u"checks").toArray()) {
+    for (const auto &row : report.value(u"checks").toArray()) {
         QVariantMap check = row.toObject().toVariantMap();
         check.insert(QStringLiteral("tone"), check.value(QStringLiteral("status")).toString() == u"ok" ? QStringLiteral("success")
                                                                                                        : QStringLiteral("warning"));
