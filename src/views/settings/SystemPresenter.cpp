@@ -1,7 +1,6 @@
 #include "SystemPresenter.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
