@@ -79,7 +79,6 @@ TEST_F(OpenAIClientTest, chatPassesSendTheirInstructionsAndTheText)
               "Polished by the fake server.");
     ASSERT_TRUE(waitForResult(client.translateTranscript("Hallo", "sk-test", german, std::nullopt)).value);
     const auto &request = server.requests()[0];
-    EXPECT_EQ(request.path, "/v1/chat/completions");
     EXPECT_EQ(request.headers.value("content-type"), "application/json");
     const auto quoted = [](const QString &text) {
         return QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact).mid(1).chopped(1);
