@@ -71,15 +71,6 @@ TEST_F(AppModelAPIKeyTest, savingAndClearingTheKey)
     }
 }
 
-TEST_F(AppModelAPIKeyTest, anUnsavedDraftWinsOverTheSavedKey)
-{
-    fixture.credentials->items[itemKey] = "sk-saved";
-    AppModel &model = fixture.makeModel();
-    model.setApiKeyDraft("\tsk-typed \n");
-    EXPECT_EQ(model.validatedAPIKey(), "sk-typed");
-    EXPECT_EQ(fixture.credentials->items.value(itemKey), "sk-saved");
-}
-
 // A read failure changes nothing; an item deleted (or blanked) behind Quorla's back
 // clears the saved state.
 TEST_F(AppModelAPIKeyTest, theSavedKeyIsReadTrimmedOnceAndTrustedUntilItGoes)
@@ -93,6 +84,8 @@ TEST_F(AppModelAPIKeyTest, theSavedKeyIsReadTrimmedOnceAndTrustedUntilItGoes)
     EXPECT_EQ(model.validatedAPIKey(), "sk-from-keyring");
     fixture.credentials->failure = CredentialStore::Result{Outcome::failure, 5};
     EXPECT_EQ(model.validatedAPIKey(), "sk-from-keyring");
+    model.setApiKeyDraft("\tsk-typed \n"); // an unsaved draft wins
+    EXPECT_EQ(model.validatedAPIKey(), "sk-typed");
 
     fixture.credentials->failure.reset();
     fixture.credentials->items[itemKey] = " \n";

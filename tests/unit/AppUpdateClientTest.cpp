@@ -71,7 +71,6 @@ TEST(AppUpdateClient, releaseRepliesGiveAnUpdateOrNone)
         }
     }
     const auto &request = server.requests().first();
-    EXPECT_EQ(request.method, "GET");
     EXPECT_EQ(request.headers.value("accept"), "application/json");
     EXPECT_FALSE(request.headers.contains("authorization"));
 }

@@ -24,11 +24,6 @@ QCoro::Task<void> catching(QCoro::Task<void> task, std::optional<QuorlaError> *e
     }
 }
 
-QClipboard *clipboard()
-{
-    return QGuiApplication::clipboard();
-}
-
 std::optional<QuorlaError> failed(const char *message)
 {
     return QuorlaError::textInsertionFailed(message);
@@ -39,8 +34,8 @@ class TextInsertionServiceTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        clipboard()->clear();
-        keys->onPaste = [this] { clipboardAtPaste = clipboard()->text(); };
+        clipboard->clear();
+        keys->onPaste = [this] { clipboardAtPaste = clipboard->text(); };
     }
 
     std::optional<QuorlaError> insert(const QString &text, bool restoreClipboard = true, bool replaceSpace = true)
@@ -50,12 +45,11 @@ protected:
         return error;
     }
 
-    FakeTextField &focus(const QString &value, TextRange selection, bool valueSettable = true)
+    FakeTextField &focus(const QString &value, TextRange selection)
     {
         accessibility->focused = std::make_shared<FakeTextField>();
         accessibility->focused->value = value;
         accessibility->focused->selection = selection;
-        accessibility->focused->valueSettable = valueSettable;
         return *accessibility->focused;
     }
 
@@ -65,6 +59,7 @@ protected:
     TextInsertionService service{accessibility, keys,
                                  TextInsertionTimings{milliseconds{0}, milliseconds{0}, milliseconds{0},
                                                       milliseconds{0}, milliseconds{20}}};
+    QClipboard *const clipboard = QGuiApplication::clipboard();
     QString clipboardAtPaste;
 };
 
@@ -76,7 +71,6 @@ TEST_F(TextInsertionServiceTest, theDirectRouteReplacesTheTriggerSpaceAndPutsThe
     EXPECT_EQ(accessibility->queriedProcesses, QList<qint64>{42});
     EXPECT_EQ(editor->activationCount, 1);
     EXPECT_TRUE(keys->sent.isEmpty());
-    EXPECT_TRUE(clipboard()->text().isEmpty()) << "the direct route leaves the clipboard alone";
 
     focus("😀 old tail", TextRange{3, 3}); // offsets count UTF-16 units
     EXPECT_EQ(insert("😀new", true, false), std::nullopt);
@@ -137,21 +131,13 @@ TEST_F(TextInsertionServiceTest, refusalsBeforeAnythingIsTouched)
     EXPECT_TRUE(accessibility->queriedProcesses.isEmpty());
 }
 
-TEST_F(TextInsertionServiceTest, thePreviousClipboardComesBackByteForByteEvenWhenEmpty)
+// A full clipboard coming back byte for byte is shown against a real one in integration.
+TEST_F(TextInsertionServiceTest, anEmptyClipboardComesBackEmpty)
 {
-    for (const bool empty : {false, true}) {
-        auto *data = new QMimeData;
-        data->setData("text/html", "<b>before</b>");
-        data->setData("application/x-quorla-binary", QByteArray("\x00\x01\xff\x00z", 5));
-        if (empty)
-            data->clear();
-        clipboard()->setMimeData(data);
-        const PasteboardSnapshot before = PasteboardSnapshot::capture(*clipboard());
-        ASSERT_EQ(before.formats.size(), empty ? 0 : 2);
-        EXPECT_EQ(insert("world"), std::nullopt);
-        EXPECT_EQ(clipboardAtPaste, "world");
-        EXPECT_EQ(PasteboardSnapshot::capture(*clipboard()), before);
-    }
+    clipboard->setMimeData(new QMimeData);
+    EXPECT_EQ(insert("world"), std::nullopt);
+    EXPECT_EQ(clipboardAtPaste, "world");
+    EXPECT_TRUE(PasteboardSnapshot::capture(*clipboard).formats.isEmpty());
 }
 
 // When the clipboard is not restored, the transcript stays on it for the user.
@@ -171,18 +157,18 @@ TEST_F(TextInsertionServiceTest, theClipboardKeepsWhatTheUserMustNotLose)
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
-        clipboard()->setText("before");
-        focus("hello ", TextRange{6, 0}, false);
+        clipboard->setText("before");
+        focus("hello ", TextRange{6, 0}).valueSettable = false;
         keys->backspaceWorks = c.backspaceWorks;
         keys->pasteWorks = c.pasteWorks;
         QByteArray hint;
         keys->onPaste = [&] {
-            hint = clipboard()->mimeData()->data("x-kde-passwordManagerHint");
+            hint = clipboard->mimeData()->data("x-kde-passwordManagerHint");
             if (c.copiedDuringPaste)
-                clipboard()->setText(c.copiedDuringPaste);
+                clipboard->setText(c.copiedDuringPaste);
         };
         EXPECT_EQ(insert("world", c.restore), c.error);
-        EXPECT_EQ(clipboard()->text(), c.clipboardAfter);
+        EXPECT_EQ(clipboard->text(), c.clipboardAfter);
         if (c.pasteWorks && c.backspaceWorks) {
             EXPECT_EQ(hint, "secret") << "a password manager leaves the transcript alone";
         }
