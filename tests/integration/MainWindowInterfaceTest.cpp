@@ -24,17 +24,11 @@ class MainWindowInterface : public ::testing::Test
 {
 protected:
     // Opens the window over the model; false when it did not appear.
-    bool open(AppModel &model, bool withOnboarding = true)
+    bool open(AppModel &model)
     {
         m_controller = std::make_unique<MainWindowController>(model);
         m_controller->show();
-        if (!window() || !QTest::qWaitForWindowExposed(window()))
-            return false;
-        QTest::qWait(300);
-        if (!withOnboarding)
-            QMetaObject::invokeMethod(find("onboardingSheet"), "close");
-        QTest::qWait(withOnboarding ? 0 : 300);
-        return true;
+        return window() && QTest::qWaitForWindowExposed(window()) && (QTest::qWait(300), true);
     }
     QQuickWindow *window() const { return m_controller->window(); }
     QObject *find(const char *name, QObject *below = nullptr) const
@@ -77,7 +71,8 @@ protected:
     std::unique_ptr<MainWindowController> m_controller;
 };
 
-TEST_F(MainWindowInterface, grantingAPermissionTurnsItsRowReadyWhileTheSheetIsOpen)
+// Each page over one model: what it shows of the model and what its controls write back.
+TEST_F(MainWindowInterface, thePagesShowTheModelAndTheirControlsWriteIt)
 {
     fixture.audio->permission = PermissionState::denied;
     fixture.accessibility->trusted = false;
@@ -85,117 +80,7 @@ TEST_F(MainWindowInterface, grantingAPermissionTurnsItsRowReadyWhileTheSheetIsOp
     ASSERT_TRUE(open(model));
     EXPECT_EQ(read("permissionRow0", "statusText"), QStringLiteral("Needs attention"));
 
-    fixture.audio->permission = PermissionState::authorized;
-    fixture.accessibility->trusted = true;
-    model.refreshPermissions(false);
-    QTest::qWait(50);
-    EXPECT_EQ(read("statusPill", "text", find("permissionRow0")), QStringLiteral("Ready"));
-    EXPECT_TRUE(read("onboardingSheet", "visible").toBool());
-
-    // The row's button reaches the desktop's settings place.
-    click(find("actionButton", find("permissionRow1")));
-    EXPECT_EQ(fixture.workspace->openedPanes, QStringList{QStringLiteral("Privacy_ListenEvent")});
-
-    // Closed with its own button, the sheet comes back from the pinned sidebar row.
-    click(find("closeOnboardingButton"));
-    QTest::qWait(300);
-    EXPECT_FALSE(read("onboardingSheet", "visible").toBool());
-    click(find("sidebarSetupRow"));
-    QTest::qWait(300);
-    EXPECT_TRUE(read("onboardingSheet", "visible").toBool());
-}
-
-TEST_F(MainWindowInterface, dictionaryAddNeedsTheReplacementAndARefusedAddKeepsTheFields)
-{
-    AppModel &model = fixture.makeModel();
-    ASSERT_TRUE(open(model, false));
-    selectSection("dictionary");
-    QObject *term = find("termField");
-    QObject *replacement = find("replacementField");
-    QObject *add = find("addTermButton");
-    ASSERT_TRUE(term && replacement && add);
-    EXPECT_FALSE(add->property("enabled").toBool());
-    EXPECT_FALSE(replacement->property("visible").toBool());
-    EXPECT_EQ(read("dictionarySummaryPill"), QStringLiteral("0 saved"));
-
-    type(term, QStringLiteral("kwor la"));
-    EXPECT_TRUE(add->property("enabled").toBool());
-    click(find("useReplacementSwitch"));
-    EXPECT_TRUE(replacement->property("visible").toBool());
-    EXPECT_FALSE(add->property("enabled").toBool()) << "switch on, no replacement";
-    type(replacement, QStringLiteral(" "));
-    EXPECT_FALSE(add->property("enabled").toBool()) << "a blank replacement";
-    type(replacement, QString(), Qt::Key_Backspace);
-    type(replacement, QStringLiteral("Quorla"));
-    EXPECT_TRUE(add->property("enabled").toBool());
-
-    // Taken: the model and the list have it, and the fields are empty for the next one.
-    click(add);
-    ASSERT_EQ(model.customDictionaryEntries().size(), 1);
-    EXPECT_EQ(model.customDictionaryEntries().first().replacement, QStringLiteral("Quorla"));
-    EXPECT_EQ(read("dictionarySummaryPill"), QStringLiteral("1 saved"));
-    EXPECT_EQ(term->property("text").toString() + replacement->property("text").toString(), QString());
-
-    // The same entry again is refused, and the fields keep it.
-    type(term, QStringLiteral("kwor la"));
-    type(replacement, QStringLiteral("Quorla"));
-    click(add);
-    EXPECT_EQ(model.customDictionaryEntries().size(), 1);
-    EXPECT_EQ(term->property("text").toString(), QStringLiteral("kwor la"));
-    EXPECT_EQ(replacement->property("text").toString(), QStringLiteral("Quorla"));
-}
-
-TEST_F(MainWindowInterface, everySettingIsWrittenAtOnce)
-{
-    AppModel &model = fixture.makeModel();
-    ASSERT_TRUE(open(model, false));
-    EXPECT_EQ(read("pushToTalkHelp"), QStringLiteral("Hold Fn to record, or press Fn + Space to start and stop."));
-    EXPECT_EQ(read("historySummaryPill"), QStringLiteral("0 saved"));
-    selectSection("settings");
-
-    ASSERT_FALSE(model.showMenuBarIcon());
-    click(find("trayIconSwitch"));
-    EXPECT_TRUE(model.showMenuBarIcon());
-
-    // The pickers answer the keyboard like any combo box.
-    const QString trigger = model.triggerKey();
-    type(find("triggerPicker"), QString(), Qt::Key_Down);
-    EXPECT_NE(model.triggerKey(), trigger);
-
-    // The instructions can be edited only while polishing is on.
-    ASSERT_FALSE(model.shouldPolishTranscript());
-    EXPECT_FALSE(read("polishPromptField", "enabled").toBool());
-    click(find("polishSwitch"));
-    ASSERT_TRUE(read("polishPromptField", "enabled").toBool());
-    type(find("polishPromptField"), QStringLiteral("Keep it short"));
-    EXPECT_EQ(model.polishPrompt(), QStringLiteral("Keep it short"));
-
-    // A typed service address is written, and checked as it is typed.
-    type(find("serviceAddressField"), QStringLiteral("api.example.com"));
-    EXPECT_EQ(model.serviceAddress(), QStringLiteral("api.example.com"));
-    EXPECT_TRUE(read("serviceAddressMessage", "visible").toBool());
-    EXPECT_TRUE(read("serviceAddressMessage").toString().startsWith(QLatin1String("Enter an address")));
-
-    // The key, below the fold: saved with Return in its field, removed from the keyboard.
-    QObject *page = find("settingsPage");
-    EXPECT_FALSE(read("removeKeyButton", "enabled", page).toBool());
-    type(find("apiKeyField", page), QStringLiteral("sk-proj-settings"), Qt::Key_Return);
-    EXPECT_TRUE(model.hasStoredAPIKey());
-    EXPECT_EQ(read("sidebarSetupRow"), QStringLiteral("Setup complete"));
-    ASSERT_TRUE(read("removeKeyButton", "enabled", page).toBool());
-    type(find("removeKeyButton", page), QString(), Qt::Key_Space);
-    EXPECT_FALSE(model.hasStoredAPIKey());
-
-    model.setTranslationLanguageCode(QStringLiteral("fr"));
-    QTest::qWait(20);
-    EXPECT_TRUE(read("translationSummary").toString().contains(QLatin1String("French")));
-    EXPECT_EQ(read("translationPicker", "currentText"), QStringLiteral("French"));
-}
-
-TEST_F(MainWindowInterface, everyVisibleControlHasAnAccessibleName)
-{
-    AppModel &model = fixture.makeModel();
-    ASSERT_TRUE(open(model));
+    // Every visible control has an accessible name.
     const QSet<QAccessible::Role> controls{QAccessible::Button, QAccessible::CheckBox, QAccessible::EditableText,
                                            QAccessible::ComboBox, QAccessible::PageTab, QAccessible::RadioButton};
     for (const char *section : {"home", "dictionary", "settings"}) {
@@ -218,6 +103,76 @@ TEST_F(MainWindowInterface, everyVisibleControlHasAnAccessibleName)
         }
         EXPECT_GT(checked, 3) << section;
     }
+
+    fixture.audio->permission = PermissionState::authorized;
+    fixture.accessibility->trusted = true;
+    model.refreshPermissions(false);
+    QTest::qWait(50);
+    EXPECT_EQ(read("statusPill", "text", find("permissionRow0")), QStringLiteral("Ready"));
+    EXPECT_TRUE(read("onboardingSheet", "visible").toBool());
+
+    // The row's button reaches the desktop's settings place.
+    click(find("actionButton", find("permissionRow1")));
+    EXPECT_EQ(fixture.workspace->openedPanes, QStringList{QStringLiteral("Privacy_ListenEvent")});
+    click(find("closeOnboardingButton"));
+    QTest::qWait(300);
+    EXPECT_FALSE(read("onboardingSheet", "visible").toBool());
+
+    // The dictionary's Add needs a term, and a replacement once the switch is on.
+    selectSection("dictionary");
+    QObject *term = find("termField");
+    QObject *replacement = find("replacementField");
+    QObject *add = find("addTermButton");
+    ASSERT_TRUE(term && replacement && add);
+    EXPECT_FALSE(add->property("enabled").toBool());
+    EXPECT_FALSE(replacement->property("visible").toBool());
+    EXPECT_EQ(read("dictionarySummaryPill"), QStringLiteral("0 saved"));
+
+    type(term, QStringLiteral("kwor la"));
+    EXPECT_TRUE(add->property("enabled").toBool());
+    click(find("useReplacementSwitch"));
+    EXPECT_TRUE(replacement->property("visible").toBool());
+    EXPECT_FALSE(add->property("enabled").toBool()) << "switch on, no replacement";
+    type(replacement, QStringLiteral("Quorla"));
+    EXPECT_TRUE(add->property("enabled").toBool());
+
+    // Taken: the model and the list have it, and the fields are empty for the next one.
+    click(add);
+    ASSERT_EQ(model.customDictionaryEntries().size(), 1);
+    EXPECT_EQ(model.customDictionaryEntries().first().replacement, QStringLiteral("Quorla"));
+    EXPECT_EQ(read("dictionarySummaryPill"), QStringLiteral("1 saved"));
+    EXPECT_EQ(term->property("text").toString() + replacement->property("text").toString(), QString());
+
+    // Every setting is written at once.
+    selectSection("settings");
+    ASSERT_FALSE(model.showMenuBarIcon());
+    click(find("trayIconSwitch"));
+    EXPECT_TRUE(model.showMenuBarIcon());
+
+    // The pickers answer the keyboard like any combo box.
+    const QString trigger = model.triggerKey();
+    type(find("triggerPicker"), QString(), Qt::Key_Down);
+    EXPECT_NE(model.triggerKey(), trigger);
+
+    // The instructions can be edited only while polishing is on.
+    ASSERT_FALSE(model.shouldPolishTranscript());
+    EXPECT_FALSE(read("polishPromptField", "enabled").toBool());
+    click(find("polishSwitch"));
+    ASSERT_TRUE(read("polishPromptField", "enabled").toBool());
+    type(find("polishPromptField"), QStringLiteral("Keep it short"));
+    EXPECT_EQ(model.polishPrompt(), QStringLiteral("Keep it short"));
+    type(find("serviceAddressField"), QStringLiteral("api.example.com"));
+    EXPECT_EQ(model.serviceAddress(), QStringLiteral("api.example.com"));
+
+    // The key, below the fold: saved with Return in its field, removed from the keyboard.
+    QObject *page = find("settingsPage");
+    EXPECT_FALSE(read("removeKeyButton", "enabled", page).toBool());
+    type(find("apiKeyField", page), QStringLiteral("sk-proj-settings"), Qt::Key_Return);
+    EXPECT_TRUE(model.hasStoredAPIKey());
+    EXPECT_EQ(read("sidebarSetupRow"), QStringLiteral("Setup complete"));
+    ASSERT_TRUE(read("removeKeyButton", "enabled", page).toBool());
+    type(find("removeKeyButton", page), QString(), Qt::Key_Space);
+    EXPECT_FALSE(model.hasStoredAPIKey());
 }
 
 } // namespace

@@ -35,9 +35,7 @@ bool indexComesFirst(const QString &filePath)
 std::optional<AudioFileProbe> AudioFileProbe::of(const QString &filePath)
 {
     QProcess ffprobe;
-    ffprobe.start(QStringLiteral("ffprobe"), {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-of"),
-                                              QStringLiteral("json"), QStringLiteral("-show_format"),
-                                              QStringLiteral("-show_streams"), filePath});
+    ffprobe.start(QStringLiteral("ffprobe"), {"-v", "error", "-of", "json", "-show_format", "-show_streams", filePath});
     if (!ffprobe.waitForFinished(20000) || ffprobe.exitCode() != 0)
         return std::nullopt;
     const QJsonObject root = QJsonDocument::fromJson(ffprobe.readAllStandardOutput()).object();

@@ -16,7 +16,7 @@ KeyEchoProcess::~KeyEchoProcess()
 bool KeyEchoProcess::start()
 {
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(m_program, {QStringLiteral("keys"), QStringLiteral("/dev/null"), QString()});
+    m_process.start(m_program, {QStringLiteral("widgets"), QStringLiteral("/dev/null"), QString()});
     const auto ready = [this] { return readLines(), m_focused; };
     return m_process.waitForStarted(5000) && QTest::qWaitFor(ready, 10000);
 }
@@ -56,8 +56,8 @@ void KeyEchoProcess::readLines()
         m_buffer.remove(0, end + 1);
         if (fields.value(0) == "ready") {
             m_focused = true;
-        } else if (fields.size() == 4) {
-            m_keys.append({fields[0] == "press", fields[1].toInt(), fields[2] == "1", fields[3].toLongLong()});
+        } else if (fields.size() == 3) {
+            m_keys.append({fields[0] == "press", fields[1].toInt(), fields[2].toLongLong()});
         }
     }
 }

@@ -10,8 +10,7 @@ class KeyEchoProcess
 public:
     struct Key {
         bool press;
-        int key; // Qt::Key
-        bool autoRepeat;
+        int key;                         // Qt::Key
         long long arrivedAtMicroseconds; // steady clock
     };
 

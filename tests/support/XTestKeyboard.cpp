@@ -1,6 +1,7 @@
 // Xlib only: no Qt, no gtest in this file.
 #include "XTestKeyboard.h"
 
+#include <X11/XKBlib.h>
 #include <X11/Xlib.h>
 #include <X11/extensions/XTest.h>
 
@@ -38,16 +39,6 @@ bool XTestKeyboard::isOpen() const
     return d->display != nullptr;
 }
 
-void XTestKeyboard::press(const char *keysym)
-{
-    send(keysym, true);
-}
-
-void XTestKeyboard::release(const char *keysym)
-{
-    send(keysym, false);
-}
-
 void XTestKeyboard::send(const char *keysym, bool press)
 {
     const KeyCode keycode = XKeysymToKeycode(d->display, XStringToKeysym(keysym));
@@ -68,15 +59,5 @@ bool XTestKeyboard::grabSpace(unsigned modifiers)
 
 unsigned XTestKeyboard::numLockMask() const
 {
-    const KeyCode numLock = XKeysymToKeycode(d->display, XStringToKeysym("Num_Lock"));
-    XModifierKeymap *map = XGetModifierMapping(d->display);
-    unsigned mask = 0;
-    for (int modifier = 0; modifier < 8 && numLock; ++modifier) {
-        for (int i = 0; i < map->max_keypermod; ++i) {
-            if (map->modifiermap[modifier * map->max_keypermod + i] == numLock)
-                mask = 1u << modifier;
-        }
-    }
-    XFreeModifiermap(map);
-    return mask;
+    return XkbKeysymToModifiers(d->display, XStringToKeysym("Num_Lock"));
 }

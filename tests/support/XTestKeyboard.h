@@ -15,8 +15,8 @@ public:
 
     [[nodiscard]] bool isOpen() const;
     // keysym is a keysym name ("Control_R", "space"); the event is flushed at once.
-    void press(const char *keysym);
-    void release(const char *keysym);
+    void press(const char *keysym) { send(keysym, true); }
+    void release(const char *keysym) { send(keysym, false); }
     // Grabs Space with exactly these core modifier bits on the root window, as another
     // application holding a shortcut would; false when the server refused.
     bool grabSpace(unsigned modifiers);

@@ -20,12 +20,10 @@ def save(entry):
 
 
 window = Gtk.Window(title="GTK target")
-window.set_default_size(400, 60)
 entry = Gtk.Entry()
 entry.set_text(initial)
 entry.connect("changed", save)
 window.add(entry)
-window.connect("destroy", Gtk.main_quit)
 window.show_all()
 entry.grab_focus()
 entry.set_position(-1)
