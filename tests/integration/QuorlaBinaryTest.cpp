@@ -96,23 +96,27 @@ TEST_F(QuorlaBinary, dictationCommandsTheAppsLifeDoctorAndTranscribe)
         X11Workspace workspace;
         TextTarget entry(workspace, "/usr/bin/python3", {QUORLA_GTK_TARGET, field, QString()});
         ASSERT_TRUE(entry.application());
-        server.setReply("/v1/audio/transcriptions", Server::json(200, Server::transcriptionBody("Toggled on, stopped.")));
-        EXPECT_EQ(std::get<0>(quorla({"dictation", "toggle"})), 0);
-        ASSERT_TRUE(waitUntil([&] { return dictationState() == "recording"; }, 20000));
-        EXPECT_EQ(std::get<0>(run("paplay", {"-d", "vsink", home.filePath("speech.wav")})), 0);
-        EXPECT_EQ(std::get<0>(quorla({"dictation", "stop"})), 0);
-        EXPECT_TRUE(waitUntil([&] { return fileContents(field).endsWith("Toggled on, stopped."); }, 30000))
-            << fileContents(field).toStdString();
-        ASSERT_EQ(server.requests().size(), 1);
+        // Held with start and stop, then toggled on and off.
+        for (const auto &[on, off] : {std::pair("start", "stop"), std::pair("toggle", "toggle")}) {
+            const QString text = QStringLiteral("Dictated with %1 and %2.").arg(on, off);
+            server.setReply("/v1/audio/transcriptions", Server::json(200, Server::transcriptionBody(text)));
+            EXPECT_EQ(std::get<0>(quorla({"dictation", on})), 0);
+            ASSERT_TRUE(waitUntil([&] { return dictationState() == "recording"; }, 20000));
+            EXPECT_EQ(std::get<0>(run("paplay", {"-d", "vsink", home.filePath("speech.wav")})), 0);
+            EXPECT_EQ(std::get<0>(quorla({"dictation", off})), 0);
+            EXPECT_TRUE(waitUntil([&] { return fileContents(field).endsWith(text.toUtf8()); }, 30000))
+                << fileContents(field).toStdString();
+            EXPECT_TRUE(waitUntil([&] { return dictationState() == "idle"; }, 20000));
+        }
+        ASSERT_EQ(server.requests().size(), 2);
         EXPECT_EQ(server.requests().at(0).headers.value("authorization"), "Bearer sk-command");
-        EXPECT_TRUE(waitUntil([&] { return dictationState() == "idle"; }, 20000));
 
         EXPECT_EQ(std::get<0>(quorla({"dictation", "start"})), 0);
         ASSERT_TRUE(waitUntil([&] { return dictationState() == "recording"; }, 20000));
         EXPECT_EQ(std::get<0>(run("paplay", {"-d", "vsink", home.filePath("speech.wav")})), 0); // worth sending
         EXPECT_EQ(std::get<0>(quorla({"dictation", "cancel"})), 0);
         EXPECT_TRUE(waitUntil([&] { return dictationState() == "idle"; }, 20000));
-        EXPECT_EQ(server.requests().size(), 1) << "a canceled recording is never sent";
+        EXPECT_EQ(server.requests().size(), 2) << "a canceled recording is never sent";
     }
 
     // Closed with the window menu's shortcut, once Escape has put any sheet away.
