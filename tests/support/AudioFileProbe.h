@@ -1,20 +1,10 @@
 #pragma once
 
+#include <QMap>
 #include <QString>
-#include <optional>
 
-// What ffprobe reads from an audio file, and whether its index (moov) comes before
-// the audio data (mdat), as a file that streams to the speech service should have it.
-struct AudioFileProbe {
-    QString majorBrand;
-    QString codecName;
-    QString profile;
-    int sampleRate = 0;
-    int channels = 0;
-    double bitRate = 0;
-    double duration = 0;
-    bool moovBeforeMdat = false;
-
-    // Empty when ffprobe cannot read the file.
-    static std::optional<AudioFileProbe> of(const QString &filePath);
-};
+// What ffprobe reads from an audio file's one stream and its container (codec_name,
+// profile, sample_rate, channels, bit_rate, duration, TAG:major_brand), plus "index":
+// "first" when the index (moov) precedes the audio data (mdat), as a file that streams
+// to the speech service should have it. Empty when ffprobe cannot read the file.
+QMap<QString, QString> probedAudioFile(const QString &filePath);
