@@ -50,7 +50,7 @@ QString AppModel::validatedAPIKey()
     if (const std::optional<QString> known = m_apiKey.knownKey())
         return *known;
     // A read failure propagates as it is; only a definite answer changes the saved state.
-    const QString stored =
+    QString stored =
         m_services.keychainStore->loadString(KeychainStore::apiKeyAccount()).value_or(QString()).trimmed();
     rememberSavedAPIKey(stored.isEmpty() ? std::nullopt : std::optional(stored));
     if (stored.isEmpty())

@@ -51,7 +51,7 @@ DictationPipeline::DictationPipeline(std::shared_ptr<SpeechService> speech)
 
 QString DictationPipeline::cleanedTranscript(const QString &reply)
 {
-    const QString cleaned = normalizedWithoutFollowUpPhrases(reply.trimmed());
+    QString cleaned = normalizedWithoutFollowUpPhrases(reply.trimmed());
     if (cleaned.isEmpty())
         throw QuorlaError(QuorlaError::Kind::emptyTranscription);
     return cleaned;
