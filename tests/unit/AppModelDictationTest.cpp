@@ -165,18 +165,6 @@ TEST_F(AppModelDictationTest, anInputSourceChangeRightAfterAHoldStartCancelsIt)
     }
 }
 
-TEST_F(AppModelDictationTest, aShortcutOfTheTriggerDropsItsHoldUnsent)
-{
-    QCoro::waitFor(press(Source::fnHold, true));
-    QCoro::waitFor(model->globalPressToTalkCancelled());
-    QCoro::waitFor(press(Source::fnHold, false));
-    EXPECT_FALSE(model->isRecording());
-    EXPECT_EQ(recordingsLeft(), 0);
-    EXPECT_TRUE(fixture.speech->requests.isEmpty());
-    EXPECT_EQ(model->errorMessage(), std::nullopt);
-    EXPECT_EQ(model->statusMessage(), model->defaultStatusMessage());
-}
-
 TEST_F(AppModelDictationTest, aFailedInsertionKeepsTheTranscript)
 {
     fixture.inserter->failure = QuorlaError::textInsertionFailed("TextEdit refused the text.");
