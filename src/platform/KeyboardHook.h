@@ -19,8 +19,9 @@ public:
         std::function<bool(bool autoRepeat, bool triggerFlag)> spaceDown;
         // A Space key-up; returns true when its key-down was consumed.
         std::function<bool()> spaceUp;
-        // Another key went down while the trigger was held for a hold (not a toggle): the
-        // gesture is that key's shortcut. The key itself goes on to the application.
+        // Another key went down while the trigger was down: the gesture is that key's
+        // shortcut, not a dictation. The key itself goes on to the application. Telling
+        // only the first such key of a gesture is enough; the monitor ignores the rest.
         std::function<void()> otherKeyDown;
     };
 
@@ -38,8 +39,8 @@ public:
     // Stops delivering events and releases every grab; safe to call when not installed.
     virtual void uninstall() = 0;
     [[nodiscard]] virtual bool isInstalled() const = 0;
-    // True while a Space press would be consumed (trigger held or toggle running):
-    // backends that cannot decide each press synchronously take Space only then.
+    // True while a Space press would be consumed (trigger held for no shortcut, or toggle
+    // running): backends that cannot decide each press synchronously take Space only then.
     virtual void setSpaceCaptureWanted(bool wanted) = 0;
     // The trigger key's name as shown to the user ("Fn", "Right Ctrl", ...).
     [[nodiscard]] virtual QString triggerDisplayName() const = 0;
