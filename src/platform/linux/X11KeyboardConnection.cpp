@@ -44,6 +44,8 @@ struct X11KeyboardConnection::Private {
     std::vector<std::uint8_t> grabbedTriggerKeycodes;
     // The trigger's keys that are modifiers, grabbed to freeze the keyboard at their press.
     std::vector<std::uint8_t> syncTriggerKeycodes;
+    // A trigger that is no modifier is down, and its grab holds the keyboard.
+    bool takenTriggerHeld = false;
     int refusedGrabs = 0;
     // The request whose reply says the grab changes before it are done, until it came.
     std::optional<unsigned> grabsSync;
@@ -216,6 +218,7 @@ struct X11KeyboardConnection::Private {
             xcb_ungrab_key(grabber, keycode, root, XCB_MOD_MASK_ANY);
         grabbedTriggerKeycodes.clear();
         syncTriggerKeycodes.clear();
+        takenTriggerHeld = false;
         askWhenGrabsAreDone();
     }
 
@@ -272,13 +275,22 @@ struct X11KeyboardConnection::Private {
             const auto type = event->response_type & 0x7f;
             if (type == 0 && reinterpret_cast<xcb_generic_error_t *>(event)->error_code == badAccess) {
                 ++refusedGrabs;
-            } else if (type == XCB_KEY_PRESS) {
+            } else if (type == XCB_KEY_PRESS || type == XCB_KEY_RELEASE) {
                 const std::uint8_t keycode = reinterpret_cast<xcb_key_press_event_t *>(event)->detail;
-                if (std::find(syncTriggerKeycodes.begin(), syncTriggerKeycodes.end(), keycode)
-                    != syncTriggerKeycodes.end())
-                    letTriggerGoOn(onKey);
-                else if (keycode == spaceKeycode)
+                const bool press = type == XCB_KEY_PRESS;
+                const auto isIn = [keycode](const std::vector<std::uint8_t> &keys) {
+                    return std::find(keys.begin(), keys.end(), keycode) != keys.end();
+                };
+                if (isIn(syncTriggerKeycodes)) {
+                    if (press)
+                        letTriggerGoOn(onKey);
+                } else if (isIn(grabbedTriggerKeycodes)) {
+                    takenTriggerHeld = press;
+                } else if (press && keycode == spaceKeycode && !takenTriggerHeld) {
+                    // A trigger like Menu keeps the keyboard until it goes up, so that the
+                    // application never sees it, not even its release.
                     releaseKeyboard();
+                }
             }
             std::free(event);
         }
