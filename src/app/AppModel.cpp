@@ -158,20 +158,20 @@ void AppModel::startAppServices()
     monitor.holdEndedHandler = later(&AppModel::globalPressToTalkEnded);
     monitor.toggleStartedHandler = later(&AppModel::globalToggleRecordingBegan);
     monitor.toggleEndedHandler = later(&AppModel::globalToggleRecordingEnded);
+    monitor.holdCancelledHandler = later(&AppModel::globalPressToTalkCancelled);
 
-    bool installed = monitor.isInstalled();
-    if (!installed) {
+    if (!monitor.isInstalled()) {
         try {
             monitor.installMonitors();
-            installed = true;
         } catch (...) {
             m_hasStartedServices = false;
             setTriggerRegistrationError(localizedMessage(std::current_exception()));
         }
     }
-    if (installed) {
+    if (monitor.isInstalled()) {
         m_hasStartedServices = true;
-        setTriggerRegistrationError(std::nullopt);
+        // Installed in part (a Wayland session) is still something the user must hear about.
+        setTriggerRegistrationError(monitor.installNotice());
     }
 
     if (!m_isRecording && !m_isBusy)
@@ -182,8 +182,9 @@ void AppModel::handleTriggerKeyChanged(bool down)
 {
     AudioRecorder &recorder = *m_services.audioRecorder;
     if (!down) {
-        // A tap, or a hold whose recording runs already or never will. A toggle's start
-        // may still be on its way: the warm-up's own limit ends it if none comes.
+        // A tap, a shortcut, or a hold whose recording runs already or never will. A
+        // toggle's start may still be on its way: the warm-up's own limit ends it if none
+        // comes.
         if (m_services.pushToTalkMonitor->triggerState().phase != PushToTalkTriggerPhase::toggleActive)
             recorder.endWarmUp();
         return;

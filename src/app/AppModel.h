@@ -119,6 +119,9 @@ public:
     QCoro::Task<> globalPressToTalkEnded();
     QCoro::Task<> globalToggleRecordingBegan();
     QCoro::Task<> globalToggleRecordingEnded();
+    // The held trigger was part of another key's shortcut: the hold's recording, if it
+    // started, is deleted unsent, and nothing is shown as an error.
+    QCoro::Task<> globalPressToTalkCancelled();
     // From `quorla dictation start|stop|toggle|cancel`: start and stop act as the trigger
     // going down and up; stop, toggle and cancel end whatever recording is running.
     QCoro::Task<> commandPressToTalkBegan();
@@ -245,8 +248,10 @@ private:
     QCoro::Task<> startRecording(DictationSource source);
     bool promoteActiveHoldSessionToToggle();
     // Warms the microphone up for a press that can start a dictation now, and lets it
-    // go as soon as the press turns out to be a tap.
+    // go as soon as the press turns out to be a tap or a shortcut.
     void handleTriggerKeyChanged(bool down);
+    // Stops the running recording and deletes its file; no status line.
+    void discardRecording();
     // What the dictation pipeline gets, taken from the settings and the dictionary now.
     [[nodiscard]] DictationRequest dictationRequest(const QString &recordingPath, const QString &apiKey,
                                                     const std::optional<InputLanguageHint> &language) const;
