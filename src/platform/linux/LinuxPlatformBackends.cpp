@@ -1,18 +1,45 @@
 #include "platform/PlatformBackends.h"
 
+#include "platform/CommandOnlyKeyboardHook.h"
+#include "platform/DesktopSession.h"
 #include "platform/linux/AtSpiAccessibility.h"
+#include "platform/linux/DesktopSessionProbe.h"
 #include "platform/linux/LinuxDesktopProbe.h"
 #include "platform/linux/XkbInputSourceProvider.h"
 #include "platform/linux/SecretServiceCredentialStore.h"
 #include "platform/linux/X11KeySynthesizer.h"
 #include "platform/linux/X11Workspace.h"
 #include "platform/linux/QtAudioCapture.h"
+#include "platform/linux/SwayIpcConnection.h"
+#include "platform/linux/SwayKeyboardHook.h"
 #include "platform/linux/X11KeyboardHook.h"
+
+namespace {
+
+std::shared_ptr<KeyboardHook> makeKeyboardHook(SessionBackends::Trigger source, const TriggerKey &trigger)
+{
+    switch (source) {
+    case SessionBackends::Trigger::x11:
+    case SessionBackends::Trigger::xwaylandOnly:
+        return std::make_shared<X11KeyboardHook>(trigger);
+    case SessionBackends::Trigger::sway:
+        return std::make_shared<SwayKeyboardHook>(trigger, SwayIpcConnection::sessionSocketPath());
+    case SessionBackends::Trigger::globalShortcutsPortal:
+    case SessionBackends::Trigger::commandOnly:
+        break;
+    }
+    return std::make_shared<CommandOnlyKeyboardHook>(trigger);
+}
+
+} // namespace
 
 PlatformBackends makePlatformBackends(const TriggerKey &trigger)
 {
+    // The portals are asked later, without blocking the start; until then the display
+    // servers decide.
+    const SessionBackends chosen = chosenBackends(DesktopSessionProbe::displayServers());
     PlatformBackends backends;
-    backends.keyboardHook = std::make_shared<X11KeyboardHook>(trigger);
+    backends.keyboardHook = makeKeyboardHook(chosen.trigger, trigger);
     backends.workspace = std::make_shared<X11Workspace>();
     backends.accessibility = std::make_shared<AtSpiAccessibility>();
     backends.audioCapture = makeAudioCapture();
