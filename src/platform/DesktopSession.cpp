@@ -6,9 +6,13 @@ SessionBackends chosenBackends(const DesktopSession &session)
     B backends;
     if (!session.wayland) {
         if (session.x11)
-            backends = {B::Trigger::x11, B::Keys::x11, B::Clipboard::qt, B::Workspace::x11};
+            backends = {B::Trigger::x11, B::Keys::x11, B::Clipboard::qt, B::Workspace::x11, B::Layout::xkb};
         return backends;
     }
+
+    // Xwayland's keyboard layout is not the session's: no hint beats a wrong one.
+    if (session.swayIpc)
+        backends.layout = B::Layout::sway;
 
     if (session.globalShortcutsPortal > 0)
         backends.trigger = B::Trigger::globalShortcutsPortal;
@@ -56,5 +60,5 @@ QString describedTrigger(SessionBackends::Trigger trigger)
     case SessionBackends::Trigger::commandOnly:
         break;
     }
-    return QStringLiteral("nothing: only the dictation command works");
+    return QStringLiteral("none, only the dictation command works");
 }

@@ -27,11 +27,14 @@ struct SessionBackends {
     enum class Keys { x11, virtualKeyboard, kdeFakeInput, remoteDesktopPortal, xwaylandOnly, none };
     enum class Clipboard { qt, dataControl, none };
     enum class Workspace { x11, accessibility };
+    // Where the keyboard layout (and so the input language hint) comes from.
+    enum class Layout { xkb, sway, none };
 
     Trigger trigger = Trigger::commandOnly;
     Keys keys = Keys::none;
     Clipboard clipboard = Clipboard::none;
     Workspace workspace = Workspace::accessibility;
+    Layout layout = Layout::none;
 
     friend bool operator==(const SessionBackends &, const SessionBackends &) = default;
 };

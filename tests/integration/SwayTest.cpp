@@ -1,6 +1,7 @@
 #include "FakeWorkspace.h"
 
 #include "models/TriggerKey.h"
+#include "platform/linux/SwayInputSourceProvider.h"
 #include "platform/linux/SwayKeyboardHook.h"
 #include "services/GlobalPushToTalkMonitor.h"
 
@@ -35,8 +36,41 @@ protected:
         ASSERT_EQ(wtype.exitCode(), 0) << wtype.readAllStandardError().toStdString();
     }
 
+    void swaymsg(const QString &command)
+    {
+        QProcess process;
+        process.start(QStringLiteral("swaymsg"), {QStringLiteral("-s"), socket, command});
+        ASSERT_TRUE(QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 10000));
+        ASSERT_EQ(process.exitCode(), 0) << process.readAllStandardOutput().toStdString();
+    }
+
     const QString socket = qEnvironmentVariable("QUORLA_TEST_SWAYSOCK");
 };
+
+// sway names the active layout only by its description; the registry gives it back its
+// name and languages, and every switch is a change notice.
+TEST_F(SwayTest, theActiveLayoutFollowsSway)
+{
+    SwayInputSourceProvider provider(socket);
+    int changes = 0;
+    provider.startObservingChanges([&] { ++changes; });
+    const std::tuple<QString, QString, QString> steps[] = {
+        {R"(input type:keyboard xkb_layout "us,de")", "xkb:us", "en"},
+        {"input type:keyboard xkb_switch_layout 1", "xkb:de", "de"},
+        {R"(input type:keyboard xkb_layout "fr")", "xkb:fr", "fr"},
+    };
+    for (const auto &[command, identifier, language] : steps) {
+        const int before = changes;
+        swaymsg(command);
+        (void)QTest::qWaitFor([&, &identifier = identifier] {
+            return changes > before && provider.currentInputSource().value_or(InputSourceInfo{}).identifier == identifier;
+        }, 5000);
+        const InputSourceInfo source = provider.currentInputSource().value_or(InputSourceInfo{});
+        EXPECT_EQ(source.identifier, identifier) << command.toStdString();
+        EXPECT_TRUE(source.languages.contains(language)) << source.languages.join(u' ').toStdString();
+    }
+    swaymsg(QStringLiteral("input type:keyboard xkb_layout us"));
+}
 
 struct KeysCase {
     const char *name;

@@ -15,9 +15,9 @@ TEST(DesktopSessionTest, chosenBackendsTakeTheFirstRouteTheSessionOffers)
                              .remoteDesktopPortal = 2};
     const DesktopSession gnome{.x11 = true, .wayland = true, .remoteDesktopPortal = 2};
     const std::tuple<const char *, DesktopSession, SessionBackends> cases[] = {
-        {"X11", {.x11 = true}, {B::Trigger::x11, B::Keys::x11, B::Clipboard::qt, B::Workspace::x11}},
+        {"X11", {.x11 = true}, {B::Trigger::x11, B::Keys::x11, B::Clipboard::qt, B::Workspace::x11, B::Layout::xkb}},
         {"nothing", {}, {B::Trigger::commandOnly, B::Keys::none, B::Clipboard::none, B::Workspace::accessibility}},
-        {"sway", sway, {B::Trigger::sway, B::Keys::virtualKeyboard, B::Clipboard::dataControl, B::Workspace::accessibility}},
+        {"sway", sway, {B::Trigger::sway, B::Keys::virtualKeyboard, B::Clipboard::dataControl, B::Workspace::accessibility, B::Layout::sway}},
         {"KDE", kde,
          {B::Trigger::globalShortcutsPortal, B::Keys::kdeFakeInput, B::Clipboard::dataControl, B::Workspace::accessibility}},
         {"GNOME 43", gnome,

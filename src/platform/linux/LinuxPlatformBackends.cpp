@@ -10,6 +10,7 @@
 #include "platform/linux/X11KeySynthesizer.h"
 #include "platform/linux/X11Workspace.h"
 #include "platform/linux/QtAudioCapture.h"
+#include "platform/linux/SwayInputSourceProvider.h"
 #include "platform/linux/SwayIpcConnection.h"
 #include "platform/linux/SwayKeyboardHook.h"
 #include "platform/linux/X11KeyboardHook.h"
@@ -31,6 +32,27 @@ std::shared_ptr<KeyboardHook> makeKeyboardHook(SessionBackends::Trigger source, 
     return std::make_shared<CommandOnlyKeyboardHook>(trigger);
 }
 
+// Sessions that tell nobody their keyboard layout: the input language gets no hint.
+class SilentInputSourceProvider : public InputSourceProvider
+{
+public:
+    std::optional<InputSourceInfo> currentInputSource() override { return std::nullopt; }
+    void startObservingChanges(std::function<void()>) override {}
+};
+
+std::shared_ptr<InputSourceProvider> makeInputSource(SessionBackends::Layout source)
+{
+    switch (source) {
+    case SessionBackends::Layout::xkb:
+        return std::make_shared<XkbInputSourceProvider>();
+    case SessionBackends::Layout::sway:
+        return std::make_shared<SwayInputSourceProvider>(SwayIpcConnection::sessionSocketPath());
+    case SessionBackends::Layout::none:
+        break;
+    }
+    return std::make_shared<SilentInputSourceProvider>();
+}
+
 } // namespace
 
 PlatformBackends makePlatformBackends(const TriggerKey &trigger)
@@ -43,7 +65,7 @@ PlatformBackends makePlatformBackends(const TriggerKey &trigger)
     backends.workspace = std::make_shared<X11Workspace>();
     backends.accessibility = std::make_shared<AtSpiAccessibility>();
     backends.audioCapture = makeAudioCapture();
-    backends.inputSource = std::make_shared<XkbInputSourceProvider>();
+    backends.inputSource = makeInputSource(chosen.layout);
     backends.credentialStore = makeCredentialStore();
     backends.keySynthesizer = std::make_shared<X11KeySynthesizer>();
     return backends;
