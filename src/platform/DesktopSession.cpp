@@ -11,8 +11,7 @@ SessionBackends chosenBackends(const DesktopSession &session)
     }
 
     // Xwayland's keyboard layout is not the session's: no hint beats a wrong one.
-    if (session.swayIpc)
-        backends.layout = B::Layout::sway;
+    backends.layout = session.swayIpc ? B::Layout::sway : B::Layout::kde;
 
     if (session.globalShortcutsPortal > 0)
         backends.trigger = B::Trigger::globalShortcutsPortal;

@@ -27,8 +27,9 @@ struct SessionBackends {
     enum class Keys { x11, virtualKeyboard, kdeFakeInput, remoteDesktopPortal, xwaylandOnly, none };
     enum class Clipboard { qt, dataControl, none };
     enum class Workspace { x11, accessibility };
-    // Where the keyboard layout (and so the input language hint) comes from.
-    enum class Layout { xkb, sway, none };
+    // Where the keyboard layout (and so the input language hint) comes from; kde asks
+    // Plasma's layout service, which elsewhere simply doesn't answer.
+    enum class Layout { xkb, sway, kde, none };
 
     Trigger trigger = Trigger::commandOnly;
     Keys keys = Keys::none;

@@ -43,6 +43,7 @@ const PlatformWords &PlatformWords::macOS()
             "Paste the key into the API key field and press Save. Quorla stores it in macOS "
             "Keychain."),
         .triggerCommandOnlyStatus = QString(),
+        .triggerXwaylandOnlyStatus = QString(),
         .noPasteRouteStatus = QString(),
     };
     return words;
@@ -58,8 +59,8 @@ const PlatformWords &PlatformWords::linuxDesktop()
             "Accessibility access is required so Quorla can type into other apps. Enable it in "
             "Settings > Accessibility. If it is already enabled, quit and reopen Quorla."),
         .triggerUnavailableStatus = QStringLiteral(
-            "%1 shortcut detection isn't available right now. Fix X11 keyboard monitoring and "
-            "relaunch the app."),
+            "%1 shortcut detection isn't available right now. Fix keyboard monitoring in your "
+            "session and relaunch the app."),
         .microphoneDeniedStatus = QStringLiteral(
             "Enable microphone access in Settings > Sound, then try %1 or %1 + Space again."),
         .accessibilityRequestStatus = QStringLiteral(
@@ -93,6 +94,10 @@ const PlatformWords &PlatformWords::linuxDesktop()
         .triggerCommandOnlyStatus = QStringLiteral(
             "This Wayland session doesn't let Quorla watch %1. Bind \"quorla dictation toggle\" to a "
             "key in your desktop's keyboard shortcuts: see Settings > Use another key or a command."),
+        .triggerXwaylandOnlyStatus = QStringLiteral(
+            "In a Wayland session, %1 and %1 + Space only work while an X11 application has focus. To "
+            "dictate everywhere, bind \"quorla dictation toggle\" to a key in your desktop's keyboard "
+            "shortcuts: see Settings > Use another key or a command."),
         .noPasteRouteStatus = QStringLiteral(
             "This Wayland session doesn't let Quorla press keys, so the text stays on the clipboard "
             "and in History. Press Ctrl+V to paste it."),

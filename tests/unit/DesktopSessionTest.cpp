@@ -19,13 +19,13 @@ TEST(DesktopSessionTest, chosenBackendsTakeTheFirstRouteTheSessionOffers)
         {"nothing", {}, {B::Trigger::commandOnly, B::Keys::none, B::Clipboard::none, B::Workspace::accessibility}},
         {"sway", sway, {B::Trigger::sway, B::Keys::virtualKeyboard, B::Clipboard::dataControl, B::Workspace::accessibility, B::Layout::sway}},
         {"KDE", kde,
-         {B::Trigger::globalShortcutsPortal, B::Keys::kdeFakeInput, B::Clipboard::dataControl, B::Workspace::accessibility}},
+         {B::Trigger::globalShortcutsPortal, B::Keys::kdeFakeInput, B::Clipboard::dataControl, B::Workspace::accessibility, B::Layout::kde}},
         {"GNOME 43", gnome,
-         {B::Trigger::xwaylandOnly, B::Keys::remoteDesktopPortal, B::Clipboard::none, B::Workspace::accessibility}},
+         {B::Trigger::xwaylandOnly, B::Keys::remoteDesktopPortal, B::Clipboard::none, B::Workspace::accessibility, B::Layout::kde}},
         {"bare compositor", {.wayland = true, .extDataControl = true},
-         {B::Trigger::commandOnly, B::Keys::none, B::Clipboard::dataControl, B::Workspace::accessibility}},
+         {B::Trigger::commandOnly, B::Keys::none, B::Clipboard::dataControl, B::Workspace::accessibility, B::Layout::kde}},
         {"Xwayland only", {.x11 = true, .wayland = true},
-         {B::Trigger::xwaylandOnly, B::Keys::xwaylandOnly, B::Clipboard::none, B::Workspace::accessibility}},
+         {B::Trigger::xwaylandOnly, B::Keys::xwaylandOnly, B::Clipboard::none, B::Workspace::accessibility, B::Layout::kde}},
     };
     for (const auto &[name, session, expected] : cases)
         EXPECT_EQ(chosenBackends(session), expected) << name;

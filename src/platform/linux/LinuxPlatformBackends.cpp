@@ -10,6 +10,7 @@
 #include "platform/linux/X11KeySynthesizer.h"
 #include "platform/linux/X11Workspace.h"
 #include "platform/linux/QtAudioCapture.h"
+#include "platform/linux/KdeInputSourceProvider.h"
 #include "platform/linux/SwayInputSourceProvider.h"
 #include "platform/linux/SwayIpcConnection.h"
 #include "platform/linux/SwayKeyboardHook.h"
@@ -47,6 +48,8 @@ std::shared_ptr<InputSourceProvider> makeInputSource(SessionBackends::Layout sou
         return std::make_shared<XkbInputSourceProvider>();
     case SessionBackends::Layout::sway:
         return std::make_shared<SwayInputSourceProvider>(SwayIpcConnection::sessionSocketPath());
+    case SessionBackends::Layout::kde:
+        return std::make_shared<KdeInputSourceProvider>(QDBusConnection::sessionBus());
     case SessionBackends::Layout::none:
         break;
     }

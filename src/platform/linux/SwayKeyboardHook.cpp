@@ -7,6 +7,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QLoggingCategory>
+#include <chrono>
 
 Q_LOGGING_CATEGORY(lcSwayHook, "quorla.sway.hook")
 
@@ -16,6 +17,9 @@ const QString triggerDownCommand = QStringLiteral("nop quorla-trigger-down");
 const QString triggerUpCommand = QStringLiteral("nop quorla-trigger-up");
 const QString spaceDownCommand = QStringLiteral("nop quorla-space-down");
 const QString spaceUpCommand = QStringLiteral("nop quorla-space-up");
+// After a Space met the held trigger the gesture is a toggle, which the trigger's release
+// does not change: ending the trigger early is harmless, leaving it held is not.
+constexpr auto lostReleaseLimit = std::chrono::seconds(2);
 
 // Keysyms of each trigger; Right Alt is AltGr on many layouts.
 QStringList keysymsFor(const QString &triggerId)
@@ -50,6 +54,12 @@ SwayKeyboardHook::SwayKeyboardHook(TriggerKey trigger, QString socketPath)
     : m_trigger(std::move(trigger))
     , m_socketPath(std::move(socketPath))
 {
+    m_lostReleaseTimer.setSingleShot(true);
+    m_lostReleaseTimer.setInterval(lostReleaseLimit);
+    QObject::connect(&m_lostReleaseTimer, &QTimer::timeout, [this] {
+        if (m_triggerDown && m_releaseMayBeLost)
+            deliverTriggerUp();
+    });
 }
 
 SwayKeyboardHook::~SwayKeyboardHook()
@@ -123,6 +133,7 @@ void SwayKeyboardHook::uninstall()
     m_connection = nullptr;
     m_spaceBound = false;
     m_triggerDown = false;
+    m_lostReleaseTimer.stop();
 }
 
 void SwayKeyboardHook::setSpaceCaptureWanted(bool wanted)
@@ -176,8 +187,10 @@ void SwayKeyboardHook::handleBinding(const QJsonDocument &event)
     else if (command == triggerUpCommand)
         triggerReleased();
     else if (command == spaceDownCommand) {
-        if (m_triggerDown)
+        if (m_triggerDown) {
             m_releaseMayBeLost = true;
+            m_lostReleaseTimer.start();
+        }
         if (m_events.spaceDown)
             m_events.spaceDown(false, m_triggerDown);
     } else if (command == spaceUpCommand) {
@@ -212,6 +225,7 @@ void SwayKeyboardHook::triggerReleased()
 
 void SwayKeyboardHook::deliverTriggerUp()
 {
+    m_lostReleaseTimer.stop();
     m_triggerDown = false;
     m_releaseMayBeLost = false;
     if (m_events.triggerChanged)

@@ -6,14 +6,16 @@
 
 #include <QPointer>
 #include <QStringList>
+#include <QTimer>
 
 // The trigger key and Space under sway: key bindings added at run time over sway's IPC,
 // each running a `nop` whose text comes back as a binding event. The compositor swallows
 // a bound key, so Space is bound only while a press would be consumed, like the X11 grab.
 //
 // sway drops the release binding when another key was pressed while the trigger was held,
-// so a Space during the hold ends the trigger at the Space's release, and a press of a
-// trigger we still think is down stands for the release we never saw.
+// so a Space during the hold ends the trigger at the Space's release (or, should that be
+// lost too, a moment later), and a press of a trigger we still think is down stands for the
+// release we never saw.
 class SwayKeyboardHook : public KeyboardHook
 {
 public:
@@ -51,4 +53,6 @@ private:
     bool m_releaseMayBeLost = false;
     // The release of a press that only stood in for a lost release.
     bool m_ignoreNextRelease = false;
+    // Ends a trigger whose release may be lost, once the Space that met it fell silent.
+    QTimer m_lostReleaseTimer;
 };
