@@ -23,7 +23,7 @@ public:
 
     struct Session {
         SessionType type = SessionType::none;
-        QString display; // the X display Quorla would use; empty when there is none
+        QString display;       // the X display Quorla would use; empty when there is none
         DesktopSession offers; // what the session's servers answered
     };
     struct AccessibilityBus {

@@ -23,13 +23,28 @@ struct DesktopSession {
 // Which backend serves each seam in a session: the first of each list that the session
 // offers. Everything outside X11 windows needs Wayland's own routes.
 struct SessionBackends {
-    enum class Trigger { x11, sway, globalShortcutsPortal, xwaylandOnly, commandOnly };
-    enum class Keys { x11, virtualKeyboard, kdeFakeInput, remoteDesktopPortal, xwaylandOnly, none };
-    enum class Clipboard { qt, dataControl, none };
-    enum class Workspace { x11, accessibility };
+    enum class Trigger { x11,
+                         sway,
+                         globalShortcutsPortal,
+                         xwaylandOnly,
+                         commandOnly };
+    enum class Keys { x11,
+                      virtualKeyboard,
+                      kdeFakeInput,
+                      remoteDesktopPortal,
+                      xwaylandOnly,
+                      none };
+    enum class Clipboard { qt,
+                           dataControl,
+                           none };
+    enum class Workspace { x11,
+                           accessibility };
     // Where the keyboard layout (and so the input language hint) comes from; kde asks
     // Plasma's layout service, which elsewhere simply doesn't answer.
-    enum class Layout { xkb, sway, kde, none };
+    enum class Layout { xkb,
+                        sway,
+                        kde,
+                        none };
 
     Trigger trigger = Trigger::commandOnly;
     Keys keys = Keys::none;

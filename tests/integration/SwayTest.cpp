@@ -64,7 +64,8 @@ TEST_F(SwayTest, theActiveLayoutFollowsSway)
         swaymsg(command);
         (void)QTest::qWaitFor([&, &identifier = identifier] {
             return changes > before && provider.currentInputSource().value_or(InputSourceInfo{}).identifier == identifier;
-        }, 5000);
+        },
+                              5000);
         const InputSourceInfo source = provider.currentInputSource().value_or(InputSourceInfo{});
         EXPECT_EQ(source.identifier, identifier) << command.toStdString();
         EXPECT_TRUE(source.languages.contains(language)) << source.languages.join(u' ').toStdString();
@@ -82,12 +83,9 @@ struct KeysCase {
 // trigger at its own release, any other key leaves it to the next press of the trigger.
 const KeysCase keysCases[] = {
     {"hold", "-P Control_R -s 400 -p Control_R", {"holdStarted", "holdEnded"}},
-    {"toggle", "-P Control_R -s 400 -P space -p space -s 200 -p Control_R -s 400 -P space -p space",
-     {"holdStarted", "toggleStarted", "toggleEnded"}},
-    {"tapToggle", "-P Control_R -s 50 -P space -p space -s 200 -p Control_R -s 400 -P Control_R -p Control_R",
-     {"toggleStarted", "toggleEnded"}},
-    {"lostRelease", "-P Control_R -s 400 -P a -p a -p Control_R -s 400 -P Control_R -s 400 -p Control_R",
-     {"holdStarted", "holdEnded"}},
+    {"toggle", "-P Control_R -s 400 -P space -p space -s 200 -p Control_R -s 400 -P space -p space", {"holdStarted", "toggleStarted", "toggleEnded"}},
+    {"tapToggle", "-P Control_R -s 50 -P space -p space -s 200 -p Control_R -s 400 -P Control_R -p Control_R", {"toggleStarted", "toggleEnded"}},
+    {"lostRelease", "-P Control_R -s 400 -P a -p a -p Control_R -s 400 -P Control_R -s 400 -p Control_R", {"holdStarted", "holdEnded"}},
 };
 
 class SwayKeyboardHookTest : public SwayTest, public ::testing::WithParamInterface<KeysCase>

@@ -32,7 +32,9 @@ void noteGlobal(void *data, wl_registry *, uint32_t, const char *interface, uint
     session.kdeFakeInput |= is("org_kde_kwin_fake_input");
 }
 
-void forgetGlobal(void *, wl_registry *, uint32_t) {}
+void forgetGlobal(void *, wl_registry *, uint32_t)
+{
+}
 
 const wl_registry_listener registryListener{noteGlobal, forgetGlobal};
 

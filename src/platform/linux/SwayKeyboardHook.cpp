@@ -48,6 +48,33 @@ QString modifierOf(const QString &triggerId)
     return modifiers.value(triggerId);
 }
 
+// The sway commands that bind (or unbind) the trigger's press and release, and Space.
+QStringList triggerBindings(const TriggerKey &key, bool bind)
+{
+    const QString verb = bind ? QStringLiteral("bindsym") : QStringLiteral("unbindsym");
+    QStringList commands;
+    for (const QString &keysym : keysymsFor(key.id)) {
+        commands << QStringLiteral("%1 --no-repeat %2 %3").arg(verb, keysym, triggerDownCommand)
+                 << QStringLiteral("%1 --release %2 %3").arg(verb, keysym, triggerUpCommand);
+    }
+    return commands;
+}
+
+QStringList spaceBindings(const TriggerKey &key, bool bind)
+{
+    const QString verb = bind ? QStringLiteral("bindsym") : QStringLiteral("unbindsym");
+    QStringList commands;
+    // Plain Space too: a running toggle ends with Space alone.
+    QStringList combos{QStringLiteral("space")};
+    if (!modifierOf(key.id).isEmpty())
+        combos << modifierOf(key.id) + QStringLiteral("space");
+    for (const QString &combo : combos) {
+        commands << QStringLiteral("%1 --no-repeat %2 %3").arg(verb, combo, spaceDownCommand)
+                 << QStringLiteral("%1 --release %2 %3").arg(verb, combo, spaceUpCommand);
+    }
+    return commands;
+}
+
 } // namespace
 
 SwayKeyboardHook::SwayKeyboardHook(TriggerKey trigger, QString socketPath)
@@ -65,32 +92,6 @@ SwayKeyboardHook::SwayKeyboardHook(TriggerKey trigger, QString socketPath)
 SwayKeyboardHook::~SwayKeyboardHook()
 {
     uninstall();
-}
-
-QStringList SwayKeyboardHook::triggerBindings(const TriggerKey &key, bool bind)
-{
-    const QString verb = bind ? QStringLiteral("bindsym") : QStringLiteral("unbindsym");
-    QStringList commands;
-    for (const QString &keysym : keysymsFor(key.id)) {
-        commands << QStringLiteral("%1 --no-repeat %2 %3").arg(verb, keysym, triggerDownCommand)
-                 << QStringLiteral("%1 --release %2 %3").arg(verb, keysym, triggerUpCommand);
-    }
-    return commands;
-}
-
-QStringList SwayKeyboardHook::spaceBindings(const TriggerKey &key, bool bind)
-{
-    const QString verb = bind ? QStringLiteral("bindsym") : QStringLiteral("unbindsym");
-    QStringList commands;
-    // Plain Space too: a running toggle ends with Space alone.
-    QStringList combos{QStringLiteral("space")};
-    if (!modifierOf(key.id).isEmpty())
-        combos << modifierOf(key.id) + QStringLiteral("space");
-    for (const QString &combo : combos) {
-        commands << QStringLiteral("%1 --no-repeat %2 %3").arg(verb, combo, spaceDownCommand)
-                 << QStringLiteral("%1 --release %2 %3").arg(verb, combo, spaceUpCommand);
-    }
-    return commands;
 }
 
 void SwayKeyboardHook::install(Events events)

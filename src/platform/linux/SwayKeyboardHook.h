@@ -32,10 +32,6 @@ public:
     // Test hook: sway has carried out every binding change asked for so far.
     [[nodiscard]] bool isSettled() const;
 
-    // The sway commands that bind (or unbind) the trigger's press and release, and Space.
-    [[nodiscard]] static QStringList triggerBindings(const TriggerKey &key, bool bind);
-    [[nodiscard]] static QStringList spaceBindings(const TriggerKey &key, bool bind);
-
 private:
     void runCommands(const QStringList &commands);
     void handleBinding(const QJsonDocument &event);
