@@ -84,9 +84,14 @@ struct KeysCase {
 const KeysCase keysCases[] = {
     {"hold", "-P Control_R -s 400 -p Control_R", {"holdStarted", "holdEnded"}},
     {"toggle", "-P Control_R -s 400 -P space -p space -s 200 -p Control_R -s 400 -P space -p space", {"holdStarted", "toggleStarted", "toggleEnded"}},
-    {"tapToggle", "-P Control_R -s 50 -P space -p space -s 200 -p Control_R -s 400 -P Control_R -p Control_R", {"toggleStarted", "toggleEnded"}},
-    {"lostRelease", "-P Control_R -s 400 -P a -p a -p Control_R -s 400 -P Control_R -s 400 -p Control_R", {"holdStarted", "holdEnded"}},
+    {"toggleEndedByTrigger", "-P Control_R -s 400 -P space -p space -s 200 -p Control_R -s 400 -P Control_R -p Control_R", {"holdStarted", "toggleStarted", "toggleEnded"}},
+    {"lostRelease", "-P Control_R -s 400 -P a -p a -p Control_R -s 400 -P Control_R -s 400 -P space -p space -p Control_R", {"holdStarted", "holdEnded"}},
 };
+
+void PrintTo(const KeysCase &keys, std::ostream *out)
+{
+    *out << keys.name;
+}
 
 class SwayKeyboardHookTest : public SwayTest, public ::testing::WithParamInterface<KeysCase>
 {

@@ -112,6 +112,10 @@ void SwayKeyboardHook::install(Events events)
                      });
     QObject::connect(m_connection, &SwayIpcConnection::disconnected, m_connection, [this] {
         qCWarning(lcSwayHook) << "sway IPC closed; the trigger key is not watched any more";
+        m_connection->disconnect();
+        m_connection->deleteLater();
+        m_connection = nullptr;
+        m_spaceBound = false;
         if (m_triggerDown)
             deliverTriggerUp();
     });
