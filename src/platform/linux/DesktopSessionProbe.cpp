@@ -98,7 +98,10 @@ QCoro::Task<int> portalVersion(QDBusConnection bus, QString interface)
 DesktopSession DesktopSessionProbe::displayServers()
 {
     DesktopSession session;
-    if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
+    // Without WAYLAND_DISPLAY libwayland tries the default socket, which a session started
+    // from a service may still have.
+    if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")
+        || qEnvironmentVariable("XDG_SESSION_TYPE").compare(QLatin1String("wayland"), Qt::CaseInsensitive) == 0) {
         if (wl_display *display = wl_display_connect(nullptr)) {
             session.wayland = true;
             readGlobals(display, session);
