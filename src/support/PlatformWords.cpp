@@ -43,7 +43,6 @@ const PlatformWords &PlatformWords::macOS()
             "Paste the key into the API key field and press Save. Quorla stores it in macOS "
             "Keychain."),
         .triggerCommandOnlyStatus = QString(),
-        .triggerXwaylandOnlyStatus = QString(),
         .noPasteRouteStatus = QString(),
     };
     return words;
@@ -94,10 +93,6 @@ const PlatformWords &PlatformWords::linuxDesktop()
         .triggerCommandOnlyStatus = QStringLiteral(
             "This Wayland session doesn't let Quorla watch %1. Bind \"quorla dictation toggle\" to a "
             "key in your desktop's keyboard shortcuts: see Settings > Use another key or a command."),
-        .triggerXwaylandOnlyStatus = QStringLiteral(
-            "In a Wayland session, %1 and %1 + Space only work while an X11 application has focus. To "
-            "dictate everywhere, bind \"quorla dictation toggle\" to a key in your desktop's keyboard "
-            "shortcuts: see Settings > Use another key or a command."),
         .noPasteRouteStatus = QStringLiteral(
             "This Wayland session doesn't let Quorla press keys, so the text stays on the clipboard "
             "and in History. Press Ctrl+V to paste it."),

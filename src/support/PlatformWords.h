@@ -27,8 +27,6 @@ struct PlatformWords {
     QString helpSaveKeyStep;
     // Sessions where the trigger key can't be watched (Wayland without a way to bind keys).
     QString triggerCommandOnlyStatus; // %1 = trigger
-    // Wayland sessions where only X11 applications' keys can be watched.
-    QString triggerXwaylandOnlyStatus; // %1 = trigger
     // Sessions where no key can be pressed for Quorla, so nothing is pasted for the user.
     QString noPasteRouteStatus;
 

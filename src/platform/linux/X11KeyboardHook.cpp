@@ -1,7 +1,6 @@
 #include "X11KeyboardHook.h"
 
 #include "models/QuorlaError.h"
-#include "support/PlatformWords.h"
 #include "platform/linux/X11KeyboardConnection.h"
 
 #include <QLoggingCategory>
@@ -61,6 +60,10 @@ QString failureMessage(X11KeyboardConnection::OpenResult status)
     return QString();
 }
 
+const QString waylandNotice = QStringLiteral(
+    "In a Wayland session, %1 and %1 + Space only work while an X11 application has focus. Log in to an X11 "
+    "session to use them everywhere.");
+
 bool isWaylandSession()
 {
     return qEnvironmentVariableIsSet("WAYLAND_DISPLAY")
@@ -110,7 +113,7 @@ void X11KeyboardHook::install(Events events)
 
     // Under Wayland only X11 clients' keys reach the X server; still better than nothing.
     if (isWaylandSession())
-        throw QuorlaError::hotkeyRegistrationFailed(PlatformWords::linuxDesktop().triggerXwaylandOnlyStatus.arg(m_trigger.displayName));
+        throw QuorlaError::hotkeyRegistrationFailed(waylandNotice.arg(m_trigger.displayName));
 }
 
 X11KeyboardConnection::Probe X11KeyboardHook::probe(const TriggerKey &key)
