@@ -60,8 +60,8 @@ std::shared_ptr<InputSourceProvider> makeInputSource(SessionBackends::Layout sou
 
 PlatformBackends makePlatformBackends(const TriggerKey &trigger)
 {
-    // The portals are asked later, without blocking the start; until then the display
-    // servers decide.
+    // Only the display servers are asked here: they answer on local sockets at once. The
+    // portals answer over D-Bus, so a portal backend asks them itself, asynchronously.
     const SessionBackends chosen = chosenBackends(DesktopSessionProbe::displayServers());
     PlatformBackends backends;
     backends.keyboardHook = makeKeyboardHook(chosen.trigger, trigger);
