@@ -64,11 +64,7 @@ bool replaceSelection(const QString &text, AccessibleElement &element, bool repl
     if (!value || !selected)
         return false;
     const std::optional<TextRange> range = replacementRange(*value, *selected, replaceTriggerSpace);
-    if (!range)
-        return false;
-    QString updated = *value;
-    updated.replace(range->location, range->length, text);
-    if (!element.setValue(updated))
+    if (!range || !element.replaceText(*range, text))
         return false;
     // The caret after the transcript, so the user can keep typing; a refusal costs nothing.
     element.setSelection(TextRange{range->location + text.size(), 0});

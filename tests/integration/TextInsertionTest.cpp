@@ -90,17 +90,23 @@ TEST_F(TextInsertionTest, typesIntoQtWidgetsAndGtkAndPastesIntoQtQuickUnderANonL
     EXPECT_FALSE(accessibility->isProcessTrusted());
     EXPECT_TRUE(accessibility->requestTrust());
     EXPECT_TRUE(accessibility->isProcessTrusted());
-    for (const QString &toolkit : {QStringLiteral("widgets"), QStringLiteral("gtk")}) {
-        SCOPED_TRACE(toolkit.toStdString());
+    const struct { QString toolkit, typed, followed; } fields[] = {
+        {"widgets", "😀wörld", "😀wörld!"},
+        {"gtk", "😀wörld", "😀wörld!"},
+        // Only the replaced range is edited: the bold character before it stays bold.
+        {"rich", "*😀wörld*", "*😀wörld!*"},
+    };
+    for (const auto &field : fields) {
+        SCOPED_TRACE(field.toolkit.toStdString());
         QGuiApplication::clipboard()->setText(QStringLiteral("untouched"));
-        const ApplicationHandlePtr application = launch(toolkit, QStringLiteral("😀 "));
+        const ApplicationHandlePtr application = launch(field.toolkit, QStringLiteral("😀 "));
         ASSERT_TRUE(application);
 
         EXPECT_EQ(insert(application, QStringLiteral("wörld"), false), std::nullopt);
-        EXPECT_TRUE(outputBecomes(QStringLiteral("😀wörld").toUtf8())) << fileContents(output).toStdString();
+        EXPECT_TRUE(outputBecomes(field.typed.toUtf8())) << fileContents(output).toStdString();
         // The caret sits after the transcript, counted past the astral character: the next one follows it.
         EXPECT_EQ(insert(application, QStringLiteral("!"), false), std::nullopt);
-        EXPECT_TRUE(outputBecomes(QStringLiteral("😀wörld!").toUtf8())) << fileContents(output).toStdString();
+        EXPECT_TRUE(outputBecomes(field.followed.toUtf8())) << fileContents(output).toStdString();
         EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("untouched")) << "no paste was needed";
     }
 

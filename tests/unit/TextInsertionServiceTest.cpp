@@ -67,7 +67,7 @@ TEST_F(TextInsertionServiceTest, theDirectRouteReplacesTheTriggerSpaceAndPutsThe
 {
     focus("hello ", TextRange{6, 0});
     EXPECT_EQ(insert("world"), std::nullopt);
-    EXPECT_EQ(accessibility->focused->edits, QStringList({"value:helloworld", "selection:10,0"}));
+    EXPECT_EQ(accessibility->focused->edits, QStringList({"replace:5,1:world", "selection:10,0"}));
     EXPECT_EQ(accessibility->queriedProcesses, QList<qint64>{42});
     EXPECT_EQ(editor->activationCount, 1);
     EXPECT_TRUE(keys->sent.isEmpty());
