@@ -5,9 +5,10 @@
 #include <chrono>
 #include <memory>
 
+#include "platform/KeySynthesizer.h"
+
 class Accessibility;
 class AccessibleElement;
-class KeySynthesizer;
 
 // How long each step of an insertion waits for the target application to react.
 struct TextInsertionTimings {
@@ -34,7 +35,7 @@ public:
 
 private:
     QCoro::Task<void> paste(QString text, ApplicationHandlePtr application, bool restoreClipboard,
-                            bool deleteTriggerSpace, bool terminal);
+                            bool deleteTriggerSpace, KeySynthesizer::PasteShortcut shortcut);
     QCoro::Task<void> waitForModifiersReleased();
 
     std::shared_ptr<Accessibility> m_accessibility;

@@ -1,6 +1,7 @@
 #include "ModelTest.h"
 
 #include "platform/linux/DesktopApplicationNames.h"
+#include "platform/linux/X11ApplicationHandle.h"
 
 #include <QTemporaryDir>
 
@@ -28,6 +29,19 @@ TEST(DesktopApplicationNamesTest, findsTheEntryOfAWindowClassInTheUsersLanguage)
     };
     for (const auto &[instance, className, expected] : cases)
         EXPECT_EQ(names.nameForWindowClass(instance, className), expected) << className.toStdString();
+}
+
+// A terminal never gets Ctrl+V, which it types as a control character.
+TEST(DesktopApplicationNamesTest, terminalsPasteWithTheKeysTheyBind)
+{
+    using enum KeySynthesizer::PasteShortcut;
+    const std::tuple<QString, QString, KeySynthesizer::PasteShortcut> cases[] = {
+        {"xterm", "XTerm", shiftInsert}, {"xterm", "UXTerm", shiftInsert}, {"urxvt", "URxvt", shiftInsert},
+        {"gnome-terminal-server", "Gnome-terminal", controlShiftV}, {"kitty", "kitty", controlShiftV},
+        {"Alacritty", "Alacritty", controlShiftV}, {"gedit", "Gedit", controlV},
+    };
+    for (const auto &[instance, className, expected] : cases)
+        EXPECT_EQ(pasteShortcutForWindowClass(instance, className), expected) << className.toStdString();
 }
 
 } // namespace

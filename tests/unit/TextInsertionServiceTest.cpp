@@ -104,14 +104,14 @@ TEST_F(TextInsertionServiceTest, fieldsThatRefuseDirectEditingTakeThePasteRoute)
         EXPECT_EQ(clipboardAtPaste, "world");
         EXPECT_TRUE(accessibility->focused->edits.isEmpty());
     }
-    // Terminals paste with Shift, known by their accessibility role or their window class.
+    // Terminals paste with the keys they bind, known by their accessibility role or their window class.
     accessibility->focused->terminal = true;
     keys->sent.clear();
     EXPECT_EQ(insert("ls", true, false), std::nullopt);
     accessibility->focused.reset();
-    editor->terminal = true;
+    editor->shortcut = KeySynthesizer::PasteShortcut::shiftInsert;
     EXPECT_EQ(insert("ls"), std::nullopt);
-    EXPECT_EQ(keys->sent, QStringList({"Ctrl+Shift+V", "Ctrl+Shift+V"}));
+    EXPECT_EQ(keys->sent, QStringList({"Ctrl+Shift+V", "Shift+Insert"}));
 }
 
 TEST_F(TextInsertionServiceTest, refusalsBeforeAnythingIsTouched)

@@ -36,14 +36,21 @@ bool X11ApplicationHandle::activate()
     return m_connection->activate(m_window);
 }
 
-bool X11ApplicationHandle::isTerminalEmulator() const
+KeySynthesizer::PasteShortcut X11ApplicationHandle::pasteShortcut() const
 {
-    // Terminals that expose no accessible terminal role still need Ctrl+Shift+V.
-    static const QStringList terminals = {
+    return pasteShortcutForWindowClass(m_instance, m_className);
+}
+
+KeySynthesizer::PasteShortcut pasteShortcutForWindowClass(const QString &instance, const QString &className)
+{
+    // Shift+Insert is their only default paste key; Ctrl+Shift+V types ^V there.
+    static const QStringList xtermStyle = {
         QStringLiteral("xterm"),
         QStringLiteral("uxterm"),
         QStringLiteral("urxvt"),
         QStringLiteral("rxvt"),
+    };
+    static const QStringList terminals = {
         QStringLiteral("gnome-terminal"),
         QStringLiteral("gnome-terminal-server"),
         QStringLiteral("konsole"),
@@ -68,5 +75,10 @@ bool X11ApplicationHandle::isTerminalEmulator() const
         QStringLiteral("cool-retro-term"),
         QStringLiteral("terminology"),
     };
-    return terminals.contains(m_className, Qt::CaseInsensitive) || terminals.contains(m_instance, Qt::CaseInsensitive);
+    const auto among = [&](const QStringList &names) {
+        return names.contains(className, Qt::CaseInsensitive) || names.contains(instance, Qt::CaseInsensitive);
+    };
+    if (among(xtermStyle))
+        return KeySynthesizer::PasteShortcut::shiftInsert;
+    return among(terminals) ? KeySynthesizer::PasteShortcut::controlShiftV : KeySynthesizer::PasteShortcut::controlV;
 }
