@@ -18,6 +18,8 @@ public:
     [[nodiscard]] virtual std::optional<QString> localizedName() const = 0;
     // Brings the application to the front; false when that was refused or it is gone.
     virtual bool activate() = 0;
+    // Whether it holds the focus now, so bringing it to the front would change nothing.
+    [[nodiscard]] virtual bool isFrontmost() const { return false; }
     // The keys that paste here: terminals turn Ctrl+V into a control character.
     [[nodiscard]] virtual KeySynthesizer::PasteShortcut pasteShortcut() const
     {

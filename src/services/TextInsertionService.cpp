@@ -93,11 +93,14 @@ QCoro::Task<void> TextInsertionService::insert(QString text, TextInsertionTarget
         qCWarning(lcInsertion) << "not inserted: the target has quit";
         throw QuorlaError::textInsertionFailed(QStringLiteral("The target app is no longer running."));
     }
-    if (!application->activate()) {
-        qCWarning(lcInsertion) << "not inserted: the target could not be brought to the front";
-        throw QuorlaError::textInsertionFailed(bringToFrontMessage(*application));
+    // Usually the user never left the target: then activating it and waiting buys nothing.
+    if (!application->isFrontmost()) {
+        if (!application->activate()) {
+            qCWarning(lcInsertion) << "not inserted: the target could not be brought to the front";
+            throw QuorlaError::textInsertionFailed(bringToFrontMessage(*application));
+        }
+        co_await sleepPrecisely(m_timings.activationSettle);
     }
-    co_await sleepPrecisely(m_timings.activationSettle);
 
     bool deleteTriggerSpace = false;
     KeySynthesizer::PasteShortcut shortcut = application->pasteShortcut();

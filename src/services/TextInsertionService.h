@@ -12,7 +12,8 @@ class AccessibleElement;
 
 // How long each step of an insertion waits for the target application to react.
 struct TextInsertionTimings {
-    // After bringing the target to the front, before touching its text.
+    // After bringing the target to the front, before touching its text; not spent when the
+    // target never lost the focus.
     std::chrono::milliseconds activationSettle{120};
     // Between the Backspace that removes the trigger space and the paste shortcut.
     std::chrono::milliseconds backspaceSettle{40};

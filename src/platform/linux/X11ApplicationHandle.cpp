@@ -36,6 +36,11 @@ bool X11ApplicationHandle::activate()
     return m_connection->activate(m_window);
 }
 
+bool X11ApplicationHandle::isFrontmost() const
+{
+    return m_connection->activeWindow() == m_window;
+}
+
 KeySynthesizer::PasteShortcut X11ApplicationHandle::pasteShortcut() const
 {
     return pasteShortcutForWindowClass(m_instance, m_className);

@@ -17,6 +17,7 @@ public:
     qint64 processIdentifier() const override;
     std::optional<QString> localizedName() const override;
     bool activate() override;
+    bool isFrontmost() const override;
     KeySynthesizer::PasteShortcut pasteShortcut() const override;
 
     [[nodiscard]] unsigned long window() const { return m_window; }
