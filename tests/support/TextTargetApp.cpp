@@ -57,15 +57,13 @@ class KeyReporter : public QObject
     }
 };
 
+// The field holds one paragraph.
 static QString markedBold(const QTextDocument &document)
 {
     QString marked;
-    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
-        for (auto it = block.begin(); !it.atEnd(); ++it) {
-            const bool bold = it.fragment().charFormat().fontWeight() > QFont::Normal;
-            marked += bold ? u'*' + it.fragment().text() + u'*' : it.fragment().text();
-        }
-    }
+    for (auto it = document.begin().begin(); !it.atEnd(); ++it)
+        marked += it.fragment().charFormat().fontWeight() > QFont::Normal ? u'*' + it.fragment().text() + u'*'
+                                                                           : it.fragment().text();
     return marked;
 }
 
