@@ -43,7 +43,11 @@ bool X11ApplicationHandle::isFrontmost() const
 
 KeySynthesizer::PasteShortcut X11ApplicationHandle::pasteShortcut() const
 {
-    return pasteShortcutForWindowClass(m_instance, m_className);
+    const KeySynthesizer::PasteShortcut shortcut = pasteShortcutForWindowClass(m_instance, m_className);
+    // A terminal we do not know by name may still say what it is in its desktop entry.
+    if (shortcut == KeySynthesizer::PasteShortcut::controlV && m_names->isTerminalEmulator(m_instance, m_className))
+        return KeySynthesizer::PasteShortcut::controlShiftV;
+    return shortcut;
 }
 
 KeySynthesizer::PasteShortcut pasteShortcutForWindowClass(const QString &instance, const QString &className)
