@@ -91,7 +91,9 @@ TEST_F(TextInsertionTest, typesIntoQtWidgetsAndGtkAndPastesIntoQtQuickUnderANonL
     EXPECT_FALSE(accessibility->isProcessTrusted());
     EXPECT_TRUE(accessibility->requestTrust());
     EXPECT_TRUE(accessibility->isProcessTrusted());
-    const struct { QString toolkit, typed, followed; } fields[] = {
+    const struct {
+        QString toolkit, typed, followed;
+    } fields[] = {
         {"widgets", "😀wörld", "😀wörld!"},
         {"gtk", "😀wörld", "😀wörld!"},
         // Only the replaced range is edited: the bold character before it stays bold.

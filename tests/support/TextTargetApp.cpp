@@ -63,7 +63,7 @@ static QString markedBold(const QTextDocument &document)
     QString marked;
     for (auto it = document.begin().begin(); !it.atEnd(); ++it)
         marked += it.fragment().charFormat().fontWeight() > QFont::Normal ? u'*' + it.fragment().text() + u'*'
-                                                                           : it.fragment().text();
+                                                                          : it.fragment().text();
     return marked;
 }
 

@@ -73,7 +73,7 @@ TEST_F(TextInsertionServiceTest, theDirectRouteReplacesTheTriggerSpaceAndPutsThe
     EXPECT_TRUE(keys->sent.isEmpty());
 
     focus("😀 old tail", TextRange{3, 3}); // offsets count UTF-16 units
-    editor->frontmost = true;                // the user never left it: not activated again
+    editor->frontmost = true;             // the user never left it: not activated again
     EXPECT_EQ(insert("😀new", true, false), std::nullopt);
     EXPECT_EQ(editor->activationCount, 1);
     EXPECT_EQ(accessibility->focused->value, "😀 😀new tail");
