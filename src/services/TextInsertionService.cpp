@@ -153,7 +153,8 @@ QCoro::Task<void> TextInsertionService::paste(QString text, ApplicationHandlePtr
     }
     if (!m_keys->sendPasteShortcut(shortcut))
         throw QuorlaError::textInsertionFailed(QStringLiteral("Couldn't synthesize the paste shortcut."));
-    qCInfo(lcInsertion) << "pasted with shortcut" << int(shortcut)
+    const char *const shortcutNames[] = {"Ctrl+V", "Ctrl+Shift+V", "Shift+Insert"};
+    qCInfo(lcInsertion) << "pasted with" << shortcutNames[int(shortcut)]
                         << (deleteTriggerSpace ? "after removing the trigger space" : "");
 
     if (snapshots.isEmpty())
