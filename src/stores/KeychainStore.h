@@ -17,7 +17,9 @@ class KeychainStore
 {
 public:
     // What the store holds under an account. A locked item is neither there nor gone.
-    enum class ItemState { present, absent, locked };
+    enum class ItemState { present,
+                           absent,
+                           locked };
     struct StoredString {
         ItemState state = ItemState::absent;
         QString value;

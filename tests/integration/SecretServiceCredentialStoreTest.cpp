@@ -74,9 +74,9 @@ TEST_F(SecretServiceCredentialStoreTest, storesReadsAndDeletesAndUnlocksOnlyWhen
 
     // The user types the password into gnome-keyring's own prompt.
     QProcess user;
-    user.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral(
-        "w=$(xdotool search --sync --onlyvisible --name '^Unlock') && xdotool windowactivate --sync $w && "
-        "xdotool type --delay 20 \"$0\" && xdotool key Return"), qEnvironmentVariable("KEYRING_PASSWORD", QStringLiteral("ci"))});
+    user.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("w=$(xdotool search --sync --onlyvisible --name '^Unlock') && xdotool windowactivate --sync $w && "
+                                                                           "xdotool type --delay 20 \"$0\" && xdotool key Return"),
+                                      qEnvironmentVariable("KEYRING_PASSWORD", QStringLiteral("ci"))});
     EXPECT_TRUE(answerOf(keychain.unlock(account)));
     user.waitForFinished();
     EXPECT_EQ(answerOf(keychain.loadString(account)).value, QStringLiteral("sk-locked-away"));

@@ -23,7 +23,8 @@ protected:
     static QString keyFor(AppModel &model)
     {
         const TaskResult<APIKeyLookup> lookup = waitForResult(model.validatedAPIKey());
-        return lookup.error ? lookup.errorText() : lookup.value->key.isEmpty() ? missingKey : lookup.value->key;
+        return lookup.error ? lookup.errorText() : lookup.value->key.isEmpty() ? missingKey
+                                                                               : lookup.value->key;
     }
 };
 
