@@ -99,10 +99,13 @@ QCoro::Task<> AppModel::unlockSavedAPIKey()
         presentError(localizedMessage(failure));
         co_return;
     }
-    // The key itself is read by the next dictation, as at launch.
     setIsKeychainLocked(!unlocked);
     setStatusMessage(unlocked ? m_services.words->credentialStoreUnlockedStatus
                               : m_services.words->credentialStoreStillLockedStatus);
+    // Whether a key is saved may only now be known; the key itself is read by the next
+    // dictation, as at launch.
+    if (unlocked)
+        co_await loadStoredAPIKeyMetadata();
 }
 
 QCoro::Task<APIKeyLookup> AppModel::validatedAPIKey() const
