@@ -36,6 +36,10 @@ AppModel::AppModel(AppServices services, QObject *parent)
         if (m_isRecording)
             stopRecordingAndTranscribe();
     });
+    m_liveTranscriptionRelease.setSingleShot(true);
+    connect(&m_liveTranscriptionRelease, &QTimer::timeout, this, [this] { m_warmLiveTranscription.reset(); });
+    connect(m_services.pushToTalkMonitor.get(), &GlobalPushToTalkMonitor::triggerKeyChanged, this,
+            &AppModel::handleTriggerKeyForLiveTranscription);
 }
 
 AppModel::~AppModel() = default;
