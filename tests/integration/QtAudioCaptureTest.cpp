@@ -11,7 +11,8 @@
 namespace {
 
 // Speech played to the headless desktop's null sink "vsink" is what its virtual
-// microphone hears; the recording holds it whole, in the file format AacFileWriter writes.
+// microphone hears; the recording holds it whole, in the file format AacFileWriter writes,
+// and a tap gets all of it at the rate it asks for.
 TEST(QtAudioCapture, speechIsRecordedToAnAacFileWithItsDurationAndLevel)
 {
     ASSERT_FALSE(qEnvironmentVariableIsEmpty("PULSE_SERVER")) << "needs the headless desktop's audio server";
@@ -23,7 +24,8 @@ TEST(QtAudioCapture, speechIsRecordedToAnAacFileWithItsDurationAndLevel)
     AudioRecorder recorder{std::make_shared<QtAudioCapture>(), directory.filePath(QStringLiteral("Quorla"))};
     ASSERT_EQ(recorder.permissionState(), PermissionState::authorized);
 
-    recorder.startRecording();
+    qint64 tapped = 0;
+    recorder.startRecording({24000, [&tapped](auto samples) { tapped += qint64(samples.size()); }});
     QProcess paplay; // the event loop, and so the recording, runs while it plays
     paplay.start(QStringLiteral("paplay"), {QStringLiteral("-d"), QStringLiteral("vsink"), speech});
     ASSERT_TRUE(QTest::qWaitFor([&] { return paplay.state() == QProcess::NotRunning; }, 20000));
@@ -35,6 +37,7 @@ TEST(QtAudioCapture, speechIsRecordedToAnAacFileWithItsDurationAndLevel)
     EXPECT_GT(recording.duration, 1.0);
     EXPECT_NEAR(probe.value("duration").toDouble(), recording.duration, 0.1);
     EXPECT_GT(recording.maxPeakPower, -30.0f);
+    EXPECT_NEAR(double(tapped) / 24000, recording.duration, 0.01);
 }
 
 } // namespace
