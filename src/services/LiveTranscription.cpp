@@ -19,8 +19,6 @@ constexpr qsizetype bytesPerSample = 2;
 // a second (a socket that opened late sends its backlog in bounded messages).
 constexpr qsizetype smallestAppendBytes = LiveTranscription::sampleRate / 10 * bytesPerSample;
 constexpr qsizetype largestAppendBytes = LiveTranscription::sampleRate * bytesPerSample;
-// The service refuses to commit less than 100 ms of audio.
-constexpr qint64 smallestCommitSamples = LiveTranscription::sampleRate / 10;
 
 QByteArray compact(const QJsonObject &object)
 {
@@ -155,7 +153,6 @@ void LiveTranscription::sendPendingAudio(bool all)
         const QByteArray audio = m_pendingAudio.left(size);
         m_pendingAudio.remove(0, size);
         sendJson(compact({{"type", "input_audio_buffer.append"}, {"audio", QString::fromLatin1(audio.toBase64())}}));
-        m_uncommittedSamples += size / bytesPerSample;
     }
 }
 
@@ -165,9 +162,8 @@ void LiveTranscription::commitWhenPossible()
         return;
     sendPendingAudio(true);
     m_commitWanted = false;
-    // The service may have cut the last segment at a pause already.
-    if (m_uncommittedSamples < smallestCommitSamples)
-        return;
+    // Always committed: only the service knows whether its cut at the last pause left
+    // anything, and it answers an empty commit with an error that is no fault.
     sendJson(compact({{"type", "input_audio_buffer.commit"}}));
     m_commitAwaited = true;
 }
@@ -183,7 +179,6 @@ void LiveTranscription::handleMessage(const QString &message)
     } else if (type == u"input_audio_buffer.committed") {
         if (!m_segmentOrder.contains(segment))
             m_segmentOrder.append(segment);
-        m_uncommittedSamples = 0;
         // A segment cut at a pause is announced by its speech_stopped; any other is the
         // answer to the commit at the release.
         if (!m_segmentsCutAtPauses.contains(segment))

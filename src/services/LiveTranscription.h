@@ -94,7 +94,6 @@ private:
     bool m_connected = false;
     bool m_closing = false;
     QByteArray m_pendingAudio;
-    qint64 m_uncommittedSamples = 0;
     bool m_commitWanted = false;
     bool m_commitAwaited = false;
     QStringList m_segmentOrder;

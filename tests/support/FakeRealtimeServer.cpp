@@ -11,7 +11,7 @@ FakeRealtimeServer::FakeRealtimeServer(QObject *parent)
         delete m_socket; // one dictation at a time, each on a socket of its own
         m_socket = m_server.nextPendingConnection();
         m_receivedSamples = m_uncommittedSamples = m_receivedBytes = 0;
-        m_nextPause = 0;
+        m_nextPause = m_transcribed = 0;
         m_requestURL = m_socket->requestUrl();
         m_authorization = m_socket->request().rawHeader("Authorization");
         connect(m_socket, &QWebSocket::textMessageReceived, this, &FakeRealtimeServer::handle);
@@ -63,6 +63,7 @@ void FakeRealtimeServer::commitSegment(const QString &text, bool transcribe, boo
         return;
     const int delay = millisecondsPerSegment + int(secondsPerAudioSecond * seconds * 1000);
     QTimer::singleShot(delay, Qt::PreciseTimer, this, [this, item, text] {
+        ++m_transcribed;
         send({{"type", "conversation.item.input_audio_transcription.completed"}, {"item_id", item},
               {"content_index", 0}, {"transcript", text}});
     });

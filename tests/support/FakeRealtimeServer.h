@@ -46,6 +46,7 @@ public:
     [[nodiscard]] qint64 receivedSamples() const { return m_receivedSamples; }
     // Bytes of the messages of the current socket.
     [[nodiscard]] qint64 receivedBytes() const { return m_receivedBytes; }
+    [[nodiscard]] int transcribedSegments() const { return m_transcribed; }
 
 private:
     void handle(const QString &message);
@@ -62,4 +63,5 @@ private:
     qint64 m_receivedBytes = 0;
     int m_nextPause = 0;
     int m_segments = 0;
+    int m_transcribed = 0;
 };
