@@ -1,5 +1,6 @@
-// Key release to text in the field, Fast (the recording uploaded at the release)
-// against Live (streamed while it is spoken), for a 5 s and a 30 s dictation. Both
+// Trigger key release to text in the field (the model's whole path, from the fake key
+// hook to the fake inserter), Fast (the recording uploaded at the release) against
+// Live (streamed while it is spoken), for a 5 s and a 30 s dictation. Both
 // fake services answer as the real one would: 300 ms per request plus 0.15 s per
 // second of speech not yet transcribed. The speaker pauses after every phrase; the
 // service has transcribed each finished phrase while the next was spoken, so at the
@@ -56,21 +57,26 @@ void BM_releaseToText(benchmark::State &state)
     model.setApiKeyDraft(QStringLiteral("sk-bench"));
     model.setTranscriptionMode(live ? TranscriptionMode::live : TranscriptionMode::fast);
 
+    model.startAppServices();
+
     const std::vector<std::int16_t> tenthOfASecond(LiveTranscription::sampleRate / 10, 1000);
     double bytes = 0;
     for (auto _ : state) {
-        QCoro::waitFor(model.globalPressToTalkBegan());
+        // The trigger goes down (the socket opens), the hold is recognized, recording starts.
+        fixture.keyboard->trigger(true);
+        if (!QTest::qWaitFor([&] { return model.isRecording(); }, 10000))
+            state.SkipWithError("the hold did not start a recording");
         if (live) {
             // Once the socket is open each tenth goes out on its own, as it would while speaking.
             fixture.audio->pcmTap.deliver(tenthOfASecond);
-            static_cast<void>(QTest::qWaitFor([&] { return realtime.receivedSamples() > 0; }, 10000));
+            static_cast<void>(QTest::qWaitFor([&] { return realtime.receivedSamples > 0; }, 10000));
             for (int tenth = 1; tenth < seconds * 10; ++tenth)
                 fixture.audio->pcmTap.deliver(tenthOfASecond);
             // Speaking took real time: the audio is in, the earlier phrases transcribed.
             const bool spoken = QTest::qWaitFor(
                 [&] {
-                    return realtime.receivedSamples() >= qint64(seconds) * LiveTranscription::sampleRate
-                        && realtime.transcribedSegments() == realtime.pauses.size();
+                    return realtime.receivedSamples >= qint64(seconds) * LiveTranscription::sampleRate
+                        && realtime.transcribed == realtime.pauses.size();
                 },
                 60000);
             if (!spoken)
@@ -78,11 +84,13 @@ void BM_releaseToText(benchmark::State &state)
         }
         const qsizetype inserted = fixture.inserter->calls.size();
         const auto released = std::chrono::steady_clock::now();
-        QCoro::waitFor(model.globalPressToTalkEnded());
+        fixture.keyboard->trigger(false);
+        const bool typed = QTest::qWaitFor([&] { return fixture.inserter->calls.size() > inserted; }, 60000);
         state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - released).count());
-        if (fixture.inserter->calls.size() != inserted + 1)
+        if (!typed)
             state.SkipWithError("no text reached the field");
-        bytes = live ? double(realtime.receivedBytes())
+        static_cast<void>(QTest::qWaitFor([&] { return !model.isBusy(); }, 10000));
+        bytes = live ? double(realtime.receivedBytes)
                      : double(http.requests().last().body.size() - QByteArray("fake m4a").size())
                            + aacBytesPerSecond * seconds;
     }
