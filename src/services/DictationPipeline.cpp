@@ -84,7 +84,7 @@ QCoro::Task<QString> DictationPipeline::run(DictationRequest request, StepObserv
         QString reply;
         bool upload = !request.live;
         if (request.live) {
-            // No co_await inside a handler: the failure only decides the next step.
+            // A broken stream only decides the next step: a handler may not co_await.
             try {
                 reply = co_await request.live->finish();
             } catch (const LiveTranscriptionFailure &) {

@@ -107,6 +107,8 @@ void LiveTranscription::configure(const LiveTranscriptionSettings &settings)
 
 void LiveTranscription::append(std::span<const std::int16_t> samples)
 {
+    if (m_failure)
+        return; // the upload takes over: nothing to keep
     m_pendingAudio.append(reinterpret_cast<const char *>(samples.data()), qsizetype(samples.size_bytes()));
     sendPendingAudio(false);
 }
@@ -136,12 +138,12 @@ void LiveTranscription::close()
 {
     m_closing = true;
     if (m_socket.state() != QAbstractSocket::UnconnectedState)
-        m_socket.abort();
+        m_socket.close();
 }
 
 void LiveTranscription::sendJson(const QByteArray &message)
 {
-    m_bytesSent += m_socket.sendTextMessage(QString::fromUtf8(message));
+    m_socket.sendTextMessage(QString::fromUtf8(message));
 }
 
 void LiveTranscription::sendPendingAudio(bool all)

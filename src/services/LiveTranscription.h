@@ -68,11 +68,6 @@ public:
     // Closes the socket; what is still on its way is dropped.
     void close();
 
-    [[nodiscard]] bool isOpen() const { return m_socket.state() != QAbstractSocket::UnconnectedState; }
-    [[nodiscard]] std::optional<QString> failure() const { return m_failure; }
-    // Bytes of WebSocket messages sent so far.
-    [[nodiscard]] qint64 bytesSent() const { return m_bytesSent; }
-
 Q_SIGNALS:
     // Once, when finish() has all it waits for, or the transcription broke.
     void settled();
@@ -100,5 +95,4 @@ private:
     QHash<QString, QString> m_segmentTexts;
     QSet<QString> m_segmentsCutAtPauses;
     std::optional<QString> m_failure;
-    qint64 m_bytesSent = 0;
 };
