@@ -11,7 +11,6 @@
 #include <memory>
 #include <optional>
 
-
 // Records one dictation at a time into "<temp>/Quorla/<UUID>.m4a" and keeps the
 // loudest level reached, polled every 0.1 s. Opens the input as soon as the trigger
 // goes down, so the first syllable, spoken before the hold is recognized, is kept.

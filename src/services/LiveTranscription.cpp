@@ -64,7 +64,7 @@ QUrl LiveTranscription::realtimeURL(const QUrl &apiBaseURL)
 {
     QUrl url = ServiceAddress::endpointURL(apiBaseURL, QStringLiteral("/v1/realtime"));
     url.setScheme(apiBaseURL.scheme().compare(u"https", Qt::CaseInsensitive) == 0 ? QStringLiteral("wss")
-                                                                                 : QStringLiteral("ws"));
+                                                                                  : QStringLiteral("ws"));
     url.setQuery(QStringLiteral("intent=transcription"));
     return url;
 }

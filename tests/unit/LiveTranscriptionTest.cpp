@@ -33,8 +33,7 @@ TEST(LiveTranscriptionTest, transcribesWhileRecordingAndFallsBackToTheUpload)
         {"the speech ends at the pause", Fault::none, {{47000, "All."}}, {}, {}, "All.", R"({"model":"gpt-4o-mini-transcribe"})"},
         {"closed mid-dictation", Fault::closeMidDictation, {}, {}, {}, uploaded, {}},
         {"error event", Fault::errorEvent, {{24000, "First."}}, {}, {}, uploaded, {}},
-        {"no final transcript", Fault::noFinalTranscript, {{24000, "First."}}, "de", "- Acme", uploaded,
-         R"({"language":"de","model":"gpt-4o-mini-transcribe","prompt":"You are transcribing spoken audio.\nApply these dictionary rules directly in the transcript you return.\nThe transcript may include names, email addresses, company names, or product terms.\n- Acme\nReturn only the transcript text."})"},
+        {"no final transcript", Fault::noFinalTranscript, {{24000, "First."}}, "de", "- Acme", uploaded, R"({"language":"de","model":"gpt-4o-mini-transcribe","prompt":"You are transcribing spoken audio.\nApply these dictionary rules directly in the transcript you return.\nThe transcript may include names, email addresses, company names, or product terms.\n- Acme\nReturn only the transcript text."})"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
@@ -44,8 +43,7 @@ TEST(LiveTranscriptionTest, transcribesWhileRecordingAndFallsBackToTheUpload)
         QNetworkAccessManager network;
         QTemporaryDir directory;
         QFile(directory.filePath("rec.m4a")).open(QIODevice::WriteOnly);
-        const DictationRequest request{directory.filePath("rec.m4a"), "sk", TranscriptionMode::live, {}, {}, false, {}, {},
-                                       std::make_shared<LiveTranscription>(std::chrono::milliseconds(300))};
+        const DictationRequest request{directory.filePath("rec.m4a"), "sk", TranscriptionMode::live, {}, {}, false, {}, {}, std::make_shared<LiveTranscription>(std::chrono::milliseconds(300))};
         request.live->open(realtime.baseURL(), "sk");
         request.live->configure({"gpt-4o-mini-transcribe", c.language, transcriptionPrompt(c.guidance)});
         for (int chunk = 0; chunk < 50; ++chunk) // 40 ms each
