@@ -39,7 +39,7 @@ AppModel::AppModel(AppServices services, QObject *parent)
     m_liveTranscriptionRelease.setSingleShot(true);
     connect(&m_liveTranscriptionRelease, &QTimer::timeout, this, [this] { m_warmLiveTranscription.reset(); });
     connect(m_services.pushToTalkMonitor.get(), &GlobalPushToTalkMonitor::triggerKeyChanged, this,
-            &AppModel::handleTriggerKeyForLiveTranscription);
+            &AppModel::handleTriggerKeyChanged);
 }
 
 AppModel::~AppModel() = default;
@@ -56,6 +56,7 @@ void AppModel::readPreferences()
             .value_or(QString());
     m_autoCopyTranscript = preferences.boolValue(PreferenceKeys::autoCopyTranscript).value_or(true);
     m_showMenuBarIcon = preferences.boolValue(PreferenceKeys::showMenuBarIcon).value_or(false);
+    m_startListeningOnTriggerDown = preferences.boolValue(PreferenceKeys::startListeningOnTriggerDown).value_or(true);
 }
 
 // ---- preferences
@@ -96,6 +97,12 @@ void AppModel::setShowMenuBarIcon(bool value)
 {
     assign(m_showMenuBarIcon, value, &AppModel::showMenuBarIconChanged);
     m_services.preferences->setBool(PreferenceKeys::showMenuBarIcon, value);
+}
+
+void AppModel::setStartListeningOnTriggerDown(bool value)
+{
+    assign(m_startListeningOnTriggerDown, value, &AppModel::startListeningOnTriggerDownChanged);
+    m_services.preferences->setBool(PreferenceKeys::startListeningOnTriggerDown, value);
 }
 
 void AppModel::setTranslationLanguageCode(const QString &value)
@@ -153,24 +160,46 @@ void AppModel::startAppServices()
     monitor.holdEndedHandler = later(&AppModel::globalPressToTalkEnded);
     monitor.toggleStartedHandler = later(&AppModel::globalToggleRecordingBegan);
     monitor.toggleEndedHandler = later(&AppModel::globalToggleRecordingEnded);
+    monitor.holdCancelledHandler = later(&AppModel::globalPressToTalkCancelled);
 
-    bool installed = monitor.isInstalled();
-    if (!installed) {
+    if (!monitor.isInstalled()) {
         try {
             monitor.installMonitors();
-            installed = true;
         } catch (...) {
             m_hasStartedServices = false;
             setTriggerRegistrationError(localizedMessage(std::current_exception()));
         }
     }
-    if (installed) {
+    if (monitor.isInstalled()) {
         m_hasStartedServices = true;
-        setTriggerRegistrationError(std::nullopt);
+        // Installed in part (a Wayland session) is still something the user must hear about.
+        setTriggerRegistrationError(monitor.installNotice());
     }
 
     if (!m_isRecording && !m_isBusy)
         setStatusMessage(defaultStatusMessage());
+}
+
+void AppModel::handleTriggerKeyChanged(bool down)
+{
+    AudioRecorder &recorder = *m_services.audioRecorder;
+    if (!down) {
+        // A tap, a shortcut, or a hold whose recording runs already or never will. A
+        // toggle's start may still be on its way: the warm-up's own limit ends it if none
+        // comes.
+        if (m_services.pushToTalkMonitor->triggerState().phase != PushToTalkTriggerPhase::toggleActive) {
+            recorder.endWarmUp();
+            m_warmLiveTranscription.reset();
+        }
+        return;
+    }
+    // Desktops show the open microphone: only for a press that can start a dictation.
+    const bool keyAvailable = m_apiKey.knownKey() || m_apiKey.hasStoredKey;
+    if (m_startListeningOnTriggerDown && !m_isBusy && !m_isRecording && keyAvailable
+        && m_microphonePermissionState == PermissionState::authorized) {
+        recorder.warmUp();
+        warmUpLiveTranscription();
+    }
 }
 
 // ---- errors

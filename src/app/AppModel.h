@@ -51,6 +51,7 @@ class AppModel : public QObject
     Q_PROPERTY(QString transcriptionMode READ transcriptionModeName WRITE setTranscriptionModeName NOTIFY transcriptionModeChanged)
     Q_PROPERTY(bool autoCopyTranscript READ autoCopyTranscript WRITE setAutoCopyTranscript NOTIFY autoCopyTranscriptChanged)
     Q_PROPERTY(bool showMenuBarIcon READ showMenuBarIcon WRITE setShowMenuBarIcon NOTIFY showMenuBarIconChanged)
+    Q_PROPERTY(bool startListeningOnTriggerDown READ startListeningOnTriggerDown WRITE setStartListeningOnTriggerDown NOTIFY startListeningOnTriggerDownChanged)
     Q_PROPERTY(QString translationLanguageCode READ translationLanguageCode WRITE setTranslationLanguageCode NOTIFY translationLanguageCodeChanged)
     Q_PROPERTY(QString triggerDisplay READ triggerDisplay NOTIFY triggerDisplayChanged)
     Q_PROPERTY(QString triggerKey READ triggerKey WRITE setTriggerKey NOTIFY triggerDisplayChanged)
@@ -97,6 +98,9 @@ public:
     void setAutoCopyTranscript(bool value);
     [[nodiscard]] bool showMenuBarIcon() const { return m_showMenuBarIcon; }
     void setShowMenuBarIcon(bool value);
+    // Open the microphone as the trigger goes down, so the first syllable is kept.
+    [[nodiscard]] bool startListeningOnTriggerDown() const { return m_startListeningOnTriggerDown; }
+    void setStartListeningOnTriggerDown(bool value);
     [[nodiscard]] const QString &translationLanguageCode() const { return m_translationLanguageCode; }
     void setTranslationLanguageCode(const QString &value);
     // The TriggerKey id; takes effect at once. An unknown id means the default key.
@@ -116,6 +120,9 @@ public:
     QCoro::Task<> globalPressToTalkEnded();
     QCoro::Task<> globalToggleRecordingBegan();
     QCoro::Task<> globalToggleRecordingEnded();
+    // The held trigger was part of another key's shortcut: the hold's recording, if it
+    // started, is deleted unsent, and nothing is shown as an error.
+    QCoro::Task<> globalPressToTalkCancelled();
     // From `quorla dictation start|stop|toggle|cancel`: start and stop act as the trigger
     // going down and up; stop, toggle and cancel end whatever recording is running.
     QCoro::Task<> commandPressToTalkBegan();
@@ -193,6 +200,7 @@ Q_SIGNALS:
     void transcriptionModeChanged();
     void autoCopyTranscriptChanged();
     void showMenuBarIconChanged();
+    void startListeningOnTriggerDownChanged();
     void translationLanguageCodeChanged();
     void triggerDisplayChanged();
     void serviceAddressChanged();
@@ -241,13 +249,18 @@ private:
     static QString currentAppVersion();
     QCoro::Task<> startRecording(DictationSource source);
     bool promoteActiveHoldSessionToToggle();
+    // Warms the microphone up for a press that can start a dictation now, and lets it
+    // go as soon as the press turns out to be a tap or a shortcut.
+    void handleTriggerKeyChanged(bool down);
+    // Stops the running recording and deletes its file; no status line.
+    void discardRecording();
     // What the dictation pipeline gets, taken from the settings and the dictionary now.
     [[nodiscard]] DictationRequest dictationRequest(const QString &recordingPath, const QString &apiKey,
                                                     const std::optional<InputLanguageHint> &language) const;
     void rememberSavedAPIKey(const std::optional<QString> &key);
-    // Live mode: the socket opens as the trigger goes down, by the microphone's warm-up
-    // rules, and is handed to the recording that starts.
-    void handleTriggerKeyForLiveTranscription(bool down);
+    // Live mode: the socket opens with the microphone's warm-up and is handed to the
+    // recording that starts, or closed with the warm-up.
+    void warmUpLiveTranscription();
     [[nodiscard]] std::shared_ptr<LiveTranscription> liveTranscriptionFor(const DictationSession &session);
     // Holding the trigger can make the desktop switch the input source: a switch this
     // close to a hold's start was caused by the trigger, not by the user.
@@ -282,6 +295,7 @@ private:
     TranscriptionMode m_transcriptionMode = TranscriptionMode::fast;
     bool m_autoCopyTranscript = true;
     bool m_showMenuBarIcon = false;
+    bool m_startListeningOnTriggerDown = true;
     QString m_translationLanguageCode;
 
     bool m_hasStartedServices = false;

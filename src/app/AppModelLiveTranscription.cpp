@@ -7,17 +7,17 @@
 #include "services/LiveTranscription.h"
 #include "services/ServiceAddress.h"
 
-void AppModel::handleTriggerKeyForLiveTranscription(bool down)
+void AppModel::warmUpLiveTranscription()
 {
-    if (m_transcriptionMode != TranscriptionMode::live || m_isRecording || m_isBusy)
-        return;
-    // Without a key known already, the socket opens at the start, after the key is read.
+    // Without a key read already, the socket opens at the start, once the key is read.
     const std::optional<QString> apiKey = m_apiKey.knownKey();
-    if (down && apiKey && !m_warmLiveTranscription) {
+    if (m_transcriptionMode != TranscriptionMode::live || !apiKey)
+        return;
+    if (!m_warmLiveTranscription) {
         m_warmLiveTranscription = std::make_shared<LiveTranscription>();
         m_warmLiveTranscription->open(ServiceAddress::configuredAPIBaseURL(*m_services.preferences), *apiKey);
     }
-    m_liveTranscriptionRelease.start(down ? AudioRecorder::releaseWhileTriggerHeld : AudioRecorder::releaseAfterTriggerUp);
+    m_liveTranscriptionRelease.start(AudioRecorder::longestWarmUp);
 }
 
 std::shared_ptr<LiveTranscription> AppModel::liveTranscriptionFor(const DictationSession &session)

@@ -41,9 +41,11 @@ public:
     // before it included, to tap, converted to tap.sampleRate; its stop() delivers the
     // last ones. An empty tap (the default) delivers nothing.
     virtual void setPcmTap(PcmTap tap) = 0;
-    // Seconds of audio in the file so far; after stop(), of the finished file.
+    // Seconds recorded since start() (after stop(), in the finished file), not counting
+    // the prepared audio the file begins with.
     [[nodiscard]] virtual double currentTime() const = 0;
-    // The loudest channel-0 peak since the previous call, in dBFS, never below -160.
+    // The loudest channel-0 peak since the previous call (and since start(): the prepared
+    // audio is not counted), in dBFS, never below -160.
     virtual float takePeakPower() = 0;
     // Finishes the file (flushes the encoder) and closes the input. Throws the fault
     // that broke the recording, or a PlatformError when the file cannot be finished;

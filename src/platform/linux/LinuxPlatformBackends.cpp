@@ -1,22 +1,74 @@
 #include "platform/PlatformBackends.h"
 
+#include "platform/CommandOnlyKeyboardHook.h"
+#include "platform/DesktopSession.h"
 #include "platform/linux/AtSpiAccessibility.h"
+#include "platform/linux/DesktopSessionProbe.h"
 #include "platform/linux/LinuxDesktopProbe.h"
 #include "platform/linux/XkbInputSourceProvider.h"
 #include "platform/linux/SecretServiceCredentialStore.h"
 #include "platform/linux/X11KeySynthesizer.h"
 #include "platform/linux/X11Workspace.h"
 #include "platform/linux/QtAudioCapture.h"
+#include "platform/linux/KdeInputSourceProvider.h"
+#include "platform/linux/SwayInputSourceProvider.h"
+#include "platform/linux/SwayIpcConnection.h"
+#include "platform/linux/SwayKeyboardHook.h"
 #include "platform/linux/X11KeyboardHook.h"
+
+namespace {
+
+std::shared_ptr<KeyboardHook> makeKeyboardHook(SessionBackends::Trigger source, const TriggerKey &trigger)
+{
+    switch (source) {
+    case SessionBackends::Trigger::x11:
+    case SessionBackends::Trigger::xwaylandOnly:
+        return std::make_shared<X11KeyboardHook>(trigger);
+    case SessionBackends::Trigger::sway:
+        return std::make_shared<SwayKeyboardHook>(trigger, SwayIpcConnection::sessionSocketPath());
+    case SessionBackends::Trigger::globalShortcutsPortal:
+    case SessionBackends::Trigger::commandOnly:
+        break;
+    }
+    return std::make_shared<CommandOnlyKeyboardHook>(trigger);
+}
+
+// Sessions that tell nobody their keyboard layout: the input language gets no hint.
+class SilentInputSourceProvider : public InputSourceProvider
+{
+public:
+    std::optional<InputSourceInfo> currentInputSource() override { return std::nullopt; }
+    void startObservingChanges(std::function<void()>) override {}
+};
+
+std::shared_ptr<InputSourceProvider> makeInputSource(SessionBackends::Layout source)
+{
+    switch (source) {
+    case SessionBackends::Layout::xkb:
+        return std::make_shared<XkbInputSourceProvider>();
+    case SessionBackends::Layout::sway:
+        return std::make_shared<SwayInputSourceProvider>(SwayIpcConnection::sessionSocketPath());
+    case SessionBackends::Layout::kde:
+        return std::make_shared<KdeInputSourceProvider>(QDBusConnection::sessionBus());
+    case SessionBackends::Layout::none:
+        break;
+    }
+    return std::make_shared<SilentInputSourceProvider>();
+}
+
+} // namespace
 
 PlatformBackends makePlatformBackends(const TriggerKey &trigger)
 {
+    // Only the display servers are asked here: they answer on local sockets at once. The
+    // portals answer over D-Bus, so a portal backend asks them itself, asynchronously.
+    const SessionBackends chosen = chosenBackends(DesktopSessionProbe::displayServers());
     PlatformBackends backends;
-    backends.keyboardHook = std::make_shared<X11KeyboardHook>(trigger);
+    backends.keyboardHook = makeKeyboardHook(chosen.trigger, trigger);
     backends.workspace = std::make_shared<X11Workspace>();
     backends.accessibility = std::make_shared<AtSpiAccessibility>();
     backends.audioCapture = makeAudioCapture();
-    backends.inputSource = std::make_shared<XkbInputSourceProvider>();
+    backends.inputSource = makeInputSource(chosen.layout);
     backends.credentialStore = makeCredentialStore();
     backends.keySynthesizer = std::make_shared<X11KeySynthesizer>();
     return backends;
