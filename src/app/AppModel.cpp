@@ -36,6 +36,8 @@ AppModel::AppModel(AppServices services, QObject *parent)
         if (m_isRecording)
             stopRecordingAndTranscribe();
     });
+    m_liveTranscriptionRelease.setSingleShot(true);
+    connect(&m_liveTranscriptionRelease, &QTimer::timeout, this, [this] { m_warmLiveTranscription.reset(); });
     connect(m_services.pushToTalkMonitor.get(), &GlobalPushToTalkMonitor::triggerKeyChanged, this,
             &AppModel::handleTriggerKeyChanged);
 }
@@ -185,15 +187,19 @@ void AppModel::handleTriggerKeyChanged(bool down)
         // A tap, a shortcut, or a hold whose recording runs already or never will. A
         // toggle's start may still be on its way: the warm-up's own limit ends it if none
         // comes.
-        if (m_services.pushToTalkMonitor->triggerState().phase != PushToTalkTriggerPhase::toggleActive)
+        if (m_services.pushToTalkMonitor->triggerState().phase != PushToTalkTriggerPhase::toggleActive) {
             recorder.endWarmUp();
+            m_warmLiveTranscription.reset();
+        }
         return;
     }
     // Desktops show the open microphone: only for a press that can start a dictation.
     const bool keyAvailable = m_apiKey.knownKey() || m_apiKey.hasStoredKey;
     if (m_startListeningOnTriggerDown && !m_isBusy && !m_isRecording && keyAvailable
-        && m_microphonePermissionState == PermissionState::authorized)
+        && m_microphonePermissionState == PermissionState::authorized) {
         recorder.warmUp();
+        warmUpLiveTranscription();
+    }
 }
 
 // ---- errors

@@ -17,6 +17,7 @@
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <QTimer>
 #include <QVariant>
 #include <exception>
 #include <optional>
@@ -256,6 +257,7 @@ private:
     void setCurrentInputLanguageHint(const std::optional<InputLanguageHint> &hint);
 
     [[nodiscard]] QString recordingStatusMessage(const DictationSession &session) const;
+    [[nodiscard]] QString liveRecordingStatusMessage(const DictationSession &session, const QString &language) const;
     void persistCustomDictionaryEntries();
     [[nodiscard]] QList<CustomDictionaryEntry> loadCustomDictionaryEntries() const;
     void persistTypingStatistics();
@@ -285,6 +287,10 @@ private:
     [[nodiscard]] DictationRequest dictationRequest(const QString &recordingPath, const QString &apiKey,
                                                     const std::optional<InputLanguageHint> &language) const;
     void rememberSavedAPIKey(const std::optional<QString> &key);
+    // Live mode: the socket opens with the microphone's warm-up and is handed to the
+    // recording that starts, or closed with the warm-up.
+    void warmUpLiveTranscription();
+    [[nodiscard]] std::shared_ptr<LiveTranscription> liveTranscriptionFor(const DictationSession &session);
     // Holding the trigger can make the desktop switch the input source: a switch this
     // close to a hold's start was caused by the trigger, not by the user.
     static constexpr qint64 triggerCausedInputSourceChangeMs = 500;
@@ -329,4 +335,6 @@ private:
     bool m_isObservingInputSource = false;
     std::optional<QDateTime> m_lastInputSourceChangeAt;
     std::optional<QDateTime> m_lastRecordingStartedAt;
+    std::shared_ptr<LiveTranscription> m_warmLiveTranscription;
+    QTimer m_liveTranscriptionRelease;
 };

@@ -9,6 +9,7 @@
 #include "services/DictationPipeline.h"
 #include "services/GlobalPushToTalkMonitor.h"
 #include "services/InputSourceLanguageDetector.h"
+#include "services/LiveTranscription.h"
 #include "services/SpeechService.h"
 #include "services/TextInserter.h"
 #include "services/TranslationLanguageCatalog.h"
@@ -237,7 +238,15 @@ QCoro::Task<> AppModel::startRecording(DictationSource source)
     try {
         if (m_microphonePermissionState == PermissionState::denied)
             throw QuorlaError(QuorlaError::Kind::microphonePermissionDenied);
-        m_services.audioRecorder->startRecording();
+        PcmTap tap;
+        if (m_transcriptionMode == TranscriptionMode::live) {
+            session.live = liveTranscriptionFor(session);
+            tap = {LiveTranscription::sampleRate, [live = std::weak_ptr(session.live)](auto samples) {
+                       if (const auto receiver = live.lock())
+                           receiver->append(samples);
+                   }};
+        }
+        m_services.audioRecorder->startRecording(std::move(tap));
     } catch (...) {
         failStart(session.source, std::current_exception());
         co_return;
@@ -308,7 +317,8 @@ QCoro::Task<> AppModel::stopRecordingAndTranscribe()
         const std::optional<InputLanguageHint> language =
             session ? session->transcriptionLanguage : std::optional<InputLanguageHint>();
         const bool fromTrigger = session && session->source != DictationSource::manual;
-        const DictationRequest request = dictationRequest(recordingPath, apiKey, language);
+        DictationRequest request = dictationRequest(recordingPath, apiKey, language);
+        request.live = session ? session->live : nullptr;
         const auto showStep = [this, self, fromTrigger, &request](DictationStep step) {
             if (!self)
                 return;
@@ -317,6 +327,9 @@ QCoro::Task<> AppModel::stopRecordingAndTranscribe()
                 setStatusMessage((fromTrigger ? QStringLiteral("Transcribing dictation%1...")
                                               : QStringLiteral("Transcribing audio%1..."))
                                      .arg(statusLanguagePart(request.language)));
+                break;
+            case DictationStep::uploadingAfterLiveFailure:
+                setStatusMessage(QStringLiteral("Live transcription was interrupted. Uploading the recording instead..."));
                 break;
             case DictationStep::polishing:
                 setStatusMessage(QStringLiteral("Cleaning up text..."));
@@ -327,6 +340,8 @@ QCoro::Task<> AppModel::stopRecordingAndTranscribe()
             }
         };
         const QString transcript = co_await DictationPipeline(speech).run(request, showStep);
+        if (request.live)
+            request.live->close();
         if (modelGone())
             co_return;
 

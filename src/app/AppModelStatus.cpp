@@ -64,6 +64,8 @@ QString AppModel::recordingStatusMessage(const DictationSession &session) const
 {
     const QString language = statusLanguagePart(session.transcriptionLanguage);
     const QString &trigger = m_triggerDisplay;
+    if (session.live)
+        return liveRecordingStatusMessage(session, language);
     switch (session.source) {
     case DictationSource::fnToggle:
         return session.insertionTarget
@@ -85,6 +87,30 @@ QString AppModel::recordingStatusMessage(const DictationSession &session) const
         break;
     }
     return QStringLiteral("Recording%1... press Stop & Transcribe when you're done.").arg(language);
+}
+
+QString AppModel::liveRecordingStatusMessage(const DictationSession &session, const QString &language) const
+{
+    QString finish;
+    switch (session.source) {
+    case DictationSource::fnToggle:
+        finish = QStringLiteral("Press Space or %1").arg(m_triggerDisplay);
+        break;
+    case DictationSource::fnHold:
+        finish = QStringLiteral("Release %1").arg(m_triggerDisplay);
+        break;
+    case DictationSource::commandHold:
+    case DictationSource::commandToggle:
+        finish = QStringLiteral("Run %1").arg(commandToFinish(session.source));
+        break;
+    case DictationSource::manual:
+        finish = QStringLiteral("Press Stop & Transcribe");
+        break;
+    }
+    return session.insertionTarget
+             ? QStringLiteral("Transcribing for %1%2 as you speak. %3 when you're done.")
+                   .arg(statusApplicationName(*session.insertionTarget), language, finish)
+             : QStringLiteral("Transcribing%1 as you speak. %2 when you're done.").arg(language, finish);
 }
 
 bool AppModel::requiresOnboarding() const

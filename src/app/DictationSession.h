@@ -4,7 +4,10 @@
 #include "services/TextInsertionTarget.h"
 
 #include <QString>
+#include <memory>
 #include <optional>
+
+class LiveTranscription;
 
 // commandHold and commandToggle come from `quorla dictation start|toggle` (D-Bus), for
 // desktops where Quorla cannot see the trigger key or for scripts and switch devices.
@@ -38,6 +41,8 @@ struct DictationSession {
     std::optional<InputLanguageHint> transcriptionLanguage;
     bool replaceTriggerSpace = false;
     QString apiKey;
+    // Live mode: the speech streamed as it is recorded. Closes with the session's last copy.
+    std::shared_ptr<LiveTranscription> live;
 };
 
 // What the insertion step did.

@@ -4,7 +4,17 @@
 
 #include <QCoro/QCoroTask>
 #include <QString>
+#include <cstdint>
 #include <exception>
+#include <functional>
+#include <span>
+
+// A copy of the recording as it is captured, as mono 16-bit PCM at the rate a
+// consumer asks for (a streaming speech service takes other rates than the file).
+struct PcmTap {
+    int sampleRate = 0;
+    std::function<void(std::span<const std::int16_t>)> deliver;
+};
 
 // Microphone capture into a mono 16 kHz AAC file in an MPEG-4 container.
 class AudioCapture
@@ -27,6 +37,10 @@ public:
     // when the input refuses to start, or a PlatformError for file problems or a
     // missing encoder; no file is left behind then.
     virtual void start(const QString &filePath) = 0;
+    // The next start() also hands every sample of its recording, the kept audio from
+    // before it included, to tap, converted to tap.sampleRate; its stop() delivers the
+    // last ones. An empty tap (the default) delivers nothing.
+    virtual void setPcmTap(PcmTap tap) = 0;
     // Seconds recorded since start() (after stop(), in the finished file), not counting
     // the prepared audio the file begins with.
     [[nodiscard]] virtual double currentTime() const = 0;

@@ -47,9 +47,10 @@ QString AudioRecorder::makeRecordingURL() const
     return QDir(m_recordingsDirectory).filePath(name + QStringLiteral(".m4a"));
 }
 
-void AudioRecorder::startRecording()
+void AudioRecorder::startRecording(PcmTap tap)
 {
     const QString url = makeRecordingURL();
+    m_capture->setPcmTap(std::move(tap));
     m_capture->start(url); // throws; nothing is stored then
     m_releaseTimer.stop();
     m_maxPeakPower = -160.0f;

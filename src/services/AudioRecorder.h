@@ -1,6 +1,7 @@
 #pragma once
 
 #include "models/PermissionState.h"
+#include "platform/AudioCapture.h"
 
 #include <QCoro/QCoroTask>
 #include <QObject>
@@ -9,8 +10,6 @@
 #include <chrono>
 #include <memory>
 #include <optional>
-
-class AudioCapture;
 
 // Records one dictation at a time into "<temp>/Quorla/<UUID>.m4a" and keeps the
 // loudest level reached, polled every 0.1 s. Can open the input ahead of a recording
@@ -42,8 +41,8 @@ public:
 
     // Throws a PlatformError when the directory or file cannot be made,
     // QuorlaError::recordingFailed when the input refuses to start; the recorder stays
-    // idle then.
-    void startRecording();
+    // idle then. A tap gets a copy of this recording's audio as it is captured.
+    void startRecording(PcmTap tap = {});
     // Throws QuorlaError::noRecordingInProgress when idle, or the fault that broke the
     // recording (its file is deleted and the recorder is idle again).
     FinishedRecording stopRecording();

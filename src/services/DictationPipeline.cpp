@@ -3,6 +3,7 @@
 #include "models/QuorlaError.h"
 #include "models/TranscriptionPrompt.h"
 #include "services/FollowUpPhrases.h"
+#include "services/LiveTranscription.h"
 #include "services/SpeechService.h"
 #include "services/TranslationLanguageCatalog.h"
 #include "support/PlatformError.h"
@@ -18,6 +19,7 @@ const char *stepName(DictationStep step)
 {
     switch (step) {
     case DictationStep::transcribing:
+    case DictationStep::uploadingAfterLiveFailure:
         return "transcription";
     case DictationStep::polishing:
         return "polish";
@@ -79,8 +81,23 @@ QCoro::Task<QString> DictationPipeline::run(DictationRequest request, StepObserv
         announce(step);
         qCInfo(lcDictation) << "transcribing, language" << languageCode.value_or(QStringLiteral("unknown"))
                             << "dictionary prompt" << prompt.has_value();
-        QString reply = co_await speech->transcribeAudio(request.recordingPath, request.apiKey, request.mode,
-                                                         languageCode, prompt);
+        QString reply;
+        bool upload = !request.live;
+        if (request.live) {
+            // A broken stream only decides the next step: a handler may not co_await.
+            try {
+                reply = co_await request.live->finish();
+            } catch (const LiveTranscriptionFailure &) {
+                upload = true;
+            }
+        }
+        if (upload && request.live) {
+            step = DictationStep::uploadingAfterLiveFailure;
+            announce(step);
+        }
+        if (upload)
+            reply = co_await speech->transcribeAudio(request.recordingPath, request.apiKey, request.mode,
+                                                     languageCode, prompt);
         transcript = cleanedTranscript(reply);
         qCInfo(lcDictation) << "transcribed," << transcript.size() << "characters";
 

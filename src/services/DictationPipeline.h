@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 
+class LiveTranscription;
 class SpeechService;
 
 // "quorla.dictation": one line per step of a dictation, never its text or key.
@@ -29,9 +30,13 @@ struct DictationRequest {
     std::optional<QString> polishPrompt;
     // Absent when no translation is wanted; the pipeline still skips one into the speech language.
     std::optional<TranslationLanguage> translationTarget;
+    // In live mode, the speech streamed while it was recorded; its transcript replaces
+    // the upload, which remains the way out when the stream broke.
+    std::shared_ptr<LiveTranscription> live;
 };
 
 enum class DictationStep { transcribing,
+                           uploadingAfterLiveFailure,
                            polishing,
                            translating };
 

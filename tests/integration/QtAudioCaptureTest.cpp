@@ -12,7 +12,8 @@ namespace {
 
 // Speech played to the headless desktop's null sink "vsink" is what its virtual
 // microphone hears; the recording holds it whole, in the file format AacFileWriter writes,
-// after the audio heard since the warm-up, which its duration leaves out.
+// after the audio heard since the warm-up, which its duration leaves out,
+// and a tap gets all of it at the rate it asks for.
 TEST(QtAudioCapture, speechIsRecordedToAnAacFileWithItsDurationAndLevel)
 {
     ASSERT_FALSE(qEnvironmentVariableIsEmpty("PULSE_SERVER")) << "needs the headless desktop's audio server";
@@ -26,7 +27,8 @@ TEST(QtAudioCapture, speechIsRecordedToAnAacFileWithItsDurationAndLevel)
 
     recorder.warmUp();
     QTest::qWait(1000);
-    recorder.startRecording();
+    qint64 tapped = 0;
+    recorder.startRecording({24000, [&tapped](auto samples) { tapped += qint64(samples.size()); }});
     QProcess paplay; // the event loop, and so the recording, runs while it plays
     paplay.start(QStringLiteral("paplay"), {QStringLiteral("-d"), QStringLiteral("vsink"), speech});
     ASSERT_TRUE(QTest::qWaitFor([&] { return paplay.state() == QProcess::NotRunning; }, 20000));
@@ -38,6 +40,7 @@ TEST(QtAudioCapture, speechIsRecordedToAnAacFileWithItsDurationAndLevel)
     EXPECT_GT(recording.duration, 1.0);
     EXPECT_NEAR(probe.value("duration").toDouble() - recording.duration, QtAudioCapture::preRollMilliseconds / 1000.0, 0.1);
     EXPECT_GT(recording.maxPeakPower, -30.0f);
+    EXPECT_NEAR(double(tapped) / 24000 - recording.duration, QtAudioCapture::preRollMilliseconds / 1000.0, 0.1);
 }
 
 } // namespace

@@ -23,6 +23,7 @@ public:
         currentPath = filePath;
         std::tie(recording, prepared, fault) = std::tuple(true, false, nullptr);
     }
+    void setPcmTap(PcmTap tap) override { pcmTap = std::move(tap); }
     double currentTime() const override { return duration; }
     float takePeakPower() override { return peakPower; }
     void stop() override
@@ -51,4 +52,5 @@ public:
     bool recording = false;
     bool prepared = false;
     std::exception_ptr fault;
+    PcmTap pcmTap;
 };

@@ -4,6 +4,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTcpSocket>
+#include <QTimer>
 #include <memory>
 
 namespace {
@@ -87,9 +88,13 @@ void FakeOpenAIServer::readFrom(QTcpSocket *socket)
         const QByteArray path = request.path.split('?').value(0);
         auto queued = m_queued.find(path);
         // Answering may drop the connection, and with it the buffer.
-        respond(socket, queued != m_queued.end() && !queued->isEmpty()
-                            ? queued->takeFirst()
-                            : m_replies.value(path, json(404, R"({"error":{"message":"Unknown path"}})")));
+        const Reply reply = queued != m_queued.end() && !queued->isEmpty()
+                              ? queued->takeFirst()
+                              : m_replies.value(path, json(404, R"({"error":{"message":"Unknown path"}})"));
+        if (reply.delayMilliseconds > 0)
+            QTimer::singleShot(reply.delayMilliseconds, Qt::PreciseTimer, socket, [this, socket, reply] { respond(socket, reply); });
+        else
+            respond(socket, reply);
     }
 }
 

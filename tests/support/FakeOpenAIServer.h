@@ -32,6 +32,7 @@ public:
         QByteArray body, contentType = "application/json";
         Behaviour behaviour = Behaviour::answer;
         qint64 hugeBodyBytes = 0;
+        int delayMilliseconds = 0; // the service's think time before it answers
     };
 
     explicit FakeOpenAIServer(QObject *parent = nullptr);

@@ -20,6 +20,7 @@ TEST_F(AppModelPreferencesTest, storedValuesAreReadBackAndMalformedOnesFallBackT
     };
     for (const auto &[preferences, expected] : std::initializer_list<std::pair<QByteArray, QString>>{
              {"", "polish=0 prompt= mode=fast translation= copy=1 icon=0 typed=0/0 listen=1"},
+             {R"({"transcriptionMode": "live"})", "polish=0 prompt= mode=live translation= copy=1 icon=0 typed=0/0 listen=1"},
              {R"({"shouldPolishTranscript": true, "polishPrompt": "Be brief", "transcriptionMode": "moreAccurate",
                  "translationLanguageCode": " DE ", "autoCopyTranscript": false, "showMenuBarIcon": true,
                  "typedCharacterCount": 120, "typedWordCount": 20, "startListeningOnTriggerDown": false})",

@@ -38,8 +38,7 @@ TEST(DictationPipelineTest, sendsWhatTheSettingsAskForAndReturnsTheCleanedText)
         auto speech = std::make_shared<FakeSpeechService>();
         speech->transcript = c.transcript;
         speech->polished = c.polished;
-        const DictationRequest request{"/tmp/dictation.m4a", "sk", TranscriptionMode::moreAccurate, c.language,
-                                       c.guidance, c.polish, c.polishPrompt, c.target};
+        const DictationRequest request{"/tmp/dictation.m4a", "sk", TranscriptionMode::moreAccurate, c.language, c.guidance, c.polish, c.polishPrompt, c.target, {}};
         const TaskResult<QString> result = waitForResult(DictationPipeline(speech).run(request));
         EXPECT_EQ(result.value.value_or(result.errorText()), c.result);
         EXPECT_EQ(speech->requests, c.requests);

@@ -42,6 +42,10 @@ public:
         withOwnedErrors([&] { m_writer->finish(); });
     }
     void abort() noexcept override { m_writer->abort(); }
+    void setPcmTap(int sampleRate, std::function<void(std::span<const std::int16_t>)> deliver) override
+    {
+        withOwnedErrors([&] { m_writer->setPcmTap(sampleRate, std::move(deliver)); });
+    }
     [[nodiscard]] std::int64_t samplesWritten() const override { return m_writer->samplesWritten(); }
 
 private:

@@ -25,6 +25,11 @@ struct AacFileWriter::Codec {
     AVPacket *packet = nullptr;
     std::vector<std::int16_t> frameSamples;
     bool finished = false;
+    // The tap's own converter (16 kHz to its rate) and where its output goes.
+    SwrContext *tapConverter = nullptr;
+    int tapRate = 0;
+    std::function<void(std::span<const std::int16_t>)> tap;
+    std::vector<std::int16_t> tapSamples;
 
     ~Codec()
     {
@@ -33,6 +38,7 @@ struct AacFileWriter::Codec {
         if (fifo)
             av_audio_fifo_free(fifo);
         swr_free(&converter);
+        swr_free(&tapConverter);
         avcodec_free_context(&encoder);
         if (format) {
             if (format->pb)
@@ -136,6 +142,45 @@ void AacFileWriter::write(std::span<const std::int16_t> samples)
         fail(error, Step::write);
     m_samplesWritten += std::int64_t(samples.size());
     encodeAvailable(false);
+    tapSamples(samples);
+}
+
+void AacFileWriter::setPcmTap(int sampleRate, std::function<void(std::span<const std::int16_t>)> deliver)
+{
+    if (!m_codec)
+        return;
+    Codec &c = *m_codec;
+    swr_free(&c.tapConverter);
+    c.tap = std::move(deliver);
+    c.tapRate = sampleRate;
+    if (!c.tap)
+        return;
+    AVChannelLayout mono = AV_CHANNEL_LAYOUT_MONO;
+    if (const int error = swr_alloc_set_opts2(&c.tapConverter, &mono, AV_SAMPLE_FMT_S16, sampleRate, &mono,
+                                              AV_SAMPLE_FMT_S16, AudioFileWriter::sampleRate, 0, nullptr);
+        error < 0)
+        fail(error, Step::setUp);
+    if (const int error = swr_init(c.tapConverter); error < 0)
+        fail(error, Step::setUp);
+}
+
+// An empty span flushes what the converter still holds.
+void AacFileWriter::tapSamples(std::span<const std::int16_t> samples)
+{
+    Codec &c = *m_codec;
+    if (!c.tap || !c.tapConverter)
+        return;
+    const int capacity = swr_get_out_samples(c.tapConverter, int(samples.size()));
+    if (capacity <= 0)
+        return;
+    c.tapSamples.resize(std::size_t(capacity));
+    auto *output = reinterpret_cast<std::uint8_t *>(c.tapSamples.data());
+    const auto *input = reinterpret_cast<const std::uint8_t *>(samples.data());
+    const int converted = swr_convert(c.tapConverter, &output, capacity, samples.empty() ? nullptr : &input,
+                                      int(samples.size()));
+    // A converter fault costs the copy its audio, never the recording.
+    if (converted > 0)
+        c.tap(std::span<const std::int16_t>(c.tapSamples.data(), std::size_t(converted)));
 }
 
 void AacFileWriter::finish()
@@ -144,6 +189,7 @@ void AacFileWriter::finish()
         return;
     Codec &c = *m_codec;
     encodeAvailable(true);
+    tapSamples({});
     if (const int error = avcodec_send_frame(c.encoder, nullptr); error < 0)
         fail(error, Step::write);
     drainPackets();

@@ -20,6 +20,7 @@ public:
     void write(std::span<const std::int16_t> samples) override;
     void finish() override;
     void abort() noexcept override;
+    void setPcmTap(int sampleRate, std::function<void(std::span<const std::int16_t>)> deliver) override;
     [[nodiscard]] std::int64_t samplesWritten() const override { return m_samplesWritten; }
 
 private:
@@ -30,6 +31,7 @@ private:
 
     void encodeAvailable(bool flushing);
     void drainPackets();
+    void tapSamples(std::span<const std::int16_t> samples);
     [[noreturn]] void fail(int error, Step step);
 
     QString m_filePath;

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <cstdint>
+#include <functional>
 #include <span>
 
 // A recording file fed with 16 kHz mono 16-bit PCM as it arrives. Every failure is
@@ -23,6 +24,11 @@ public:
     virtual void finish() = 0;
     // Closes and removes the file without finishing it; never throws.
     virtual void abort() noexcept = 0;
+
+    // Also hands every sample written from now on to deliver, converted to sampleRate;
+    // finish() delivers the last ones. Throws like the constructor when the converter
+    // cannot be set up.
+    virtual void setPcmTap(int sampleRate, std::function<void(std::span<const std::int16_t>)> deliver) = 0;
 
     [[nodiscard]] virtual std::int64_t samplesWritten() const = 0;
     [[nodiscard]] double duration() const { return double(samplesWritten()) / sampleRate; }

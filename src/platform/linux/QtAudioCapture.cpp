@@ -94,6 +94,8 @@ void QtAudioCapture::start(const QString &filePath)
     m_failure = nullptr;
     m_finishedDuration = 0;
     auto writer = m_encoder.createWriter(filePath); // throws PlatformError
+    if (PcmTap tap = std::exchange(m_pcmTap, {}); tap.deliver)
+        writer->setPcmTap(tap.sampleRate, std::move(tap.deliver)); // throws PlatformError, the file gone
     if (!openInput()) {
         writer->abort();
         throw QuorlaError(QuorlaError::Kind::recordingFailed);

@@ -44,6 +44,7 @@ public:
     void prepare() override;
     void release() override;
     void start(const QString &filePath) override;
+    void setPcmTap(PcmTap tap) override { m_pcmTap = std::move(tap); }
     double currentTime() const override;
     float takePeakPower() override;
     void stop() override;
@@ -71,6 +72,7 @@ private:
     double m_preRollDuration = 0;
     float m_peakPower = -160.0f;
     std::exception_ptr m_failure;
+    PcmTap m_pcmTap;
     QTimer m_stallCheck;
     QTimer m_encoderIdle;
     QElapsedTimer m_sinceLastAudio;

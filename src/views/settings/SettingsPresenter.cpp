@@ -6,6 +6,8 @@
 #include "services/ServiceAddress.h"
 #include "services/TranslationLanguageCatalog.h"
 
+#include <algorithm>
+
 SettingsPresenter::SettingsPresenter(QObject *parent)
     : ModelPresenter(parent)
 {
@@ -50,12 +52,16 @@ void SettingsPresenter::setTranslationIndex(int index)
 QStringList SettingsPresenter::transcriptionModeChoices() const
 {
     return {QStringLiteral("Fast (%1)").arg(transcriptionModelName(TranscriptionMode::fast)),
-            QStringLiteral("More accurate (%1)").arg(transcriptionModelName(TranscriptionMode::moreAccurate))};
+            QStringLiteral("More accurate (%1)").arg(transcriptionModelName(TranscriptionMode::moreAccurate)),
+            QStringLiteral("Live, transcribed as you speak (%1)").arg(transcriptionModelName(TranscriptionMode::live))};
 }
 
 int SettingsPresenter::transcriptionModeIndex() const
 {
-    return model() && model()->transcriptionMode() == TranscriptionMode::moreAccurate ? 1 : 0;
+    if (!model())
+        return 0;
+    const auto found = std::find(allTranscriptionModes.begin(), allTranscriptionModes.end(), model()->transcriptionMode());
+    return int(found - allTranscriptionModes.begin());
 }
 
 void SettingsPresenter::setTranscriptionModeIndex(int index)

@@ -1,0 +1,118 @@
+// Trigger key release to text in the field (the model's whole path, from the fake key
+// hook to the fake inserter), Fast (the recording uploaded at the release) against
+// Live (streamed while it is spoken), for a 5 s and a 30 s dictation. Both
+// fake services answer as the real one would: 300 ms per request plus 0.15 s per
+// second of speech not yet transcribed. The speaker pauses after every phrase; the
+// service has transcribed each finished phrase while the next was spoken, so at the
+// release Live waits for the last phrase only.
+// Counters: the median wait, and the bytes sent per second of speech. Fast's upload
+// is counted as the real recorder's 32 kbit/s AAC plus the request's own bytes (the
+// fake microphone writes a stand-in file).
+#include "FakeOpenAIServer.h"
+#include "FakeRealtimeServer.h"
+#include "ModelFixture.h"
+
+#include "services/LiveTranscription.h"
+#include "services/OpenAIClient.h"
+#include "stores/PreferenceKeys.h"
+#include "stores/PreferencesStore.h"
+
+#include <QGuiApplication>
+#include <QTest>
+#include <benchmark/benchmark.h>
+#include <chrono>
+#include <vector>
+
+namespace {
+
+constexpr int perRequestMilliseconds = 300;
+constexpr double transcriptionSecondsPerSpeechSecond = 0.15;
+constexpr double phraseSeconds = 2.5;
+constexpr double aacBytesPerSecond = 32000.0 / 8;
+
+void BM_releaseToText(benchmark::State &state)
+{
+    const bool live = state.range(0) != 0;
+    const int seconds = int(state.range(1));
+    ModelFixture fixture;
+    fixture.workspace->frontmost = std::make_shared<FakeApplication>(42, QStringLiteral("TextEdit"));
+    fixture.audio->duration = seconds;
+
+    FakeOpenAIServer http;
+    FakeOpenAIServer::Reply transcription = FakeOpenAIServer::json(200, FakeOpenAIServer::transcriptionBody("Hello."));
+    transcription.delayMilliseconds =
+        perRequestMilliseconds + int(transcriptionSecondsPerSpeechSecond * seconds * 1000);
+    http.setReply("/v1/audio/transcriptions", transcription);
+    FakeRealtimeServer realtime;
+    realtime.millisecondsPerSegment = perRequestMilliseconds;
+    realtime.secondsPerAudioSecond = transcriptionSecondsPerSpeechSecond;
+    for (double end = phraseSeconds; end < seconds; end += phraseSeconds)
+        realtime.pauses.append({qint64(end * LiveTranscription::sampleRate), QStringLiteral("Phrase.")});
+
+    fixture.makeModel();
+    AppServices services = fixture.services;
+    services.preferences->setString(PreferenceKeys::apiBaseURL, (live ? realtime.baseURL() : http.baseURL()).toString());
+    services.openAIClient = std::make_shared<OpenAIClient>(&fixture.network, http.baseURL());
+    AppModel model(services);
+    model.setApiKeyDraft(QStringLiteral("sk-bench"));
+    model.setTranscriptionMode(live ? TranscriptionMode::live : TranscriptionMode::fast);
+
+    model.startAppServices();
+
+    const std::vector<std::int16_t> tenthOfASecond(LiveTranscription::sampleRate / 10, 1000);
+    double bytes = 0;
+    for (auto _ : state) {
+        // The trigger goes down (the socket opens), the hold is recognized, recording starts.
+        fixture.keyboard->trigger(true);
+        if (!QTest::qWaitFor([&] { return model.isRecording(); }, 10000))
+            state.SkipWithError("the hold did not start a recording");
+        if (live) {
+            // Once the socket is open each tenth goes out on its own, as it would while speaking.
+            fixture.audio->pcmTap.deliver(tenthOfASecond);
+            static_cast<void>(QTest::qWaitFor([&] { return realtime.receivedSamples > 0; }, 10000));
+            for (int tenth = 1; tenth < seconds * 10; ++tenth)
+                fixture.audio->pcmTap.deliver(tenthOfASecond);
+            // Speaking took real time: the audio is in, the earlier phrases transcribed.
+            const bool spoken = QTest::qWaitFor(
+                [&] {
+                    return realtime.receivedSamples >= qint64(seconds) * LiveTranscription::sampleRate
+                        && realtime.transcribed == realtime.pauses.size();
+                },
+                60000);
+            if (!spoken)
+                state.SkipWithError("the live server did not get the speech");
+        }
+        const qsizetype inserted = fixture.inserter->calls.size();
+        const auto released = std::chrono::steady_clock::now();
+        fixture.keyboard->trigger(false);
+        const bool typed = QTest::qWaitFor([&] { return fixture.inserter->calls.size() > inserted; }, 60000);
+        state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - released).count());
+        if (!typed)
+            state.SkipWithError("no text reached the field");
+        static_cast<void>(QTest::qWaitFor([&] { return !model.isBusy(); }, 10000));
+        bytes = live ? double(realtime.receivedBytes)
+                     : double(http.requests().last().body.size() - QByteArray("fake m4a").size())
+                           + aacBytesPerSecond * seconds;
+    }
+    state.counters["bytesPerSpeechSecond"] = bytes / seconds;
+}
+BENCHMARK(BM_releaseToText)
+    ->ArgNames({"live", "seconds"})
+    ->ArgsProduct({{0, 1}, {5, 30}})
+    ->UseManualTime()
+    ->Iterations(1)
+    ->Repetitions(7)
+    ->ReportAggregatesOnly(true)
+    ->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
