@@ -18,6 +18,9 @@ public:
         std::function<bool(bool autoRepeat, bool triggerFlag)> spaceDown;
         // A Space key-up; returns true when its key-down was consumed.
         std::function<bool()> spaceUp;
+        // A toggle gesture of its own: sent by hooks whose desktop binds the toggle as a
+        // separate shortcut, since they never see Space (the GlobalShortcuts portal).
+        std::function<void()> toggleRequested;
     };
 
     virtual ~KeyboardHook() = default;

@@ -41,6 +41,7 @@ void GlobalPushToTalkMonitor::installMonitors()
     };
     events.spaceDown = [this](bool autoRepeat, bool triggerFlag) { return handleSpaceDown(autoRepeat, triggerFlag); };
     events.spaceUp = [this] { return handleSpaceUp(); };
+    events.toggleRequested = [this] { handleToggleRequest(); };
     m_hook->install(std::move(events));
 }
 
@@ -127,6 +128,16 @@ PushToTalkTriggerStateMachine::Actions GlobalPushToTalkMonitor::apply(PushToTalk
     }
     updateSpaceCapture();
     return actions;
+}
+
+void GlobalPushToTalkMonitor::handleToggleRequest()
+{
+    // The same facts as trigger + Space; a trigger the hook does not hold is let go again.
+    const bool triggerHeld = m_triggerState.isFnPressed;
+    apply(PushToTalkTriggerInput::spaceDown(true));
+    apply(PushToTalkTriggerInput::spaceUp());
+    if (!triggerHeld)
+        apply(PushToTalkTriggerInput::fnUp());
 }
 
 void GlobalPushToTalkMonitor::scheduleHoldStart()

@@ -61,6 +61,7 @@ Q_SIGNALS:
 private:
     bool handleSpaceDown(bool autoRepeat, bool triggerFlag);
     bool handleSpaceUp();
+    void handleToggleRequest();
     void scheduleHoldStart();
     void endGestureInProgress();
     void updateSpaceCapture();

@@ -34,6 +34,7 @@ public:
     void trigger(bool down) { m_events.triggerChanged(down); }
     bool spaceDown(bool autoRepeat = false, bool triggerFlag = false) { return m_events.spaceDown(autoRepeat, triggerFlag); }
     bool spaceUp() { return m_events.spaceUp(); }
+    void toggle() { m_events.toggleRequested(); }
 
     QString triggerName = QStringLiteral("Fn");
     QString triggerKeyId;
