@@ -18,7 +18,7 @@ public:
     // Gets ready to send keys and then calls `ready` (on the main thread), false when keys
     // cannot be sent. A route that needs the desktop's consent asks for it here, before the
     // first paste; ready at once everywhere else.
-    virtual void prepare(std::function<void(bool ready)> ready) { ready(true); }
+    virtual void prepare(const std::function<void(bool ready)> &ready) { ready(true); }
 
     // A press and release of Backspace; false when it could not be sent.
     virtual bool sendBackspace() = 0;

@@ -42,6 +42,7 @@ const PlatformWords &PlatformWords::macOS()
         .helpSaveKeyStep = QStringLiteral(
             "Paste the key into the API key field and press Save. Quorla stores it in macOS "
             "Keychain."),
+        .desktopShortcutsNote = QString(),
     };
     return words;
 }
@@ -88,6 +89,10 @@ const PlatformWords &PlatformWords::linuxDesktop()
         .helpSaveKeyStep = QStringLiteral(
             "Paste the key into the API key field and press Save. Quorla stores it in your "
             "desktop keyring."),
+        .desktopShortcutsNote = QStringLiteral(
+            "Under Wayland, where the desktop offers global shortcuts, hold Ctrl+Alt+D to dictate "
+            "and press Ctrl+Alt+Space to start or stop, or choose other keys in your desktop's "
+            "shortcut settings."),
     };
     return words;
 }

@@ -25,6 +25,7 @@ struct PlatformWords {
     QString onboardingMicrophoneNotDetermined;
     QString onboardingKeyStorage;
     QString helpSaveKeyStep;
+    QString desktopShortcutsNote; // the desktop's own shortcuts trigger dictation; empty where none do
 
     static const PlatformWords &macOS();
     static const PlatformWords &linuxDesktop();

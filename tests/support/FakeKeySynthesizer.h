@@ -8,7 +8,7 @@
 class FakeKeySynthesizer : public KeySynthesizer
 {
 public:
-    void prepare(std::function<void(bool)> done) override { done(ready); }
+    void prepare(const std::function<void(bool)> &done) override { done(ready); }
     bool sendBackspace() override { return backspaceWorks && (sent.append(QStringLiteral("BackSpace")), true); }
     bool sendPasteShortcut(PasteShortcut shortcut) override
     {
