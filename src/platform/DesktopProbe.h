@@ -16,7 +16,6 @@ public:
     enum class TriggerAccess { watchable,
                                noDisplay,
                                noXInput2,
-                               noXTest,
                                noTriggerKey };
 
     struct Session {

@@ -117,9 +117,6 @@ DoctorCheck triggerCheck(DesktopProbe::TriggerAccess access, const QString &key)
     case DesktopProbe::TriggerAccess::noXInput2:
         return fail(QStringLiteral("Trigger %1: the X server has no XInput2 2.2").arg(key),
                     QStringLiteral("Enable the XInputExtension in the X server."));
-    case DesktopProbe::TriggerAccess::noXTest:
-        return fail(QStringLiteral("Trigger %1: the X server has no XTest extension").arg(key),
-                    QStringLiteral("Enable the XTEST extension in the X server."));
     case DesktopProbe::TriggerAccess::noTriggerKey:
         break;
     }

@@ -66,10 +66,10 @@ const PlatformWords &PlatformWords::linuxDesktop()
             "access does not update."),
         .monitorOutsideWindowFailure = QStringLiteral(
             "Quorla needs the X11 keyboard extensions to use %1 and %1 + Space outside this "
-            "window. Run Quorla in an X11 session with XInput2 and XTest, then reopen Quorla."),
+            "window. Run Quorla in an X11 session with XInput2, then reopen Quorla."),
         .monitorCaptureSpaceFailure = QStringLiteral(
             "Quorla needs the X11 keyboard extensions to capture Space for %1 + Space. Run "
-            "Quorla in an X11 session with XInput2 and XTest, then reopen Quorla."),
+            "Quorla in an X11 session with XInput2, then reopen Quorla."),
         .apiKeySavedStatus = QStringLiteral("API key saved to the keyring."),
         .credentialSaveFailure = QStringLiteral("Couldn't save the API key to the keyring (status %1)."),
         .credentialUpdateFailure = QStringLiteral("Couldn't update the API key in the keyring (status %1)."),

@@ -29,8 +29,8 @@ Access accessFor(X11KeyboardConnection::OpenResult result)
         return Access::noDisplay;
     case X11KeyboardConnection::OpenResult::noXInput2:
         return Access::noXInput2;
-    case X11KeyboardConnection::OpenResult::noXTest:
-        return Access::noXTest;
+    case X11KeyboardConnection::OpenResult::noGrabConnection:
+        return Access::noDisplay;
     case X11KeyboardConnection::OpenResult::noTriggerKey:
         break;
     }

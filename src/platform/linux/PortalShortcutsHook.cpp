@@ -52,13 +52,14 @@ PortalShortcutsHook::~PortalShortcutsHook()
     uninstall();
 }
 
-void PortalShortcutsHook::install(Events events)
+KeyboardHook::InstallOutcome PortalShortcutsHook::install(Events events)
 {
     uninstall();
     m_events = std::move(events);
     m_installed = true;
     connectSignals(true);
     openSession(++m_generation);
+    return {};
 }
 
 void PortalShortcutsHook::uninstall()

@@ -32,14 +32,14 @@ public:
 
     // Opens the portal session in the background; a desktop that refuses it is logged and
     // leaves the hook uninstalled.
-    void install(Events events) override;
+    InstallOutcome install(Events events) override;
     void uninstall() override;
     [[nodiscard]] bool isInstalled() const override { return m_installed; }
     void setSpaceCaptureWanted(bool) override {}
     // The hold shortcut as the desktop describes it, once known.
     [[nodiscard]] QString triggerDisplayName() const override { return m_triggerName; }
     // The desktop's dialog chooses the keys here.
-    void setTriggerKey(const TriggerKey &) override {}
+    InstallOutcome setTriggerKey(const TriggerKey &) override { return {}; }
 
     // For the portal's signals (QtDBus calls only public slots).
 public Q_SLOTS:
