@@ -42,6 +42,8 @@ const PlatformWords &PlatformWords::macOS()
         .helpSaveKeyStep = QStringLiteral(
             "Paste the key into the API key field and press Save. Quorla stores it in macOS "
             "Keychain."),
+        .triggerCommandOnlyStatus = QString(),
+        .noPasteRouteStatus = QString(),
         .desktopShortcutsNote = QString(),
     };
     return words;
@@ -57,8 +59,8 @@ const PlatformWords &PlatformWords::linuxDesktop()
             "Accessibility access is required so Quorla can type into other apps. Enable it in "
             "Settings > Accessibility. If it is already enabled, quit and reopen Quorla."),
         .triggerUnavailableStatus = QStringLiteral(
-            "%1 shortcut detection isn't available right now. Fix X11 keyboard monitoring and "
-            "relaunch the app."),
+            "%1 shortcut detection isn't available right now. Fix keyboard monitoring in your "
+            "session and relaunch the app."),
         .microphoneDeniedStatus = QStringLiteral(
             "Enable microphone access in Settings > Sound, then try %1 or %1 + Space again."),
         .accessibilityRequestStatus = QStringLiteral(
@@ -89,6 +91,12 @@ const PlatformWords &PlatformWords::linuxDesktop()
         .helpSaveKeyStep = QStringLiteral(
             "Paste the key into the API key field and press Save. Quorla stores it in your "
             "desktop keyring."),
+        .triggerCommandOnlyStatus = QStringLiteral(
+            "This Wayland session doesn't let Quorla watch %1. Bind \"quorla dictation toggle\" to a "
+            "key in your desktop's keyboard shortcuts: see Settings > Use another key or a command."),
+        .noPasteRouteStatus = QStringLiteral(
+            "This Wayland session doesn't let Quorla press keys, so the text stays on the clipboard "
+            "and in History. Press Ctrl+V to paste it."),
         .desktopShortcutsNote = QStringLiteral(
             "Under Wayland, where the desktop offers global shortcuts, hold Ctrl+Alt+D to dictate "
             "and press Ctrl+Alt+Space to start or stop, or choose other keys in your desktop's "

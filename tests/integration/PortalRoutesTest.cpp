@@ -30,7 +30,7 @@ TEST(PortalShortcutsHook, turnsTheDesktopsShortcutsIntoTriggerAndToggleEvents)
         SCOPED_TRACE(c.name);
         FakePortal portal;
         portal.bindsAtCreate = c.bindsAtCreate;
-        PortalShortcutsHook hook(QDBusConnection::sessionBus(), portal.service());
+        PortalShortcutsHook hook(nullptr, QDBusConnection::sessionBus(), portal.service());
         QStringList events;
         KeyboardHook::Events handlers;
         handlers.triggerChanged = [&](bool down) { events << (down ? "down" : "up"); };

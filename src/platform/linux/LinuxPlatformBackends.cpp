@@ -1,6 +1,9 @@
 #include "platform/PlatformBackends.h"
 
+#include "platform/CommandOnlyKeyboardHook.h"
+#include "platform/DesktopSession.h"
 #include "platform/linux/AtSpiAccessibility.h"
+#include "platform/linux/DesktopSessionProbe.h"
 #include "platform/linux/LinuxDesktopProbe.h"
 #include "platform/linux/PortalBackends.h"
 #include "platform/linux/XkbInputSourceProvider.h"
@@ -8,40 +11,86 @@
 #include "platform/linux/X11KeySynthesizer.h"
 #include "platform/linux/X11Workspace.h"
 #include "platform/linux/QtAudioCapture.h"
+#include "platform/linux/KdeInputSourceProvider.h"
+#include "platform/linux/SwayInputSourceProvider.h"
+#include "platform/linux/SwayIpcConnection.h"
+#include "platform/linux/SwayKeyboardHook.h"
 #include "platform/linux/X11KeyboardHook.h"
-
-#include <QStringList>
-#include <algorithm>
 
 namespace {
 
-// Until the session probe decides: a Wayland session of a desktop whose portal offers
-// global shortcuts (KDE, GNOME 48+, Hyprland) or a remote desktop keyboard (KDE, GNOME).
-bool isWaylandDesktop(std::initializer_list<QLatin1String> desktops)
+std::shared_ptr<KeyboardHook> makeKeyboardHook(SessionBackends::Trigger source, const TriggerKey &trigger)
 {
-    if (!qEnvironmentVariableIsSet("WAYLAND_DISPLAY"))
-        return false;
-    const QStringList current = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':');
-    return std::any_of(desktops.begin(), desktops.end(),
-                       [&](QLatin1String desktop) { return current.contains(desktop, Qt::CaseInsensitive); });
+    switch (source) {
+    case SessionBackends::Trigger::x11:
+        return std::make_shared<X11KeyboardHook>(trigger);
+    case SessionBackends::Trigger::sway:
+        return std::make_shared<SwayKeyboardHook>(trigger, SwayIpcConnection::sessionSocketPath());
+    // The portal answers over D-Bus, so the hook asks it itself and falls back when it
+    // offers no global shortcuts: to Xwayland's windows, or to the command.
+    case SessionBackends::Trigger::xwaylandOnly:
+        return makePortalShortcutsHook(std::make_shared<X11KeyboardHook>(trigger));
+    case SessionBackends::Trigger::globalShortcutsPortal:
+    case SessionBackends::Trigger::commandOnly:
+        break;
+    }
+    return makePortalShortcutsHook(std::make_shared<CommandOnlyKeyboardHook>(trigger));
+}
+
+// Sessions that tell nobody their keyboard layout: the input language gets no hint.
+class SilentInputSourceProvider : public InputSourceProvider
+{
+public:
+    std::optional<InputSourceInfo> currentInputSource() override { return std::nullopt; }
+    void startObservingChanges(std::function<void()>) override {}
+};
+
+std::shared_ptr<InputSourceProvider> makeInputSource(SessionBackends::Layout source)
+{
+    switch (source) {
+    case SessionBackends::Layout::xkb:
+        return std::make_shared<XkbInputSourceProvider>();
+    case SessionBackends::Layout::sway:
+        return std::make_shared<SwayInputSourceProvider>(SwayIpcConnection::sessionSocketPath());
+    case SessionBackends::Layout::kde:
+        return std::make_shared<KdeInputSourceProvider>(QDBusConnection::sessionBus());
+    case SessionBackends::Layout::none:
+        break;
+    }
+    return std::make_shared<SilentInputSourceProvider>();
+}
+
+std::shared_ptr<KeySynthesizer> makeKeySynthesizer(SessionBackends::Keys route)
+{
+    switch (route) {
+    // The portal's keys reach native and Xwayland windows alike, once the user consents.
+    case SessionBackends::Keys::remoteDesktopPortal:
+    case SessionBackends::Keys::xwaylandOnly:
+    case SessionBackends::Keys::none:
+        return makePortalKeySynthesizer();
+    case SessionBackends::Keys::x11:
+    case SessionBackends::Keys::virtualKeyboard:
+    case SessionBackends::Keys::kdeFakeInput:
+        break;
+    }
+    return std::make_shared<X11KeySynthesizer>();
 }
 
 } // namespace
 
 PlatformBackends makePlatformBackends(const TriggerKey &trigger)
 {
+    // Only the display servers are asked here: they answer on local sockets at once. The
+    // portals answer over D-Bus, so a portal backend asks them itself, asynchronously.
+    const SessionBackends chosen = chosenBackends(DesktopSessionProbe::displayServers());
     PlatformBackends backends;
-    backends.keyboardHook = isWaylandDesktop({QLatin1String("KDE"), QLatin1String("GNOME"), QLatin1String("Hyprland")})
-                              ? makePortalShortcutsHook()
-                              : std::make_shared<X11KeyboardHook>(trigger);
+    backends.keyboardHook = makeKeyboardHook(chosen.trigger, trigger);
     backends.workspace = std::make_shared<X11Workspace>();
     backends.accessibility = std::make_shared<AtSpiAccessibility>();
     backends.audioCapture = makeAudioCapture();
-    backends.inputSource = std::make_shared<XkbInputSourceProvider>();
+    backends.inputSource = makeInputSource(chosen.layout);
     backends.credentialStore = makeCredentialStore();
-    backends.keySynthesizer = isWaylandDesktop({QLatin1String("KDE"), QLatin1String("GNOME")})
-                                ? makePortalKeySynthesizer()
-                                : std::make_shared<X11KeySynthesizer>();
+    backends.keySynthesizer = makeKeySynthesizer(chosen.keys);
     return backends;
 }
 

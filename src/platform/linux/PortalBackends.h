@@ -5,7 +5,8 @@
 class KeyboardHook;
 class KeySynthesizer;
 
-// The desktop portal routes on the session bus: the trigger and toggle as GlobalShortcuts,
-// and keys through a RemoteDesktop keyboard session.
-std::shared_ptr<KeyboardHook> makePortalShortcutsHook();
+// The desktop portal routes on the session bus: the trigger and toggle as GlobalShortcuts
+// (`fallback` serving where the portal offers none), and keys through a RemoteDesktop
+// keyboard session.
+std::shared_ptr<KeyboardHook> makePortalShortcutsHook(std::shared_ptr<KeyboardHook> fallback);
 std::shared_ptr<KeySynthesizer> makePortalKeySynthesizer();

@@ -39,8 +39,9 @@ Portal::Shortcuts shortcutsIn(const QVariant &value)
 
 } // namespace
 
-PortalShortcutsHook::PortalShortcutsHook(QDBusConnection bus, QString service)
-    : m_bus(std::move(bus))
+PortalShortcutsHook::PortalShortcutsHook(std::shared_ptr<KeyboardHook> fallback, QDBusConnection bus, QString service)
+    : m_fallback(std::move(fallback))
+    , m_bus(std::move(bus))
     , m_service(std::move(service))
     , m_triggerName(defaultTriggerName)
 {
@@ -65,6 +66,8 @@ KeyboardHook::InstallOutcome PortalShortcutsHook::install(Events events)
 void PortalShortcutsHook::uninstall()
 {
     ++m_generation;
+    if (std::exchange(m_fellBack, false))
+        m_fallback->uninstall();
     if (!m_session.isEmpty()) {
         m_bus.disconnect(m_service, m_session, Portal::sessionInterface, QStringLiteral("Closed"), this,
                          SLOT(sessionClosed()));
@@ -105,7 +108,7 @@ QCoro::Task<void> PortalShortcutsHook::openSession(quint64 generation)
     if (!created.granted() || m_session.isEmpty()) {
         qCWarning(lcPortalShortcuts) << "the desktop refused a shortcuts session:" << created.code
                                      << created.results.value(QStringLiteral("error")).toString();
-        uninstall();
+        fallBack();
         co_return;
     }
     m_bus.connect(m_service, m_session, Portal::sessionInterface, QStringLiteral("Closed"), this,
@@ -135,6 +138,41 @@ QCoro::Task<void> PortalShortcutsHook::openSession(quint64 generation)
     if (!chosen.granted())
         qCWarning(lcPortalShortcuts) << "the shortcuts were not bound:" << chosen.code;
     noteDescriptions(chosen.results.value(QStringLiteral("shortcuts")));
+}
+
+void PortalShortcutsHook::fallBack()
+{
+    const Events events = m_events;
+    uninstall();
+    if (!m_fallback)
+        return;
+    m_fellBack = true;
+    try {
+        m_fallback->install(events);
+    } catch (const std::exception &error) {
+        qCWarning(lcPortalShortcuts) << "no fallback for the portal's shortcuts:" << error.what();
+    }
+}
+
+bool PortalShortcutsHook::isInstalled() const
+{
+    return m_fellBack ? m_fallback->isInstalled() : m_installed;
+}
+
+void PortalShortcutsHook::setSpaceCaptureWanted(bool wanted)
+{
+    if (m_fellBack)
+        m_fallback->setSpaceCaptureWanted(wanted);
+}
+
+QString PortalShortcutsHook::triggerDisplayName() const
+{
+    return m_fellBack ? m_fallback->triggerDisplayName() : m_triggerName;
+}
+
+KeyboardHook::InstallOutcome PortalShortcutsHook::setTriggerKey(const TriggerKey &key)
+{
+    return m_fallback ? m_fallback->setTriggerKey(key) : InstallOutcome{};
 }
 
 void PortalShortcutsHook::noteDescriptions(const QVariant &shortcuts)
@@ -188,7 +226,7 @@ void PortalShortcutsHook::sessionClosed()
     uninstall();
 }
 
-std::shared_ptr<KeyboardHook> makePortalShortcutsHook()
+std::shared_ptr<KeyboardHook> makePortalShortcutsHook(std::shared_ptr<KeyboardHook> fallback)
 {
-    return std::make_shared<PortalShortcutsHook>();
+    return std::make_shared<PortalShortcutsHook>(std::move(fallback));
 }

@@ -8,13 +8,14 @@
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QObject>
+#include <memory>
 
 // The trigger and the toggle as two shortcuts of the desktop's GlobalShortcuts portal
 // (KDE Plasma 5.27+, GNOME 48+, Hyprland). The desktop owns the keys: no portal binds a
 // lone modifier, so the defaults are chords the user changes in the desktop's shortcut
 // settings, the trigger key setting does not apply, and Space is never seen (the toggle
 // is the second shortcut). Nothing here holds a key: a busy main thread only delays
-// the events.
+// the events. Where the portal offers no such session, `fallback` serves instead.
 class PortalShortcutsHook : public QObject, public KeyboardHook
 {
     Q_OBJECT
@@ -26,20 +27,21 @@ public:
     static inline const QString holdChord = QStringLiteral("CTRL+ALT+d");
     static inline const QString toggleChord = QStringLiteral("CTRL+ALT+space");
 
-    explicit PortalShortcutsHook(QDBusConnection bus = QDBusConnection::sessionBus(),
+    explicit PortalShortcutsHook(std::shared_ptr<KeyboardHook> fallback,
+                                 QDBusConnection bus = QDBusConnection::sessionBus(),
                                  QString service = Portal::service);
     ~PortalShortcutsHook() override;
 
-    // Opens the portal session in the background; a desktop that refuses it is logged and
-    // leaves the hook uninstalled.
+    // Opens the portal session in the background; when the desktop refuses it, the fallback
+    // is installed instead (its failure only logged).
     InstallOutcome install(Events events) override;
     void uninstall() override;
-    [[nodiscard]] bool isInstalled() const override { return m_installed; }
-    void setSpaceCaptureWanted(bool) override {}
+    [[nodiscard]] bool isInstalled() const override;
+    void setSpaceCaptureWanted(bool wanted) override;
     // The hold shortcut as the desktop describes it, once known.
-    [[nodiscard]] QString triggerDisplayName() const override { return m_triggerName; }
-    // The desktop's dialog chooses the keys here.
-    InstallOutcome setTriggerKey(const TriggerKey &) override { return {}; }
+    [[nodiscard]] QString triggerDisplayName() const override;
+    // The desktop's dialog chooses the portal's keys; the fallback watches this one.
+    InstallOutcome setTriggerKey(const TriggerKey &key) override;
 
     // For the portal's signals (QtDBus calls only public slots).
 public Q_SLOTS:
@@ -52,7 +54,10 @@ private:
     void connectSignals(bool on);
     void releaseHeldTrigger();
     void noteDescriptions(const QVariant &shortcuts);
+    void fallBack();
 
+    std::shared_ptr<KeyboardHook> m_fallback;
+    bool m_fellBack = false;
     QDBusConnection m_bus;
     QString m_service;
     Events m_events;
