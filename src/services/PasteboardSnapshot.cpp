@@ -21,10 +21,10 @@ bool isMetaFormat(const QString &format)
 
 } // namespace
 
-PasteboardSnapshot PasteboardSnapshot::capture(const QClipboard &clipboard)
+PasteboardSnapshot PasteboardSnapshot::capture(const QClipboard &clipboard, QClipboard::Mode mode)
 {
     PasteboardSnapshot snapshot;
-    const QMimeData *data = clipboard.mimeData();
+    const QMimeData *data = clipboard.mimeData(mode);
     if (!data)
         return snapshot;
     const QStringList formats = data->formats();
@@ -36,14 +36,14 @@ PasteboardSnapshot PasteboardSnapshot::capture(const QClipboard &clipboard)
     return snapshot;
 }
 
-void PasteboardSnapshot::restore(QClipboard &clipboard) const
+void PasteboardSnapshot::restore(QClipboard &clipboard, QClipboard::Mode mode) const
 {
     if (formats.isEmpty()) {
-        clipboard.clear();
+        clipboard.clear(mode);
         return;
     }
     auto *data = new QMimeData;
     for (const auto &[format, bytes] : formats)
         data->setData(format, bytes);
-    clipboard.setMimeData(data);
+    clipboard.setMimeData(data, mode);
 }

@@ -58,18 +58,18 @@ QString bringToFrontMessage(const ApplicationHandle &application)
     return QStringLiteral("Couldn't bring ") + name + QStringLiteral(" back to the front.");
 }
 
-void writeTranscript(QClipboard &clipboard, const QString &text)
+void writeTranscript(QClipboard &clipboard, const QString &text, QClipboard::Mode mode)
 {
     auto *data = new QMimeData;
     data->setText(text);
     data->setData(passwordManagerHint, QByteArrayLiteral("secret"));
-    clipboard.setMimeData(data);
+    clipboard.setMimeData(data, mode);
 }
 
 // Ours until someone copies something else; that copy must survive the restore.
-bool holdsTranscript(const QClipboard &clipboard, const QString &text)
+bool holdsTranscript(const QClipboard &clipboard, const QString &text, QClipboard::Mode mode)
 {
-    const QMimeData *data = clipboard.mimeData();
+    const QMimeData *data = clipboard.mimeData(mode);
     return data && data->data(passwordManagerHint) == "secret" && data->text() == text;
 }
 
@@ -82,11 +82,7 @@ bool replaceSelection(const QString &text, AccessibleElement &element, bool repl
     if (!value || !selected)
         return false;
     const std::optional<TextRange> range = replacementRange(*value, *selected, replaceTriggerSpace);
-    if (!range)
-        return false;
-    QString updated = *value;
-    updated.replace(range->location, range->length, text);
-    if (!element.setValue(updated))
+    if (!range || !element.replaceText(*range, text))
         return false;
     // The caret after the transcript, so the user can keep typing; a refusal costs nothing.
     element.setSelection(TextRange{range->location + text.size(), 0});
@@ -115,16 +111,20 @@ QCoro::Task<void> TextInsertionService::insert(QString text, TextInsertionTarget
         qCWarning(lcInsertion) << "not inserted: the target has quit";
         throw QuorlaError::textInsertionFailed(QStringLiteral("The target app is no longer running."));
     }
-    if (!application->activate()) {
-        qCWarning(lcInsertion) << "not inserted: the target could not be brought to the front";
-        throw QuorlaError::textInsertionFailed(bringToFrontMessage(*application));
+    // Usually the user never left the target: then activating it and waiting buys nothing.
+    if (!application->isFrontmost()) {
+        if (!application->activate()) {
+            qCWarning(lcInsertion) << "not inserted: the target could not be brought to the front";
+            throw QuorlaError::textInsertionFailed(bringToFrontMessage(*application));
+        }
+        co_await sleepPrecisely(m_timings.activationSettle);
     }
-    co_await sleepPrecisely(m_timings.activationSettle);
 
     bool deleteTriggerSpace = false;
-    bool terminal = application->isTerminalEmulator();
+    KeySynthesizer::PasteShortcut shortcut = application->pasteShortcut();
     if (std::unique_ptr<AccessibleElement> element = m_accessibility->focusedElement(application->processIdentifier())) {
-        terminal = terminal || element->isTerminal();
+        if (shortcut == KeySynthesizer::PasteShortcut::controlV && element->isTerminal())
+            shortcut = KeySynthesizer::PasteShortcut::controlShiftV;
         if (replaceTriggerSpace) {
             const std::optional<QString> value = element->value();
             const std::optional<TextRange> selected = element->selectedRange();
@@ -138,22 +138,27 @@ QCoro::Task<void> TextInsertionService::insert(QString text, TextInsertionTarget
     } else {
         qCInfo(lcInsertion) << "no focused accessible element: pasting";
     }
-    co_await paste(std::move(text), application, restoreClipboard, deleteTriggerSpace, terminal);
+    co_await paste(std::move(text), application, restoreClipboard, deleteTriggerSpace, shortcut);
 }
 
 QCoro::Task<void> TextInsertionService::paste(QString text, ApplicationHandlePtr application, bool restoreClipboard,
-                                              bool deleteTriggerSpace, bool terminal)
+                                              bool deleteTriggerSpace, KeySynthesizer::PasteShortcut shortcut)
 {
     if (!co_await keysReady(*m_keys))
         throw QuorlaError::textInsertionFailed(QStringLiteral("Couldn't synthesize the paste shortcut."));
     QClipboard *clipboard = QGuiApplication::clipboard();
-    std::optional<PasteboardSnapshot> snapshot;
-    if (restoreClipboard)
-        snapshot = PasteboardSnapshot::capture(*clipboard);
-
-    writeTranscript(*clipboard, text);
-    if (!holdsTranscript(*clipboard, text))
-        throw QuorlaError::textInsertionFailed(QStringLiteral("Couldn't write the transcript to the clipboard."));
+    QList<QClipboard::Mode> modes{QClipboard::Clipboard};
+    // Shift+Insert pastes the primary selection: it carries the transcript too.
+    if (shortcut == KeySynthesizer::PasteShortcut::shiftInsert && clipboard->supportsSelection())
+        modes.append(QClipboard::Selection);
+    QList<std::pair<QClipboard::Mode, PasteboardSnapshot>> snapshots;
+    for (const QClipboard::Mode mode : std::as_const(modes)) {
+        if (restoreClipboard)
+            snapshots.append({mode, PasteboardSnapshot::capture(*clipboard, mode)});
+        writeTranscript(*clipboard, text, mode);
+        if (!holdsTranscript(*clipboard, text, mode))
+            throw QuorlaError::textInsertionFailed(QStringLiteral("Couldn't write the transcript to the clipboard."));
+    }
 
     if (!application->activate())
         throw QuorlaError::textInsertionFailed(bringToFrontMessage(*application));
@@ -166,22 +171,23 @@ QCoro::Task<void> TextInsertionService::paste(QString text, ApplicationHandlePtr
                 QStringLiteral("Couldn't remove the trigger space before pasting."));
         co_await sleepPrecisely(m_timings.backspaceSettle);
     }
-    const auto shortcut = terminal ? KeySynthesizer::PasteShortcut::controlShiftV
-                                   : KeySynthesizer::PasteShortcut::controlV;
     if (!m_keys->sendPasteShortcut(shortcut))
         throw QuorlaError::textInsertionFailed(QStringLiteral("Couldn't synthesize the paste shortcut."));
-    qCInfo(lcInsertion) << "pasted with" << (terminal ? "Ctrl+Shift+V" : "Ctrl+V")
+    const char *const shortcutNames[] = {"Ctrl+V", "Ctrl+Shift+V", "Shift+Insert"};
+    qCInfo(lcInsertion) << "pasted with" << shortcutNames[int(shortcut)]
                         << (deleteTriggerSpace ? "after removing the trigger space" : "");
 
-    if (!snapshot)
+    if (snapshots.isEmpty())
         co_return;
     co_await sleepPrecisely(m_timings.clipboardRestoreDelay);
     clipboard = QGuiApplication::clipboard();
-    if (holdsTranscript(*clipboard, text)) {
-        snapshot->restore(*clipboard);
-        qCInfo(lcInsertion) << "clipboard restored";
-    } else {
-        qCInfo(lcInsertion) << "clipboard changed meanwhile: not restored";
+    for (const auto &[mode, snapshot] : std::as_const(snapshots)) {
+        if (holdsTranscript(*clipboard, text, mode)) {
+            snapshot.restore(*clipboard, mode);
+            qCInfo(lcInsertion) << "clipboard restored" << mode;
+        } else {
+            qCInfo(lcInsertion) << "clipboard changed meanwhile: not restored" << mode;
+        }
     }
 }
 
