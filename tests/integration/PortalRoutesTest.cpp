@@ -1,3 +1,4 @@
+#include "FakeKeyboardHook.h"
 #include "FakePortal.h"
 #include "platform/linux/PortalKeySynthesizer.h"
 #include "platform/linux/PortalShortcutsHook.h"
@@ -48,6 +49,16 @@ TEST(PortalShortcutsHook, turnsTheDesktopsShortcutsIntoTriggerAndToggleEvents)
         EXPECT_EQ(events, c.events);
         EXPECT_EQ(hook.isInstalled(), !c.steps.endsWith('C'));
     }
+
+    // A desktop without them: the fallback watches the trigger key instead.
+    FakePortal portal;
+    portal.globalShortcuts = false;
+    auto fallback = std::make_shared<FakeKeyboardHook>();
+    PortalShortcutsHook hook(fallback, QDBusConnection::sessionBus(), portal.service());
+    hook.install({});
+    ASSERT_TRUE(QTest::qWaitFor([&] { return fallback->isInstalled(); }));
+    EXPECT_TRUE(hook.isInstalled());
+    EXPECT_EQ(hook.triggerDisplayName(), "Fn");
 }
 
 // The session opens at the first paste and serves the next; refused, no key goes out and

@@ -33,6 +33,8 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
     const QString method = message.member();
     const QVariantList arguments = message.arguments();
     calls << method;
+    if (!globalShortcuts && message.interface().endsWith(QLatin1String("GlobalShortcuts")))
+        return m_bus.send(message.createErrorReply(QDBusError::UnknownInterface, method));
     if (method == QLatin1String("Get"))
         return m_bus.send(message.createReply(QVariant::fromValue(QDBusVariant(version))));
     if (method == QLatin1String("NotifyKeyboardKeycode"))

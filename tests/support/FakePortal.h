@@ -23,6 +23,7 @@ public:
     uint consent = 0;          // the answer to requests that ask the user: BindShortcuts, Start
     bool bindsAtCreate = true; // KDE 5.27 binds CreateSession's shortcuts
     uint version = 2;
+    bool globalShortcuts = true;         // false: GNOME before 48, sway
     QStringList calls;                   // method names, in order
     QHash<QString, QVariantMap> options; // the last options, by method
     QList<QPair<int, uint>> keys;        // NotifyKeyboardKeycode: key code, pressed
