@@ -50,6 +50,7 @@ class AppModel : public QObject
     Q_PROPERTY(QString transcriptionMode READ transcriptionModeName WRITE setTranscriptionModeName NOTIFY transcriptionModeChanged)
     Q_PROPERTY(bool autoCopyTranscript READ autoCopyTranscript WRITE setAutoCopyTranscript NOTIFY autoCopyTranscriptChanged)
     Q_PROPERTY(bool showMenuBarIcon READ showMenuBarIcon WRITE setShowMenuBarIcon NOTIFY showMenuBarIconChanged)
+    Q_PROPERTY(bool startListeningOnTriggerDown READ startListeningOnTriggerDown WRITE setStartListeningOnTriggerDown NOTIFY startListeningOnTriggerDownChanged)
     Q_PROPERTY(QString translationLanguageCode READ translationLanguageCode WRITE setTranslationLanguageCode NOTIFY translationLanguageCodeChanged)
     Q_PROPERTY(QString triggerDisplay READ triggerDisplay NOTIFY triggerDisplayChanged)
     Q_PROPERTY(QString triggerKey READ triggerKey WRITE setTriggerKey NOTIFY triggerDisplayChanged)
@@ -96,6 +97,9 @@ public:
     void setAutoCopyTranscript(bool value);
     [[nodiscard]] bool showMenuBarIcon() const { return m_showMenuBarIcon; }
     void setShowMenuBarIcon(bool value);
+    // Open the microphone as the trigger goes down, so the first syllable is kept.
+    [[nodiscard]] bool startListeningOnTriggerDown() const { return m_startListeningOnTriggerDown; }
+    void setStartListeningOnTriggerDown(bool value);
     [[nodiscard]] const QString &translationLanguageCode() const { return m_translationLanguageCode; }
     void setTranslationLanguageCode(const QString &value);
     // The TriggerKey id; takes effect at once. An unknown id means the default key.
@@ -195,6 +199,7 @@ Q_SIGNALS:
     void transcriptionModeChanged();
     void autoCopyTranscriptChanged();
     void showMenuBarIconChanged();
+    void startListeningOnTriggerDownChanged();
     void translationLanguageCodeChanged();
     void triggerDisplayChanged();
     void serviceAddressChanged();
@@ -242,6 +247,9 @@ private:
     static QString currentAppVersion();
     QCoro::Task<> startRecording(DictationSource source);
     bool promoteActiveHoldSessionToToggle();
+    // Warms the microphone up for a press that can start a dictation now, and lets it
+    // go as soon as the press turns out to be a tap or a shortcut.
+    void handleTriggerKeyChanged(bool down);
     // Stops the running recording and deletes its file; no status line.
     void discardRecording();
     // What the dictation pipeline gets, taken from the settings and the dictionary now.
@@ -281,6 +289,7 @@ private:
     TranscriptionMode m_transcriptionMode = TranscriptionMode::fast;
     bool m_autoCopyTranscript = true;
     bool m_showMenuBarIcon = false;
+    bool m_startListeningOnTriggerDown = true;
     QString m_translationLanguageCode;
 
     bool m_hasStartedServices = false;
