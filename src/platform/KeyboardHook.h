@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <exception>
 #include <functional>
 #include <optional>
 
@@ -26,6 +27,9 @@ public:
         // A toggle gesture of its own: sent by hooks whose desktop binds the toggle as a
         // separate shortcut, since they never see Space (the GlobalShortcuts portal).
         std::function<void()> toggleRequested;
+        // The hook took another route after install() returned (the desktop refused its
+        // shortcuts and a fallback serves): what install() would now throw or notice.
+        std::function<void(std::exception_ptr failure, std::optional<QString> notice)> routeChanged;
     };
 
     // What a successful install achieved. A notice says what the hook cannot see (for

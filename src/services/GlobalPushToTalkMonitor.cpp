@@ -42,6 +42,10 @@ void GlobalPushToTalkMonitor::installMonitors()
     events.spaceDown = [this](bool autoRepeat, bool triggerFlag) { return handleSpaceDown(autoRepeat, triggerFlag); };
     events.spaceUp = [this] { return handleSpaceUp(); };
     events.toggleRequested = [this] { handleToggleRequest(); };
+    events.routeChanged = [this](std::exception_ptr failure, std::optional<QString> notice) {
+        m_installNotice = std::move(notice);
+        Q_EMIT routeChanged(std::move(failure));
+    };
     events.otherKeyDown = [this] {
         // Like a tap, a shortcut needs no microphone.
         if (!apply(PushToTalkTriggerInput::otherKeyDown()).empty())

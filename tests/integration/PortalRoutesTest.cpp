@@ -50,13 +50,18 @@ TEST(PortalShortcutsHook, turnsTheDesktopsShortcutsIntoTriggerAndToggleEvents)
         EXPECT_EQ(hook.isInstalled(), !c.steps.endsWith('C'));
     }
 
-    // A desktop without them: the fallback watches the trigger key instead.
+    // A desktop without them: the fallback watches the trigger key instead, and says so.
     FakePortal portal;
     portal.globalShortcuts = false;
     auto fallback = std::make_shared<FakeKeyboardHook>();
+    fallback->installNotice = "Only X11 windows.";
     PortalShortcutsHook hook(fallback, QDBusConnection::sessionBus(), portal.service());
-    hook.install({});
-    ASSERT_TRUE(QTest::qWaitFor([&] { return fallback->isInstalled(); }));
+    std::optional<QString> notice;
+    KeyboardHook::Events handlers;
+    handlers.routeChanged = [&](std::exception_ptr, std::optional<QString> told) { notice = told; };
+    hook.install(handlers);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return notice.has_value(); }));
+    EXPECT_EQ(notice, "Only X11 windows.");
     EXPECT_TRUE(hook.isInstalled());
     EXPECT_EQ(hook.triggerDisplayName(), "Fn");
 }

@@ -148,9 +148,12 @@ void PortalShortcutsHook::fallBack()
         return;
     m_fellBack = true;
     try {
-        m_fallback->install(events);
-    } catch (const std::exception &error) {
-        qCWarning(lcPortalShortcuts) << "no fallback for the portal's shortcuts:" << error.what();
+        const InstallOutcome outcome = m_fallback->install(events);
+        if (events.routeChanged)
+            events.routeChanged(nullptr, outcome.notice);
+    } catch (...) {
+        if (events.routeChanged)
+            events.routeChanged(std::current_exception(), std::nullopt);
     }
 }
 

@@ -33,7 +33,7 @@ public:
     ~PortalShortcutsHook() override;
 
     // Opens the portal session in the background; when the desktop refuses it, the fallback
-    // is installed instead (its failure only logged).
+    // is installed instead and routeChanged tells its outcome.
     InstallOutcome install(Events events) override;
     void uninstall() override;
     [[nodiscard]] bool isInstalled() const override;
