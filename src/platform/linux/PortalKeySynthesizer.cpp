@@ -20,7 +20,8 @@ Q_LOGGING_CATEGORY(lcPortalKeys, "quorla.keys.portal")
 namespace {
 
 const QString remoteDesktopInterface = QStringLiteral("org.freedesktop.portal.RemoteDesktop");
-const QString sessionToken = QStringLiteral("quorla");
+// Not the shortcuts session's token: both sessions would get the same path.
+const QString sessionToken = QStringLiteral("quorla_keyboard");
 constexpr uint keyboardDevice = 1;
 constexpr uint persistUntilRevoked = 2;
 constexpr std::chrono::seconds answerLimit{30};
