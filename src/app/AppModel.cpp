@@ -258,6 +258,12 @@ void AppModel::setHasStoredAPIKey(bool value)
         Q_EMIT statusInputsChanged();
 }
 
+void AppModel::setIsKeychainLocked(bool value)
+{
+    if (assign(m_apiKey.keychainLocked, value, &AppModel::isKeychainLockedChanged))
+        Q_EMIT statusInputsChanged();
+}
+
 void AppModel::setTriggerRegistrationError(const std::optional<QString> &message)
 {
     if (assign(m_triggerRegistrationError, message, &AppModel::triggerRegistrationErrorChanged))
