@@ -40,6 +40,13 @@ AppModel::AppModel(AppServices services, QObject *parent)
     connect(&m_liveTranscriptionRelease, &QTimer::timeout, this, [this] { m_warmLiveTranscription.reset(); });
     connect(m_services.pushToTalkMonitor.get(), &GlobalPushToTalkMonitor::triggerKeyChanged, this,
             &AppModel::handleTriggerKeyChanged);
+    connect(m_services.pushToTalkMonitor.get(), &GlobalPushToTalkMonitor::routeChanged, this,
+            [this](const std::exception_ptr &failure) {
+                setTriggerRegistrationError(failure ? std::optional(localizedMessage(failure))
+                                                    : m_services.pushToTalkMonitor->installNotice());
+                if (!m_isRecording && !m_isBusy)
+                    setStatusMessage(defaultStatusMessage());
+            });
 }
 
 AppModel::~AppModel() = default;

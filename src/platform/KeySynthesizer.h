@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 // Key presses Quorla sends to the focused application as if typed. Plain C++: the X11
 // implementation lives in a file that cannot see Qt.
 class KeySynthesizer
@@ -15,6 +17,11 @@ public:
     KeySynthesizer(const KeySynthesizer &) = delete;
     KeySynthesizer &operator=(const KeySynthesizer &) = delete;
     virtual ~KeySynthesizer() = default;
+
+    // Gets ready to send keys and then calls `ready` (on the main thread), false when keys
+    // cannot be sent. A route that needs the desktop's consent asks for it here, before the
+    // first paste; ready at once everywhere else.
+    virtual void prepare(const std::function<void(bool ready)> &ready) { ready(true); }
 
     // A press and release of Backspace; false when it could not be sent.
     virtual bool sendBackspace() = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <exception>
 #include <functional>
 #include <optional>
 
@@ -23,6 +24,12 @@ public:
         // shortcut, not a dictation. The key itself goes on to the application. Telling
         // only the first such key of a gesture is enough; the monitor ignores the rest.
         std::function<void()> otherKeyDown;
+        // A toggle gesture of its own: sent by hooks whose desktop binds the toggle as a
+        // separate shortcut, since they never see Space (the GlobalShortcuts portal).
+        std::function<void()> toggleRequested;
+        // The hook took another route after install() returned (the desktop refused its
+        // shortcuts and a fallback serves): what install() would now throw or notice.
+        std::function<void(std::exception_ptr failure, std::optional<QString> notice)> routeChanged;
     };
 
     // What a successful install achieved. A notice says what the hook cannot see (for

@@ -41,6 +41,11 @@ void GlobalPushToTalkMonitor::installMonitors()
     };
     events.spaceDown = [this](bool autoRepeat, bool triggerFlag) { return handleSpaceDown(autoRepeat, triggerFlag); };
     events.spaceUp = [this] { return handleSpaceUp(); };
+    events.toggleRequested = [this] { handleToggleRequest(); };
+    events.routeChanged = [this](std::exception_ptr failure, std::optional<QString> notice) {
+        m_installNotice = std::move(notice);
+        Q_EMIT routeChanged(std::move(failure));
+    };
     events.otherKeyDown = [this] {
         // Like a tap, a shortcut needs no microphone.
         if (!apply(PushToTalkTriggerInput::otherKeyDown()).empty())
@@ -138,6 +143,16 @@ PushToTalkTriggerStateMachine::Actions GlobalPushToTalkMonitor::apply(PushToTalk
     }
     updateSpaceCapture();
     return actions;
+}
+
+void GlobalPushToTalkMonitor::handleToggleRequest()
+{
+    // The same facts as trigger + Space; a trigger the hook does not hold is let go again.
+    const bool triggerHeld = m_triggerState.isFnPressed;
+    apply(PushToTalkTriggerInput::spaceDown(true));
+    apply(PushToTalkTriggerInput::spaceUp());
+    if (!triggerHeld)
+        apply(PushToTalkTriggerInput::fnUp());
 }
 
 void GlobalPushToTalkMonitor::scheduleHoldStart()

@@ -7,6 +7,7 @@
 #include <QString>
 #include <QTimer>
 #include <chrono>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -62,10 +63,14 @@ public:
 Q_SIGNALS:
     // The trigger key went down or up (before the hold delay); lets the recorder warm up.
     void triggerKeyChanged(bool down);
+    // The hook took another route after installing: `failure` is why it now watches
+    // nothing, else installNotice() holds the new notice.
+    void routeChanged(std::exception_ptr failure);
 
 private:
     bool handleSpaceDown(bool autoRepeat, bool triggerFlag);
     bool handleSpaceUp();
+    void handleToggleRequest();
     void scheduleHoldStart();
     void endGestureInProgress();
     void updateSpaceCapture();

@@ -14,7 +14,9 @@
 
 #include <algorithm>
 
+#include <QCoro/QCoroFuture>
 #include <QCoro/QCoroTimer>
+#include <QPromise>
 
 Q_LOGGING_CATEGORY(lcInsertion, "quorla.insertion", QtWarningMsg)
 
@@ -32,6 +34,22 @@ QCoro::Task<void> sleepPrecisely(std::chrono::milliseconds duration)
     timer.setSingleShot(true);
     timer.start(duration);
     co_await timer;
+}
+
+// A route that needs the desktop's consent asks here, before the clipboard is touched.
+QCoro::Task<bool> keysReady(KeySynthesizer &keys)
+{
+    auto ready = std::make_shared<bool>(false);
+    auto promise = std::make_shared<QPromise<void>>();
+    promise->start();
+    const QFuture<void> answered = promise->future();
+    // A callback dropped unanswered cancels the future, which ends the wait as well.
+    keys.prepare([ready, promise = std::move(promise)](bool keysReady) {
+        *ready = keysReady;
+        promise->finish();
+    });
+    co_await answered;
+    co_return *ready;
 }
 
 QString bringToFrontMessage(const ApplicationHandle &application)
@@ -126,6 +144,8 @@ QCoro::Task<void> TextInsertionService::insert(QString text, TextInsertionTarget
 QCoro::Task<void> TextInsertionService::paste(QString text, ApplicationHandlePtr application, bool restoreClipboard,
                                               bool deleteTriggerSpace, KeySynthesizer::PasteShortcut shortcut)
 {
+    if (!co_await keysReady(*m_keys))
+        throw QuorlaError::textInsertionFailed(QStringLiteral("Couldn't synthesize the paste shortcut."));
     QClipboard *clipboard = QGuiApplication::clipboard();
     QList<QClipboard::Mode> modes{QClipboard::Clipboard};
     // Shift+Insert pastes the primary selection: it carries the transcript too.

@@ -51,6 +51,7 @@ const PlatformWords &PlatformWords::macOS()
             "Keychain."),
         .triggerCommandOnlyStatus = QString(),
         .noPasteRouteStatus = QString(),
+        .desktopShortcutsNote = QString(),
     };
     return words;
 }
@@ -110,6 +111,10 @@ const PlatformWords &PlatformWords::linuxDesktop()
         .noPasteRouteStatus = QStringLiteral(
             "This Wayland session doesn't let Quorla press keys, so the text stays on the clipboard "
             "and in History. Press Ctrl+V to paste it."),
+        .desktopShortcutsNote = QStringLiteral(
+            "Under Wayland, where the desktop offers global shortcuts, hold Ctrl+Alt+D to dictate "
+            "and press Ctrl+Alt+Space to start or stop, or choose other keys in your desktop's "
+            "shortcut settings."),
     };
     return words;
 }

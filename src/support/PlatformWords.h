@@ -34,6 +34,7 @@ struct PlatformWords {
     QString triggerCommandOnlyStatus; // %1 = trigger
     // Sessions where no key can be pressed for Quorla, so nothing is pasted for the user.
     QString noPasteRouteStatus;
+    QString desktopShortcutsNote; // the desktop's own shortcuts trigger dictation; empty where none do
 
     static const PlatformWords &macOS();
     static const PlatformWords &linuxDesktop();

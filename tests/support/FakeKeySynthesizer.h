@@ -8,6 +8,7 @@
 class FakeKeySynthesizer : public KeySynthesizer
 {
 public:
+    void prepare(const std::function<void(bool)> &done) override { done(ready); }
     bool sendBackspace() override { return backspaceWorks && (sent.append(QStringLiteral("BackSpace")), true); }
     bool sendPasteShortcut(PasteShortcut shortcut) override
     {
@@ -23,6 +24,7 @@ public:
     bool isAnyModifierPressed() override { return false; }
 
     QStringList sent;
+    bool ready = true;
     bool backspaceWorks = true;
     bool pasteWorks = true;
     std::function<void()> onPaste; // the target reading the clipboard, say

@@ -36,6 +36,8 @@ public:
     void trigger(bool down) { m_events.triggerChanged(down); }
     bool spaceDown(bool autoRepeat = false, bool triggerFlag = false) { return m_events.spaceDown(autoRepeat, triggerFlag); }
     bool spaceUp() { return m_events.spaceUp(); }
+    void toggle() { m_events.toggleRequested(); }
+    void changeRoute(std::exception_ptr failure, std::optional<QString> notice) { m_events.routeChanged(failure, notice); }
     void otherKey() { m_events.otherKeyDown(); }
 
     QString triggerName = QStringLiteral("Fn");

@@ -39,6 +39,12 @@ TEST_F(AppModelTriggerKeyTest, aNewTriggerTakesEffectAtOnceAndIsRemembered)
     model.setTriggerKey("bogus");
     EXPECT_EQ(model.triggerDisplay(), "Right Ctrl");
     EXPECT_FALSE(stored().contains("triggerKey")) << "an invalid choice removes the key";
+
+    // A hook that takes another route later says what it now cannot watch.
+    fixture.keyboard->changeRoute(std::make_exception_ptr(QuorlaError::hotkeyRegistrationFailed("Bind a command.")), {});
+    EXPECT_EQ(model.triggerRegistrationError(), "Bind a command.");
+    fixture.keyboard->changeRoute(nullptr, "Only X11 windows.");
+    EXPECT_EQ(model.triggerRegistrationError(), "Only X11 windows.");
 }
 
 // From the keyboard to the recording, through the monitor and the model as the

@@ -10,8 +10,8 @@
 namespace {
 
 // Steps: T/t the trigger down/up, S/s Space down/up, R a Space repeat, H the hold delay
-// running out, O another key down, K the trigger key changed. Space steps leave X when taken from the
-// application, P when let through.
+// running out, O another key down, K the trigger key changed, G the desktop's own toggle
+// shortcut. Space steps leave X when taken from the application, P when let through.
 TEST(GlobalPushToTalkMonitor, gesturesGiveTheirEventsTakeOnlyTheirSpacesAndEndWithAKeyChange)
 {
     auto keyboard = std::make_shared<FakeKeyboardHook>();
@@ -43,6 +43,8 @@ TEST(GlobalPushToTalkMonitor, gesturesGiveTheirEventsTakeOnlyTheirSpacesAndEndWi
         {"change in a pending hold", "TKs", "P", {}},
         {"change in a hold", "THKs", "P", hold},
         {"change in a toggle", "TStKs", "XP", toggle},
+        {"desktop toggle, then a hold", "GGTHt", "", toggle + hold},
+        {"desktop toggle in a hold", "THGtG", "", {"holdStarted", "toggleStarted", "toggleEnded"}},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
@@ -54,6 +56,8 @@ TEST(GlobalPushToTalkMonitor, gesturesGiveTheirEventsTakeOnlyTheirSpacesAndEndWi
                 keyboard->trigger(step == 'T');
             else if (step == 'H')
                 monitor.apply(PushToTalkTriggerInput::holdDelayElapsed());
+            else if (step == 'G')
+                keyboard->toggle();
             else if (step == 'K')
                 monitor.setTriggerKey(*TriggerKey::withId("menu"));
             else if (step == 'O')

@@ -131,6 +131,12 @@ TEST_F(TextInsertionServiceTest, refusalsBeforeAnythingIsTouched)
     EXPECT_EQ(insert("x"), failed("Couldn't bring the target app back to the front."));
     EXPECT_TRUE(keys->sent.isEmpty());
     EXPECT_TRUE(accessibility->queriedProcesses.isEmpty());
+    // Keys the desktop will not let through (no consent): the clipboard stays the user's.
+    editor->activates = true;
+    keys->ready = false;
+    clipboard->setText("before");
+    EXPECT_EQ(insert("x"), failed("Couldn't synthesize the paste shortcut."));
+    EXPECT_EQ(clipboard->text(), "before");
 }
 
 // A full clipboard coming back byte for byte is shown against a real one in integration.

@@ -5,6 +5,7 @@
 #include "platform/linux/AtSpiAccessibility.h"
 #include "platform/linux/DesktopSessionProbe.h"
 #include "platform/linux/LinuxDesktopProbe.h"
+#include "platform/linux/PortalBackends.h"
 #include "platform/linux/XkbInputSourceProvider.h"
 #include "platform/linux/SecretServiceCredentialStore.h"
 #include "platform/linux/X11KeySynthesizer.h"
@@ -22,15 +23,18 @@ std::shared_ptr<KeyboardHook> makeKeyboardHook(SessionBackends::Trigger source, 
 {
     switch (source) {
     case SessionBackends::Trigger::x11:
-    case SessionBackends::Trigger::xwaylandOnly:
         return std::make_shared<X11KeyboardHook>(trigger);
     case SessionBackends::Trigger::sway:
         return std::make_shared<SwayKeyboardHook>(trigger, SwayIpcConnection::sessionSocketPath());
+    // The portal answers over D-Bus, so the hook asks it itself and falls back when it
+    // offers no global shortcuts: to Xwayland's windows, or to the command.
+    case SessionBackends::Trigger::xwaylandOnly:
+        return makePortalShortcutsHook(std::make_shared<X11KeyboardHook>(trigger));
     case SessionBackends::Trigger::globalShortcutsPortal:
     case SessionBackends::Trigger::commandOnly:
         break;
     }
-    return std::make_shared<CommandOnlyKeyboardHook>(trigger);
+    return makePortalShortcutsHook(std::make_shared<CommandOnlyKeyboardHook>(trigger));
 }
 
 // Sessions that tell nobody their keyboard layout: the input language gets no hint.
@@ -56,6 +60,22 @@ std::shared_ptr<InputSourceProvider> makeInputSource(SessionBackends::Layout sou
     return std::make_shared<SilentInputSourceProvider>();
 }
 
+std::shared_ptr<KeySynthesizer> makeKeySynthesizer(SessionBackends::Keys route)
+{
+    switch (route) {
+    // The portal's keys reach native and Xwayland windows alike, once the user consents.
+    case SessionBackends::Keys::remoteDesktopPortal:
+    case SessionBackends::Keys::xwaylandOnly:
+    case SessionBackends::Keys::none:
+        return makePortalKeySynthesizer();
+    case SessionBackends::Keys::x11:
+    case SessionBackends::Keys::virtualKeyboard:
+    case SessionBackends::Keys::kdeFakeInput:
+        break;
+    }
+    return std::make_shared<X11KeySynthesizer>();
+}
+
 } // namespace
 
 PlatformBackends makePlatformBackends(const TriggerKey &trigger)
@@ -70,7 +90,7 @@ PlatformBackends makePlatformBackends(const TriggerKey &trigger)
     backends.audioCapture = makeAudioCapture();
     backends.inputSource = makeInputSource(chosen.layout);
     backends.credentialStore = makeCredentialStore();
-    backends.keySynthesizer = std::make_shared<X11KeySynthesizer>();
+    backends.keySynthesizer = makeKeySynthesizer(chosen.keys);
     return backends;
 }
 

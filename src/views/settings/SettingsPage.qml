@@ -31,6 +31,14 @@ DetailPage {
                 Accessible.name: "Trigger key"
                 onActivated: index => settings.triggerIndex = index
             }
+            Label {
+                Layout.columnSpan: 2
+                Layout.fillWidth: true
+                visible: text !== ""
+                text: settings.desktopShortcutsNote
+                wrapMode: Text.WordWrap
+                color: AppTheme.secondaryText
+            }
             Label { text: "Transcription" }
             ComboBox {
                 objectName: "transcriptionModePicker"

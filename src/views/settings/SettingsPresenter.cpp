@@ -3,6 +3,7 @@
 #include "app/AppModel.h"
 #include "models/TranscriptionMode.h"
 #include "models/TriggerKey.h"
+#include "support/PlatformWords.h"
 #include "services/ServiceAddress.h"
 #include "services/TranslationLanguageCatalog.h"
 
@@ -96,6 +97,11 @@ void SettingsPresenter::setTriggerIndex(int index)
     const auto &keys = TriggerKey::all();
     if (model() && index >= 0 && index < keys.size())
         model()->setTriggerKey(keys[index].id);
+}
+
+QString SettingsPresenter::desktopShortcutsNote() const
+{
+    return model() ? model()->services().words->desktopShortcutsNote : QString();
 }
 
 QString SettingsPresenter::serviceAddress() const

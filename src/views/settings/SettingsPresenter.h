@@ -18,6 +18,7 @@ class SettingsPresenter : public ModelPresenter
     Q_PROPERTY(int transcriptionModeIndex READ transcriptionModeIndex WRITE setTranscriptionModeIndex NOTIFY transcriptionModeChanged)
     Q_PROPERTY(QStringList triggerChoices READ triggerChoices CONSTANT)
     Q_PROPERTY(int triggerIndex READ triggerIndex WRITE setTriggerIndex NOTIFY triggerChanged)
+    Q_PROPERTY(QString desktopShortcutsNote READ desktopShortcutsNote NOTIFY triggerChanged)
     Q_PROPERTY(QString serviceAddress READ serviceAddress WRITE setServiceAddress NOTIFY serviceAddressChanged)
     Q_PROPERTY(QString serviceAddressMessage READ serviceAddressMessage NOTIFY serviceAddressChanged)
 
@@ -34,6 +35,8 @@ public:
     [[nodiscard]] QStringList triggerChoices() const;
     [[nodiscard]] int triggerIndex() const;
     void setTriggerIndex(int index);
+    // Where the desktop's own shortcuts trigger dictation instead of the key above.
+    [[nodiscard]] QString desktopShortcutsNote() const;
     // The "apiBaseURL" preference; empty means the OpenAI default.
     [[nodiscard]] QString serviceAddress() const;
     void setServiceAddress(const QString &address);

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "platform/KeySynthesizer.h"
+#include "platform/linux/PortalRequest.h"
+
+#include <QCoro/QCoroTask>
+#include <QDBusConnection>
+#include <QObject>
+#include <vector>
+
+// Keys through a keyboard-only session of the desktop's RemoteDesktop portal (KDE, GNOME).
+// The session opens at the first paste, never at start-up: GNOME asks the user's consent
+// then, and where the portal can persist it (version 2) the token it hands back spares the
+// question on later runs. Keys are evdev key codes, the physical keys: V is where QWERTY,
+// AZERTY, QWERTZ and the Cyrillic layouts have it, which is what toolkits match shortcuts on.
+class PortalKeySynthesizer : public QObject, public KeySynthesizer
+{
+    Q_OBJECT
+
+public:
+    // `restoreTokenFile` keeps the consent token between runs.
+    PortalKeySynthesizer(QString restoreTokenFile, QDBusConnection bus = QDBusConnection::sessionBus(),
+                         QString service = Portal::service);
+    ~PortalKeySynthesizer() override;
+
+    void prepare(const std::function<void(bool ready)> &ready) override;
+    // False until prepare() reported ready, and after the desktop closed the session.
+    bool sendBackspace() override;
+    bool sendPasteShortcut(PasteShortcut shortcut) override;
+    // The portal cannot tell; the keys go out as they are.
+    bool isAnyModifierPressed() override { return false; }
+
+    // For the portal's signal (QtDBus calls only public slots).
+public Q_SLOTS:
+    void sessionClosed();
+
+private:
+    QCoro::Task<void> openSession();
+    void finishOpening(bool ready);
+    void failOpening(const QString &session, const QString &step, const Portal::Response &response);
+    bool sendKeys(std::initializer_list<int> keycodes);
+
+    QString m_tokenFile;
+    QDBusConnection m_bus;
+    QString m_service;
+    QString m_session; // set once the session started
+    bool m_opening = false;
+    std::vector<std::function<void(bool)>> m_waiting;
+};

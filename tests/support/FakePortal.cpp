@@ -1,0 +1,70 @@
+#include "FakePortal.h"
+
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+#include <QUuid>
+
+FakePortal::FakePortal()
+    : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QUuid::createUuid().toString()))
+{
+    Portal::registerTypes();
+    m_bus.registerVirtualObject(Portal::objectPath, this, QDBusConnection::SubPath);
+}
+
+FakePortal::~FakePortal()
+{
+    m_bus.unregisterObject(Portal::objectPath, QDBusConnection::UnregisterTree);
+    QDBusConnection::disconnectFromBus(m_bus.name());
+}
+
+void FakePortal::emitSignal(const QString &name, const QString &id)
+{
+    if (name == QLatin1String("Closed")) {
+        m_bus.send(QDBusMessage::createSignal(m_session, Portal::sessionInterface, name) << QVariantMap());
+        return;
+    }
+    m_bus.send(QDBusMessage::createSignal(Portal::objectPath, QStringLiteral("org.freedesktop.portal.GlobalShortcuts"), name)
+               << QVariant::fromValue(QDBusObjectPath(m_session)) << id << qulonglong(0) << QVariantMap());
+}
+
+bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnection &)
+{
+    const QString method = message.member();
+    const QVariantList arguments = message.arguments();
+    calls << method;
+    if (!globalShortcuts && message.interface().endsWith(QLatin1String("GlobalShortcuts")))
+        return m_bus.send(message.createErrorReply(QDBusError::UnknownInterface, method));
+    if (method == QLatin1String("Get"))
+        return m_bus.send(message.createReply(QVariant::fromValue(QDBusVariant(version))));
+    if (method == QLatin1String("NotifyKeyboardKeycode"))
+        keys.append({arguments.value(2).toInt(), arguments.value(3).toUInt()});
+    if (method == QLatin1String("NotifyKeyboardKeycode") || method == QLatin1String("Close"))
+        return m_bus.send(message.createReply());
+
+    const QVariantMap given = options[method] = qdbus_cast<QVariantMap>(arguments.last());
+    const QString sender = message.service().mid(1).replace(u'.', u'_') + u'/';
+    const QString request = Portal::objectPath + QStringLiteral("/request/") + sender
+                          + given.value(QStringLiteral("handle_token")).toString();
+    const bool asksUser = method == QLatin1String("BindShortcuts") || method == QLatin1String("Start");
+    const Portal::Shortcuts bound{{QStringLiteral("dictate-hold"), {{QStringLiteral("trigger_description"), QStringLiteral("Ctrl+Alt+H")}}},
+                                  {QStringLiteral("dictate-toggle"), {}}};
+    QVariantMap results;
+    if (method == QLatin1String("CreateSession")) {
+        m_session = Portal::objectPath + QStringLiteral("/session/") + sender
+                  + given.value(QStringLiteral("session_handle_token")).toString();
+        results.insert(QStringLiteral("session_handle"), m_session);
+        m_bound = bindsAtCreate && given.contains(QStringLiteral("shortcuts"));
+    } else if (method.endsWith(QLatin1String("Shortcuts"))) {
+        m_bound = m_bound || (asksUser && consent == 0);
+        results.insert(QStringLiteral("shortcuts"), QVariant::fromValue(m_bound ? bound : Portal::Shortcuts{}));
+    } else if (method == QLatin1String("Start")) {
+        results.insert(QStringLiteral("devices"), 1u);
+        if (version >= 2)
+            results.insert(QStringLiteral("restore_token"), QStringLiteral("granted-once"));
+    }
+    m_bus.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request))));
+    return m_bus.send(QDBusMessage::createSignal(request, QStringLiteral("org.freedesktop.portal.Request"),
+                                                 QStringLiteral("Response"))
+                      << (asksUser ? consent : 0u) << results);
+}
