@@ -4,6 +4,7 @@
 #include "models/CustomDictionary.h"
 #include "models/QuorlaError.h"
 #include "models/TranscriptHistory.h"
+#include "platform/Clipboard.h"
 #include "platform/Workspace.h"
 #include "services/AudioRecorder.h"
 #include "services/DictationPipeline.h"
@@ -13,9 +14,7 @@
 #include "services/TextInserter.h"
 #include "services/TranslationLanguageCatalog.h"
 
-#include <QClipboard>
 #include <QFile>
-#include <QGuiApplication>
 #include <QPointer>
 #include <QScopeGuard>
 
@@ -322,9 +321,7 @@ QCoro::Task<> AppModel::stopRecordingAndTranscribe()
 
         // After insertion, so the clipboard ends up holding the transcript.
         if (m_autoCopyTranscript) {
-            QClipboard *clipboard = QGuiApplication::clipboard();
-            clipboard->clear();
-            clipboard->setText(transcript);
+            m_services.clipboard->writeText(Clipboard::Selection::clipboard, transcript, false);
         }
         setStatusMessage(finalStatusMessage(session, outcome));
     } catch (...) {

@@ -28,13 +28,14 @@ AppServices makeAppServices(const PlatformBackends &backends, std::shared_ptr<Pr
     // recognized reach the recording.
     QObject::connect(services.pushToTalkMonitor.get(), &GlobalPushToTalkMonitor::triggerKeyChanged,
                      services.audioRecorder.get(), &AudioRecorder::handleTriggerKeyChanged);
-    services.textInsertionService = std::make_shared<TextInsertionService>(backends.accessibility,
-                                                                           backends.keySynthesizer);
+    services.textInsertionService = std::make_shared<TextInsertionService>(
+        backends.accessibility, backends.keySynthesizer, backends.clipboard);
     services.inputSourceLanguageDetector = std::make_shared<InputSourceLanguageDetector>(backends.inputSource);
     services.appUpdateClient = std::make_shared<AppUpdateClient>(
         network, ServiceAddress::configuredLatestReleaseURL(*preferences));
     services.accessibility = backends.accessibility;
     services.workspace = backends.workspace;
+    services.clipboard = backends.clipboard;
     services.preferences = std::move(preferences);
     return services;
 }

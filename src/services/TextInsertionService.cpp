@@ -2,14 +2,12 @@
 
 #include "models/QuorlaError.h"
 #include "platform/Accessibility.h"
+#include "platform/Clipboard.h"
 #include "platform/KeySynthesizer.h"
 #include "services/PasteboardSnapshot.h"
 #include "services/TextReplacement.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
 #include <QLoggingCategory>
-#include <QMimeData>
 #include <QTimer>
 
 #include <algorithm>
@@ -19,9 +17,6 @@
 Q_LOGGING_CATEGORY(lcInsertion, "quorla.insertion", QtWarningMsg)
 
 namespace {
-
-// KDE's marker, honoured by the common clipboard managers: they do not record the transcript.
-const QString passwordManagerHint = QStringLiteral("x-kde-passwordManagerHint");
 
 QCoro::Task<void> sleepPrecisely(std::chrono::milliseconds duration)
 {
@@ -38,21 +33,6 @@ QString bringToFrontMessage(const ApplicationHandle &application)
 {
     const QString name = application.localizedName().value_or(QStringLiteral("the target app"));
     return QStringLiteral("Couldn't bring ") + name + QStringLiteral(" back to the front.");
-}
-
-void writeTranscript(QClipboard &clipboard, const QString &text)
-{
-    auto *data = new QMimeData;
-    data->setText(text);
-    data->setData(passwordManagerHint, QByteArrayLiteral("secret"));
-    clipboard.setMimeData(data);
-}
-
-// Ours until someone copies something else; that copy must survive the restore.
-bool holdsTranscript(const QClipboard &clipboard, const QString &text)
-{
-    const QMimeData *data = clipboard.mimeData();
-    return data && data->data(passwordManagerHint) == "secret" && data->text() == text;
 }
 
 bool replaceSelection(const QString &text, AccessibleElement &element, bool replaceTriggerSpace)
@@ -78,9 +58,11 @@ bool replaceSelection(const QString &text, AccessibleElement &element, bool repl
 } // namespace
 
 TextInsertionService::TextInsertionService(std::shared_ptr<Accessibility> accessibility,
-                                           std::shared_ptr<KeySynthesizer> keys, TextInsertionTimings timings)
+                                           std::shared_ptr<KeySynthesizer> keys,
+                                           std::shared_ptr<Clipboard> clipboard, TextInsertionTimings timings)
     : m_accessibility(std::move(accessibility))
     , m_keys(std::move(keys))
+    , m_clipboard(std::move(clipboard))
     , m_timings(timings)
 {
 }
@@ -126,13 +108,15 @@ QCoro::Task<void> TextInsertionService::insert(QString text, TextInsertionTarget
 QCoro::Task<void> TextInsertionService::paste(QString text, ApplicationHandlePtr application, bool restoreClipboard,
                                               bool deleteTriggerSpace, bool terminal)
 {
-    QClipboard *clipboard = QGuiApplication::clipboard();
+    constexpr auto selection = Clipboard::Selection::clipboard;
+    const std::shared_ptr<Clipboard> clipboard = m_clipboard;
     std::optional<PasteboardSnapshot> snapshot;
-    if (restoreClipboard)
-        snapshot = PasteboardSnapshot::capture(*clipboard);
+    if (restoreClipboard) {
+        PasteboardSnapshot captured = co_await PasteboardSnapshot::capture(clipboard, selection);
+        snapshot = std::move(captured);
+    }
 
-    writeTranscript(*clipboard, text);
-    if (!holdsTranscript(*clipboard, text))
+    if (!clipboard->writeText(selection, text, true))
         throw QuorlaError::textInsertionFailed(QStringLiteral("Couldn't write the transcript to the clipboard."));
 
     if (!application->activate())
@@ -156,9 +140,8 @@ QCoro::Task<void> TextInsertionService::paste(QString text, ApplicationHandlePtr
     if (!snapshot)
         co_return;
     co_await sleepPrecisely(m_timings.clipboardRestoreDelay);
-    clipboard = QGuiApplication::clipboard();
-    if (holdsTranscript(*clipboard, text)) {
-        snapshot->restore(*clipboard);
+    if (clipboard->holdsText(selection, text)) {
+        snapshot->restore(*clipboard, selection);
         qCInfo(lcInsertion) << "clipboard restored";
     } else {
         qCInfo(lcInsertion) << "clipboard changed meanwhile: not restored";

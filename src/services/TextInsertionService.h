@@ -7,6 +7,7 @@
 
 class Accessibility;
 class AccessibleElement;
+class Clipboard;
 class KeySynthesizer;
 
 // How long each step of an insertion waits for the target application to react.
@@ -27,7 +28,7 @@ class TextInsertionService : public TextInserter
 {
 public:
     TextInsertionService(std::shared_ptr<Accessibility> accessibility, std::shared_ptr<KeySynthesizer> keys,
-                         TextInsertionTimings timings = {});
+                         std::shared_ptr<Clipboard> clipboard, TextInsertionTimings timings = {});
 
     QCoro::Task<void> insert(QString text, TextInsertionTarget target, bool restoreClipboard,
                              bool replaceTriggerSpace) override;
@@ -39,5 +40,6 @@ private:
 
     std::shared_ptr<Accessibility> m_accessibility;
     std::shared_ptr<KeySynthesizer> m_keys;
+    std::shared_ptr<Clipboard> m_clipboard;
     TextInsertionTimings m_timings;
 };

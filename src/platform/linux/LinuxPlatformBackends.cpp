@@ -1,5 +1,6 @@
 #include "platform/PlatformBackends.h"
 
+#include "platform/QtClipboard.h"
 #include "platform/linux/AtSpiAccessibility.h"
 #include "platform/linux/LinuxDesktopProbe.h"
 #include "platform/linux/XkbInputSourceProvider.h"
@@ -19,6 +20,7 @@ PlatformBackends makePlatformBackends(const TriggerKey &trigger)
     backends.inputSource = std::make_shared<XkbInputSourceProvider>();
     backends.credentialStore = makeCredentialStore();
     backends.keySynthesizer = std::make_shared<X11KeySynthesizer>();
+    backends.clipboard = std::make_shared<QtClipboard>();
     return backends;
 }
 
