@@ -126,8 +126,7 @@ int main(int argc, char *argv[])
 
     const auto withoutHook = plainSpaceDelays(keys, target, iterations);
 
-    auto hook = std::make_shared<X11KeyboardHook>(TriggerKey::defaultKey(),
-                                                  X11KeyboardHook::Options{.acceptSynthesizedKeys = true});
+    auto hook = std::make_shared<X11KeyboardHook>(TriggerKey::defaultKey());
     GlobalPushToTalkMonitor monitor(hook, std::make_shared<NoWorkspace>());
     QEventLoop loop;
     Clock::time_point handledAt;

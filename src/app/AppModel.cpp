@@ -149,20 +149,20 @@ void AppModel::startAppServices()
     monitor.holdEndedHandler = later(&AppModel::globalPressToTalkEnded);
     monitor.toggleStartedHandler = later(&AppModel::globalToggleRecordingBegan);
     monitor.toggleEndedHandler = later(&AppModel::globalToggleRecordingEnded);
+    monitor.holdCancelledHandler = later(&AppModel::globalPressToTalkCancelled);
 
-    bool installed = monitor.isInstalled();
-    if (!installed) {
+    if (!monitor.isInstalled()) {
         try {
             monitor.installMonitors();
-            installed = true;
         } catch (...) {
             m_hasStartedServices = false;
             setTriggerRegistrationError(localizedMessage(std::current_exception()));
         }
     }
-    if (installed) {
+    if (monitor.isInstalled()) {
         m_hasStartedServices = true;
-        setTriggerRegistrationError(std::nullopt);
+        // Installed in part (a Wayland session) is still something the user must hear about.
+        setTriggerRegistrationError(monitor.installNotice());
     }
 
     if (!m_isRecording && !m_isBusy)

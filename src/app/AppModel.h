@@ -115,6 +115,9 @@ public:
     QCoro::Task<> globalPressToTalkEnded();
     QCoro::Task<> globalToggleRecordingBegan();
     QCoro::Task<> globalToggleRecordingEnded();
+    // The held trigger was part of another key's shortcut: the hold's recording, if it
+    // started, is deleted unsent, and nothing is shown as an error.
+    QCoro::Task<> globalPressToTalkCancelled();
     // From `quorla dictation start|stop|toggle|cancel`: start and stop act as the trigger
     // going down and up; stop, toggle and cancel end whatever recording is running.
     QCoro::Task<> commandPressToTalkBegan();
@@ -239,6 +242,8 @@ private:
     static QString currentAppVersion();
     QCoro::Task<> startRecording(DictationSource source);
     bool promoteActiveHoldSessionToToggle();
+    // Stops the running recording and deletes its file; no status line.
+    void discardRecording();
     // What the dictation pipeline gets, taken from the settings and the dictionary now.
     [[nodiscard]] DictationRequest dictationRequest(const QString &recordingPath, const QString &apiKey,
                                                     const std::optional<InputLanguageHint> &language) const;

@@ -82,6 +82,16 @@ QCoro::Task<> AppModel::globalPressToTalkEnded()
         co_await stopRecordingAndTranscribe();
 }
 
+QCoro::Task<> AppModel::globalPressToTalkCancelled()
+{
+    m_isGlobalTriggerHeld = false; // also drops a start still waiting for the microphone
+    if (m_isRecording && m_activeSession && m_activeSession->source == DictationSource::fnHold) {
+        discardRecording();
+        setStatusMessage(defaultStatusMessage());
+    }
+    co_return;
+}
+
 QCoro::Task<> AppModel::globalToggleRecordingBegan()
 {
     m_isToggleRecordingRequested = true;

@@ -34,10 +34,15 @@ void AppModel::cancelRecording()
     m_isCommandRecordingRequested = false;
     if (!m_isRecording || m_isBusy)
         return;
+    discardRecording();
+    setStatusMessage(QStringLiteral("Dictation canceled. Nothing was sent."));
+}
+
+void AppModel::discardRecording()
+{
     m_services.audioRecorder->cancelRecording();
     m_activeSession.reset();
     m_lastRecordingStartedAt.reset();
     setIsRecording(false);
     setErrorMessage(std::nullopt);
-    setStatusMessage(QStringLiteral("Dictation canceled. Nothing was sent."));
 }

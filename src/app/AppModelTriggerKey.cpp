@@ -48,6 +48,8 @@ void AppModel::setTriggerKey(const QString &id)
     // The old key could not be watched for; the new one may be.
     if (!refused && m_triggerRegistrationError && !monitor.isInstalled())
         startAppServices();
-    else if (!m_isRecording && !m_isBusy)
+    else if (!refused && monitor.isInstalled())
+        setTriggerRegistrationError(monitor.installNotice());
+    if (!m_isRecording && !m_isBusy)
         setStatusMessage(defaultStatusMessage());
 }

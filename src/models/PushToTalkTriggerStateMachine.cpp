@@ -16,6 +16,8 @@ constexpr std::array<Action, 2> captureAndToggleStarted{Action::captureTargetApp
 constexpr std::array<Action, 2> cancelAndToggleStarted{Action::cancelHold, Action::notifyToggleStarted};
 constexpr std::array<Action, 1> toggleStarted{Action::notifyToggleStarted};
 constexpr std::array<Action, 1> holdStarted{Action::notifyHoldStarted};
+constexpr std::array<Action, 1> cancelHold{Action::cancelHold};
+constexpr std::array<Action, 1> holdCancelled{Action::notifyHoldCancelled};
 
 constexpr PushToTalkTriggerStateMachine::Actions none{};
 
@@ -35,6 +37,8 @@ PushToTalkTriggerStateMachine::Actions PushToTalkTriggerStateMachine::handle(Pus
         return none;
     case PushToTalkTriggerInput::Kind::holdDelayElapsed:
         return handleHoldDelayElapsed();
+    case PushToTalkTriggerInput::Kind::otherKeyDown:
+        return handleOtherKeyDown();
     }
     return none;
 }
@@ -47,6 +51,7 @@ PushToTalkTriggerStateMachine::Actions PushToTalkTriggerStateMachine::handleFnDo
     switch (phase) {
     case Phase::pendingHold:
     case Phase::holdActive:
+    case Phase::shortcut:
         return none;
     case Phase::toggleActive:
         phase = Phase::idle;
@@ -67,6 +72,9 @@ PushToTalkTriggerStateMachine::Actions PushToTalkTriggerStateMachine::handleFnUp
     isFnPressed = false;
     switch (phase) {
     case Phase::idle:
+        return clearTarget;
+    case Phase::shortcut:
+        phase = Phase::idle;
         return clearTarget;
     case Phase::pendingHold:
         phase = Phase::idle;
@@ -104,6 +112,8 @@ PushToTalkTriggerStateMachine::Actions PushToTalkTriggerStateMachine::handleSpac
     case Phase::toggleActive:
         phase = Phase::idle;
         return toggleEndedAndClear;
+    case Phase::shortcut:
+        return none; // trigger + key + Space belongs to the application
     }
     return none;
 }
@@ -114,4 +124,23 @@ PushToTalkTriggerStateMachine::Actions PushToTalkTriggerStateMachine::handleHold
         return none;
     phase = Phase::holdActive;
     return holdStarted;
+}
+
+// Trigger + key is the application's shortcut, not a dictation: until the trigger goes
+// up nothing starts, and a hold already recording is dropped.
+PushToTalkTriggerStateMachine::Actions PushToTalkTriggerStateMachine::handleOtherKeyDown() noexcept
+{
+    switch (phase) {
+    case Phase::pendingHold:
+        phase = Phase::shortcut;
+        return cancelHold;
+    case Phase::holdActive:
+        phase = Phase::shortcut;
+        return holdCancelled;
+    case Phase::idle:
+    case Phase::toggleActive:
+    case Phase::shortcut:
+        break;
+    }
+    return none;
 }

@@ -6,7 +6,9 @@
 enum class PushToTalkTriggerPhase : std::uint8_t { idle,
                                                    pendingHold,
                                                    holdActive,
-                                                   toggleActive };
+                                                   toggleActive,
+                                                   // the trigger is held for another key's shortcut
+                                                   shortcut };
 
 enum class PushToTalkTriggerAction : std::uint8_t {
     captureTargetApplication,
@@ -17,6 +19,8 @@ enum class PushToTalkTriggerAction : std::uint8_t {
     notifyHoldEnded,
     notifyToggleStarted,
     notifyToggleEnded,
+    // the hold turned out to be a shortcut: drop its recording, send nothing
+    notifyHoldCancelled,
 };
 
 // One raw keyboard fact. Only spaceDown carries a value: whether the Space event
@@ -26,7 +30,8 @@ struct PushToTalkTriggerInput {
                                      fnDown,
                                      fnUp,
                                      spaceUp,
-                                     holdDelayElapsed };
+                                     holdDelayElapsed,
+                                     otherKeyDown };
 
     Kind kind;
     bool fnFlag = false;
@@ -36,6 +41,8 @@ struct PushToTalkTriggerInput {
     static constexpr PushToTalkTriggerInput fnUp() { return {Kind::fnUp}; }
     static constexpr PushToTalkTriggerInput spaceUp() { return {Kind::spaceUp}; }
     static constexpr PushToTalkTriggerInput holdDelayElapsed() { return {Kind::holdDelayElapsed}; }
+    // A key other than the trigger and Space went down.
+    static constexpr PushToTalkTriggerInput otherKeyDown() { return {Kind::otherKeyDown}; }
 
     friend constexpr bool operator==(PushToTalkTriggerInput, PushToTalkTriggerInput) = default;
 };
@@ -51,6 +58,12 @@ struct PushToTalkTriggerStateMachine {
 
     Actions handle(PushToTalkTriggerInput input) noexcept;
     void reset() noexcept { *this = {}; }
+    // Whether a Space press now would start or end a toggle, and so must not reach the application.
+    [[nodiscard]] constexpr bool wouldConsumeSpace() const noexcept
+    {
+        return phase == PushToTalkTriggerPhase::toggleActive
+            || (isFnPressed && phase != PushToTalkTriggerPhase::shortcut);
+    }
 
     friend constexpr bool operator==(const PushToTalkTriggerStateMachine &,
                                      const PushToTalkTriggerStateMachine &) = default;
@@ -60,4 +73,5 @@ private:
     Actions handleFnUp() noexcept;
     Actions handleSpaceDown(bool fnFlag) noexcept;
     Actions handleHoldDelayElapsed() noexcept;
+    Actions handleOtherKeyDown() noexcept;
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/DesktopSession.h"
+
 #include <QString>
 
 struct TriggerKey;
@@ -16,12 +18,12 @@ public:
     enum class TriggerAccess { watchable,
                                noDisplay,
                                noXInput2,
-                               noXTest,
                                noTriggerKey };
 
     struct Session {
         SessionType type = SessionType::none;
-        QString display; // the X display Quorla would use; empty when there is none
+        QString display;       // the X display Quorla would use; empty when there is none
+        DesktopSession offers; // what the session's servers answered
     };
     struct AccessibilityBus {
         bool reachable = false;

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <functional>
+#include <optional>
 
 struct TriggerKey;
 
@@ -18,24 +19,33 @@ public:
         std::function<bool(bool autoRepeat, bool triggerFlag)> spaceDown;
         // A Space key-up; returns true when its key-down was consumed.
         std::function<bool()> spaceUp;
+        // Another key went down while the trigger was down: the gesture is that key's
+        // shortcut, not a dictation. The key itself goes on to the application. Telling
+        // only the first such key of a gesture is enough; the monitor ignores the rest.
+        std::function<void()> otherKeyDown;
+    };
+
+    // What a successful install achieved. A notice says what the hook cannot see (for
+    // example windows of another display server) while it works for the rest.
+    struct InstallOutcome {
+        std::optional<QString> notice;
     };
 
     virtual ~KeyboardHook() = default;
 
     // Starts delivering events. Throws QuorlaError::hotkeyRegistrationFailed with the
-    // platform's words when the keyboard cannot be observed; also when it can be observed
-    // only in part, and then the hook stays installed (isInstalled() tells).
-    virtual void install(Events events) = 0;
+    // platform's words when the keyboard cannot be observed, and is then not installed.
+    virtual InstallOutcome install(Events events) = 0;
     // Stops delivering events and releases every grab; safe to call when not installed.
     virtual void uninstall() = 0;
     [[nodiscard]] virtual bool isInstalled() const = 0;
-    // True while a Space press would be consumed (trigger held or toggle running):
-    // backends that cannot decide each press synchronously take Space only then.
+    // True while a Space press would be consumed (trigger held for no shortcut, or toggle
+    // running): backends that cannot decide each press synchronously take Space only then.
     virtual void setSpaceCaptureWanted(bool wanted) = 0;
     // The trigger key's name as shown to the user ("Fn", "Right Ctrl", ...).
     [[nodiscard]] virtual QString triggerDisplayName() const = 0;
     // Watches another key from now on; a trigger held at that moment counts as released.
-    // When installed and the new key cannot be observed, throws like install() and is
-    // left uninstalled.
-    virtual void setTriggerKey(const TriggerKey &key) = 0;
+    // When installed, installs again for the new key: throws like install() and is left
+    // uninstalled, or returns install()'s outcome. Not installed, returns no notice.
+    virtual InstallOutcome setTriggerKey(const TriggerKey &key) = 0;
 };

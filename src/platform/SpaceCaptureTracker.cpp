@@ -15,14 +15,12 @@ SpaceCaptureTracker::SpacePress SpaceCaptureTracker::spaceDown()
     SpacePress press;
     press.triggerFlag = isTriggerDown();
     if (m_spaceDown) {
-        // Repeats follow their first press: an active grab keeps them until the release.
+        // Repeats never feed the machine and always reach the application.
         press.autoRepeat = true;
-        press.swallowed = !m_spacePassedThrough;
         return press;
     }
     press.swallowed = wantsSpaceGrab();
     m_spaceDown = true;
-    m_spacePassedThrough = !press.swallowed;
     m_machine.handle(PushToTalkTriggerInput::spaceDown(press.triggerFlag));
     return press;
 }
@@ -30,8 +28,12 @@ SpaceCaptureTracker::SpacePress SpaceCaptureTracker::spaceDown()
 void SpaceCaptureTracker::spaceUp()
 {
     m_spaceDown = false;
-    m_spacePassedThrough = false;
     m_machine.handle(PushToTalkTriggerInput::spaceUp());
+}
+
+bool SpaceCaptureTracker::otherKeyDown()
+{
+    return !m_machine.handle(PushToTalkTriggerInput::otherKeyDown()).empty();
 }
 
 void SpaceCaptureTracker::reset()
@@ -41,6 +43,6 @@ void SpaceCaptureTracker::reset()
 
 bool SpaceCaptureTracker::wantsSpaceGrab() const
 {
-    const bool wouldConsume = m_machine.isFnPressed || m_machine.phase == PushToTalkTriggerPhase::toggleActive;
-    return wouldConsume && !m_spacePassedThrough;
+    // While Space is down its repeats and its release belong to the application.
+    return m_machine.wouldConsumeSpace() && !m_spaceDown;
 }

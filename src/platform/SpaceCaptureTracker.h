@@ -26,6 +26,9 @@ public:
     std::optional<bool> triggerKeyChanged(std::uint8_t keycode, bool down);
     SpacePress spaceDown();
     void spaceUp();
+    // A key other than the trigger and Space went down; true when that made the gesture
+    // a shortcut (the hold is off).
+    bool otherKeyDown();
     // Back to nothing pressed, nothing running; the trigger's keys changed.
     void reset();
 
@@ -36,6 +39,4 @@ private:
     PushToTalkTriggerStateMachine m_machine;
     std::bitset<256> m_triggerKeysDown;
     bool m_spaceDown = false;
-    // A Space that reached the application keeps its release there, so no grab until then.
-    bool m_spacePassedThrough = false;
 };

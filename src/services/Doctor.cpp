@@ -93,17 +93,44 @@ DoctorCheck sessionCheck(const DesktopProbe::Session &session)
     switch (session.type) {
     case DesktopProbe::SessionType::x11:
         return ok(QStringLiteral("X11 session on display %1").arg(session.display));
-    case DesktopProbe::SessionType::wayland:
-        if (session.display.isEmpty())
-            return fail(QStringLiteral("Wayland session without X11 support; the trigger key can't be seen"),
-                        QStringLiteral("Log in to an X11 session, or turn on Xwayland."));
-        return warn(QStringLiteral("Wayland session; the trigger key is seen only while an X11 window has focus"),
-                    QStringLiteral("Log in to an X11 session to dictate into every application."));
+    case DesktopProbe::SessionType::wayland: {
+        const SessionBackends::Trigger trigger = chosenBackends(session.offers).trigger;
+        const QString what = QStringLiteral("%1 session; trigger: %2")
+                                 .arg(describedSession(session.offers), describedTrigger(trigger));
+        const QString command = QStringLiteral("Bind \"quorla dictation toggle\" to a key in your desktop's keyboard "
+                                               "shortcuts (Settings > Use another key or a command)");
+        if (trigger == SessionBackends::Trigger::sway || trigger == SessionBackends::Trigger::globalShortcutsPortal)
+            return ok(what);
+        if (trigger == SessionBackends::Trigger::xwaylandOnly)
+            return warn(what, command + QStringLiteral(", or log in to an X11 session."));
+        return warn(what, command + QStringLiteral("."));
+    }
     case DesktopProbe::SessionType::none:
         break;
     }
     return fail(QStringLiteral("No graphical session (DISPLAY is not set)"),
                 QStringLiteral("Run Quorla inside your desktop session."));
+}
+
+// Under Wayland the keys go through whatever the compositor offers for them.
+DoctorCheck waylandPasteCheck(SessionBackends::Keys keys)
+{
+    switch (keys) {
+    case SessionBackends::Keys::virtualKeyboard:
+        return ok(QStringLiteral("Paste route: Ctrl+V through the Wayland virtual keyboard"));
+    case SessionBackends::Keys::kdeFakeInput:
+        return ok(QStringLiteral("Paste route: Ctrl+V through KWin's fake input"));
+    case SessionBackends::Keys::remoteDesktopPortal:
+        return ok(QStringLiteral("Paste route: Ctrl+V through the desktop's remote desktop portal"));
+    case SessionBackends::Keys::xwaylandOnly:
+        return warn(QStringLiteral("Paste route: Ctrl+V reaches only X11 windows; elsewhere text that can't be typed in is only copied"),
+                    QStringLiteral("Turn on Accessibility so text is typed in directly."));
+    case SessionBackends::Keys::x11:
+    case SessionBackends::Keys::none:
+        break;
+    }
+    return warn(QStringLiteral("No paste route: this Wayland session lets no program press keys; text that can't be typed in is only copied"),
+                QStringLiteral("Turn on Accessibility so text is typed in directly, or paste with Ctrl+V yourself."));
 }
 
 DoctorCheck triggerCheck(DesktopProbe::TriggerAccess access, const QString &key)
@@ -117,9 +144,6 @@ DoctorCheck triggerCheck(DesktopProbe::TriggerAccess access, const QString &key)
     case DesktopProbe::TriggerAccess::noXInput2:
         return fail(QStringLiteral("Trigger %1: the X server has no XInput2 2.2").arg(key),
                     QStringLiteral("Enable the XInputExtension in the X server."));
-    case DesktopProbe::TriggerAccess::noXTest:
-        return fail(QStringLiteral("Trigger %1: the X server has no XTest extension").arg(key),
-                    QStringLiteral("Enable the XTEST extension in the X server."));
     case DesktopProbe::TriggerAccess::noTriggerKey:
         break;
     }
@@ -244,11 +268,15 @@ QCoro::Task<QList<DoctorCheck>> Doctor::run()
 
     const DesktopProbe::Session sessionAnswer = co_await session;
     checks.append(sessionCheck(sessionAnswer));
+    const bool wayland = sessionAnswer.type == DesktopProbe::SessionType::wayland;
+    const SessionBackends chosen = chosenBackends(sessionAnswer.offers);
     const std::pair<DesktopProbe::TriggerAccess, bool> keysAnswer = co_await keys;
-    checks.append(triggerCheck(keysAnswer.first, key.displayName));
+    // Under Wayland the X11 hook matters only where it is the trigger.
+    if (!wayland || chosen.trigger == SessionBackends::Trigger::xwaylandOnly)
+        checks.append(triggerCheck(keysAnswer.first, key.displayName));
     const DesktopProbe::AccessibilityBus busAnswer = co_await bus;
     checks.append(accessibilityCheck(busAnswer));
-    checks.append(pasteCheck(keysAnswer.second));
+    checks.append(wayland ? waylandPasteCheck(chosen.keys) : pasteCheck(keysAnswer.second));
     const DesktopProbe::AudioServer server = co_await audioServer;
     checks.append(audioServerChecks(server));
     if (server.reachable && !server.defaultInput.isEmpty()) {

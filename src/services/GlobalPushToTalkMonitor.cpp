@@ -41,7 +41,12 @@ void GlobalPushToTalkMonitor::installMonitors()
     };
     events.spaceDown = [this](bool autoRepeat, bool triggerFlag) { return handleSpaceDown(autoRepeat, triggerFlag); };
     events.spaceUp = [this] { return handleSpaceUp(); };
-    m_hook->install(std::move(events));
+    events.otherKeyDown = [this] {
+        // Like a tap, a shortcut needs no microphone.
+        if (!apply(PushToTalkTriggerInput::otherKeyDown()).empty())
+            Q_EMIT triggerKeyChanged(false);
+    };
+    m_installNotice = m_hook->install(std::move(events)).notice;
 }
 
 void GlobalPushToTalkMonitor::stop()
@@ -49,13 +54,15 @@ void GlobalPushToTalkMonitor::stop()
     m_holdTimer.stop();
     m_triggerState.reset();
     m_capturedTargetApplication.reset();
+    m_installNotice.reset();
     m_hook->uninstall();
 }
 
 void GlobalPushToTalkMonitor::setTriggerKey(const TriggerKey &key)
 {
     endGestureInProgress();
-    m_hook->setTriggerKey(key);
+    m_installNotice.reset();
+    m_installNotice = m_hook->setTriggerKey(key).notice;
 }
 
 void GlobalPushToTalkMonitor::endGestureInProgress()
@@ -123,6 +130,10 @@ PushToTalkTriggerStateMachine::Actions GlobalPushToTalkMonitor::apply(PushToTalk
             if (toggleEndedHandler)
                 toggleEndedHandler();
             break;
+        case PushToTalkTriggerAction::notifyHoldCancelled:
+            if (holdCancelledHandler)
+                holdCancelledHandler();
+            break;
         }
     }
     updateSpaceCapture();
@@ -136,9 +147,6 @@ void GlobalPushToTalkMonitor::scheduleHoldStart()
 
 void GlobalPushToTalkMonitor::updateSpaceCapture()
 {
-    // Exactly while the machine would consume a Space press.
-    const bool wanted = m_triggerState.isFnPressed
-                     || m_triggerState.phase == PushToTalkTriggerPhase::toggleActive;
     if (m_hook->isInstalled())
-        m_hook->setSpaceCaptureWanted(wanted);
+        m_hook->setSpaceCaptureWanted(m_triggerState.wouldConsumeSpace());
 }

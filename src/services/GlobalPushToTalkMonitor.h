@@ -9,6 +9,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 class KeyboardHook;
 class Workspace;
@@ -38,7 +39,9 @@ public:
     [[nodiscard]] const PushToTalkTriggerStateMachine &triggerState() const { return m_triggerState; }
 
     // Throws QuorlaError::hotkeyRegistrationFailed when the keyboard cannot be observed.
+    // Installed, installNotice() says what the hook cannot see, if anything.
     void installMonitors();
+    [[nodiscard]] const std::optional<QString> &installNotice() const { return m_installNotice; }
     // Removes the hook, cancels the hold timer and resets the trigger state.
     void stop();
     // Watches another trigger key at once. A dictation the old key started ends first
@@ -53,6 +56,8 @@ public:
     std::function<void()> holdEndedHandler;
     std::function<void()> toggleStartedHandler;
     std::function<void()> toggleEndedHandler;
+    // The trigger was held for another key's shortcut after the hold had begun.
+    std::function<void()> holdCancelledHandler;
 
 Q_SIGNALS:
     // The trigger key went down or up (before the hold delay); lets the recorder warm up.
@@ -71,4 +76,5 @@ private:
     QTimer m_holdTimer;
     bool m_suppressSpaceKeyUp = false;
     PushToTalkTriggerStateMachine m_triggerState;
+    std::optional<QString> m_installNotice;
 };

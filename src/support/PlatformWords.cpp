@@ -42,6 +42,8 @@ const PlatformWords &PlatformWords::macOS()
         .helpSaveKeyStep = QStringLiteral(
             "Paste the key into the API key field and press Save. Quorla stores it in macOS "
             "Keychain."),
+        .triggerCommandOnlyStatus = QString(),
+        .noPasteRouteStatus = QString(),
     };
     return words;
 }
@@ -56,8 +58,8 @@ const PlatformWords &PlatformWords::linuxDesktop()
             "Accessibility access is required so Quorla can type into other apps. Enable it in "
             "Settings > Accessibility. If it is already enabled, quit and reopen Quorla."),
         .triggerUnavailableStatus = QStringLiteral(
-            "%1 shortcut detection isn't available right now. Fix X11 keyboard monitoring and "
-            "relaunch the app."),
+            "%1 shortcut detection isn't available right now. Fix keyboard monitoring in your "
+            "session and relaunch the app."),
         .microphoneDeniedStatus = QStringLiteral(
             "Enable microphone access in Settings > Sound, then try %1 or %1 + Space again."),
         .accessibilityRequestStatus = QStringLiteral(
@@ -65,10 +67,10 @@ const PlatformWords &PlatformWords::linuxDesktop()
             "access does not update."),
         .monitorOutsideWindowFailure = QStringLiteral(
             "Quorla needs the X11 keyboard extensions to use %1 and %1 + Space outside this "
-            "window. Run Quorla in an X11 session with XInput2 and XTest, then reopen Quorla."),
+            "window. Run Quorla in an X11 session with XInput2, then reopen Quorla."),
         .monitorCaptureSpaceFailure = QStringLiteral(
             "Quorla needs the X11 keyboard extensions to capture Space for %1 + Space. Run "
-            "Quorla in an X11 session with XInput2 and XTest, then reopen Quorla."),
+            "Quorla in an X11 session with XInput2, then reopen Quorla."),
         .apiKeySavedStatus = QStringLiteral("API key saved to the keyring."),
         .credentialSaveFailure = QStringLiteral("Couldn't save the API key to the keyring (status %1)."),
         .credentialUpdateFailure = QStringLiteral("Couldn't update the API key in the keyring (status %1)."),
@@ -88,6 +90,12 @@ const PlatformWords &PlatformWords::linuxDesktop()
         .helpSaveKeyStep = QStringLiteral(
             "Paste the key into the API key field and press Save. Quorla stores it in your "
             "desktop keyring."),
+        .triggerCommandOnlyStatus = QStringLiteral(
+            "This Wayland session doesn't let Quorla watch %1. Bind \"quorla dictation toggle\" to a "
+            "key in your desktop's keyboard shortcuts: see Settings > Use another key or a command."),
+        .noPasteRouteStatus = QStringLiteral(
+            "This Wayland session doesn't let Quorla press keys, so the text stays on the clipboard "
+            "and in History. Press Ctrl+V to paste it."),
     };
     return words;
 }

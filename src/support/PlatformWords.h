@@ -25,6 +25,10 @@ struct PlatformWords {
     QString onboardingMicrophoneNotDetermined;
     QString onboardingKeyStorage;
     QString helpSaveKeyStep;
+    // Sessions where the trigger key can't be watched (Wayland without a way to bind keys).
+    QString triggerCommandOnlyStatus; // %1 = trigger
+    // Sessions where no key can be pressed for Quorla, so nothing is pasted for the user.
+    QString noPasteRouteStatus;
 
     static const PlatformWords &macOS();
     static const PlatformWords &linuxDesktop();

@@ -12,7 +12,7 @@ public:
     bool canSynthesizeKeys() override { return synthesizesKeys; }
     AudioServer audioServer() override { return audio; }
 
-    Session sessionAnswer{SessionType::x11, QStringLiteral(":0")};
+    Session sessionAnswer{SessionType::x11, QStringLiteral(":0"), {}};
     TriggerAccess trigger = TriggerAccess::watchable;
     AccessibilityBus bus{true, true};
     bool synthesizesKeys = true;

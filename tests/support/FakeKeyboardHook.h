@@ -10,18 +10,19 @@
 class FakeKeyboardHook : public KeyboardHook
 {
 public:
-    void install(Events events) override
+    InstallOutcome install(Events events) override
     {
         if (installFailure)
             throw *installFailure;
         m_events = std::move(events);
         m_installed = true;
+        return {installNotice};
     }
     void uninstall() override { m_installed = false; }
     bool isInstalled() const override { return m_installed; }
     void setSpaceCaptureWanted(bool wanted) override { spaceCaptureWanted = wanted; }
     QString triggerDisplayName() const override { return triggerName; }
-    void setTriggerKey(const TriggerKey &key) override
+    InstallOutcome setTriggerKey(const TriggerKey &key) override
     {
         triggerName = key.displayName;
         triggerKeyId = key.id;
@@ -29,16 +30,19 @@ public:
             m_installed = false;
             throw *triggerKeyFailure;
         }
+        return {m_installed ? installNotice : std::nullopt};
     }
 
     void trigger(bool down) { m_events.triggerChanged(down); }
     bool spaceDown(bool autoRepeat = false, bool triggerFlag = false) { return m_events.spaceDown(autoRepeat, triggerFlag); }
     bool spaceUp() { return m_events.spaceUp(); }
+    void otherKey() { m_events.otherKeyDown(); }
 
     QString triggerName = QStringLiteral("Fn");
     QString triggerKeyId;
     std::optional<QuorlaError> installFailure;
     std::optional<QuorlaError> triggerKeyFailure;
+    std::optional<QString> installNotice;
     bool spaceCaptureWanted = false;
 
 private:

@@ -13,12 +13,14 @@ TEST_F(AppModelStatusTest, theIdleTextNamesTheFirstThingMissing)
         bool accessibility;
         QString expected;
         bool onboarding;
+        const char *installNotice = nullptr; // installed, but blind to some windows
     } cases[] = {
         {false, nullptr, PermissionState::denied, true, "Save your OpenAI API key, then focus a text field and hold Fn or press Fn + Space.", true},
         {true, "No keyboard.", PermissionState::denied, false, "Fn shortcut detection isn't available right now. Fix keyboard input monitoring and relaunch the app.", true},
         {true, nullptr, PermissionState::denied, false, "Enable microphone access in System Settings, then try Fn or Fn + Space again.", true},
         {true, nullptr, PermissionState::notDetermined, false, "Ready to record. Auto-insert is off until Accessibility is available, so transcripts will be copied instead.", false},
         {true, nullptr, PermissionState::authorized, true, "", false},
+        {true, nullptr, PermissionState::authorized, true, "Fn shortcut detection isn't available right now. Fix keyboard input monitoring and relaunch the app.", true, "Only X11 windows."},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.expected.toStdString());
@@ -27,9 +29,11 @@ TEST_F(AppModelStatusTest, theIdleTextNamesTheFirstThingMissing)
         fixture.keyboard->installFailure.reset();
         if (c.registrationError)
             fixture.keyboard->installFailure = QuorlaError::hotkeyRegistrationFailed(c.registrationError);
+        fixture.keyboard->installNotice = c.installNotice ? std::optional<QString>(c.installNotice) : std::nullopt;
         stored().setBool("hasStoredAPIKey", c.storedKey); // as an earlier run left it
         AppModel &model = fixture.makeModel();
         model.startAppServices();
+        model.startAppServices(); // again as the window appears
         EXPECT_EQ(model.statusMessage(), c.expected);
         EXPECT_EQ(model.defaultStatusMessage(), c.expected);
         EXPECT_EQ(model.requiresOnboarding(), c.onboarding);

@@ -4,6 +4,7 @@
 
 #include "services/GlobalPushToTalkMonitor.h"
 
+#include <QDir>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -51,12 +52,19 @@ TEST_F(AppModelTriggerKeyTest, holdingTheTriggerRecordsUntilItIsReleased)
 
     fixture.keyboard->trigger(true);
     EXPECT_TRUE(fixture.audio->prepared) << "the input opens with the key";
-    QTRY_VERIFY_WITH_TIMEOUT(model.isRecording(), 2000);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return model.isRecording(); }, 2000));
     EXPECT_TRUE(fixture.audio->recording);
     fixture.keyboard->trigger(false);
-    QTRY_VERIFY_WITH_TIMEOUT(!model.isRecording(), 2000);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !model.isRecording(); }, 2000));
     EXPECT_FALSE(fixture.audio->recording);
-    QTRY_COMPARE_WITH_TIMEOUT(fixture.speech->requests.size(), 1, 2000);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return fixture.speech->requests.size() == 1; }, 2000));
+
+    fixture.keyboard->trigger(true); // a shortcut's recording is dropped unsent
+    EXPECT_TRUE(QTest::qWaitFor([&] { return model.isRecording(); }, 2000));
+    fixture.keyboard->otherKey();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !model.isRecording() && QDir(fixture.recordingsDirectory()).isEmpty(); }, 2000));
+    fixture.keyboard->trigger(false);
+    EXPECT_EQ(model.errorMessage(), std::nullopt);
 
     fixture.keyboard->trigger(true); // a tap records nothing
     fixture.keyboard->trigger(false);

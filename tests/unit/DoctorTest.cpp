@@ -48,7 +48,8 @@ TEST(DoctorTest, eachProblemGivesItsRowAndItsFix)
     } cases[] = {
         {[](auto &) {}, Status::ok, "The service answers and accepts the API key", ""},
         {[](auto &s) { s.desktop->sessionAnswer = {}; }, Status::fail, "No graphical session", "inside your desktop"},
-        {[](auto &s) { s.desktop->sessionAnswer.type = Probe::SessionType::wayland; }, Status::warn, "Wayland", "X11"},
+        {[](auto &s) { s.desktop->sessionAnswer = {Probe::SessionType::wayland, {}, {.wayland = true}}; }, Status::warn, "Wayland session; trigger: none", "quorla dictation toggle"},
+        {[](auto &s) { s.desktop->sessionAnswer = {Probe::SessionType::wayland, {}, {.wayland = true, .swayIpc = true, .virtualKeyboard = true}}; }, Status::ok, "Wayland (sway) session; trigger: sway key bindings", ""},
         {[](auto &s) { s.desktop->trigger = Probe::TriggerAccess::noTriggerKey; }, Status::fail, "Right Ctrl: this keyboard has no", "Choose another trigger key"},
         {[](auto &s) { s.desktop->bus.enabled = false; }, Status::warn, "Accessibility is switched off", "Grant Access"},
         {[](auto &s) { s.desktop->synthesizesKeys = false; }, Status::warn, "No paste route", "XTEST"},

@@ -10,7 +10,7 @@
 namespace {
 
 // Steps: T/t the trigger down/up, S/s Space down/up, R a Space repeat, H the hold delay
-// running out, K the trigger key changed. Space steps leave X when taken from the
+// running out, O another key down, K the trigger key changed. Space steps leave X when taken from the
 // application, P when let through.
 TEST(GlobalPushToTalkMonitor, gesturesGiveTheirEventsTakeOnlyTheirSpacesAndEndWithAKeyChange)
 {
@@ -24,6 +24,7 @@ TEST(GlobalPushToTalkMonitor, gesturesGiveTheirEventsTakeOnlyTheirSpacesAndEndWi
     monitor.holdEndedHandler = [&] { events.append("holdEnded"); };
     monitor.toggleStartedHandler = [&] { events.append("toggleStarted"); };
     monitor.toggleEndedHandler = [&] { events.append("toggleEnded"); };
+    monitor.holdCancelledHandler = [&] { events.append("holdCancelled"); };
     const QStringList hold{"holdStarted", "holdEnded"}, toggle{"toggleStarted", "toggleEnded"};
     const struct {
         const char *name, *steps, *spaces;
@@ -35,6 +36,8 @@ TEST(GlobalPushToTalkMonitor, gesturesGiveTheirEventsTakeOnlyTheirSpacesAndEndWi
         {"plain Space", "Ss", "PP", {}},
         {"toggle", "TSRstSs", "XPXXX", toggle},
         {"toggle running", "TSst", "XX", {"toggleStarted"}, true},
+        {"shortcut", "TOHSst", "PP", {}},
+        {"shortcut in a hold", "THOt", "", {"holdStarted", "holdCancelled"}},
         // A Space released after the change reaches the application.
         {"change when idle", "Ks", "P", {}},
         {"change in a pending hold", "TKs", "P", {}},
@@ -53,6 +56,8 @@ TEST(GlobalPushToTalkMonitor, gesturesGiveTheirEventsTakeOnlyTheirSpacesAndEndWi
                 monitor.apply(PushToTalkTriggerInput::holdDelayElapsed());
             else if (step == 'K')
                 monitor.setTriggerKey(*TriggerKey::withId("menu"));
+            else if (step == 'O')
+                keyboard->otherKey();
             else
                 spaces += (step == 's' ? keyboard->spaceUp() : keyboard->spaceDown(step == 'R')) ? 'X' : 'P';
             if (step == 'T') {

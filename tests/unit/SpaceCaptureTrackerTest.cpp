@@ -6,9 +6,10 @@
 namespace {
 
 // Steps: T/t the trigger key down/up, O/o the trigger's other key down/up, S/s Space
-// down/up, r reset. Each step leaves what it gave (D/U: the trigger went down/up, -: no
-// change; X/P: Space swallowed/passed, with ! for the trigger flag and ~ for a repeat;
-// . nothing), then + or - for whether Space is grabbed now.
+// down/up, K another key down, r reset. Each step leaves what it gave (D/U: the trigger
+// went down/up, -: no change; X/P: Space swallowed/passed, with ! for the trigger flag and
+// ~ for a repeat; k: a shortcut began; . nothing), then + or - for whether Space is
+// grabbed now.
 std::string traced(const std::string &steps)
 {
     SpaceCaptureTracker tracker;
@@ -18,6 +19,8 @@ std::string traced(const std::string &steps)
             const auto press = tracker.spaceDown();
             trace += press.swallowed ? 'X' : 'P';
             trace += std::string(press.triggerFlag ? "!" : "") + (press.autoRepeat ? "~" : "");
+        } else if (step == 'K') {
+            trace += tracker.otherKeyDown() ? 'k' : '.';
         } else if (step == 's' || step == 'r') {
             step == 's' ? tracker.spaceUp() : tracker.reset();
             trace += '.';
@@ -37,11 +40,12 @@ TEST(SpaceCaptureTracker, grabsSpaceExactlyWhileTheGestureNeedsIt)
     } cases[] = {
         {"a plain Space passes", "SsS", "P-.-P-"},
         {"the trigger alone grabs until released", "TtS", "D+U-P-"},
-        {"trigger + Space toggles until the next Space", "TSstSsS", "D+X!+.+U+X-.-P-"},
-        {"repeats follow their first press", "TSS", "D+X!+X!~+"},
-        {"a Space already through keeps its release", "STSsS", "P-D-P!~-.+X!+"},
+        {"trigger + Space toggles until the next Space", "TSstSsS", "D+X!-.+U+X-.-P-"},
+        {"repeats pass, and a held Space is not grabbed", "TSS", "D+X!-P!~-"},
+        {"a Space already through keeps its release", "STSsS", "P-D-P!~-.+X!-"},
         {"two keys change the trigger once", "TOTtoo", "D+-+-+-+U---"},
-        {"a fresh press ends the toggle", "TSstTtTr", "D+X!+.+U+D+U-D+.-"},
+        {"a fresh press ends the toggle", "TSstTtTr", "D+X!-.+U+D+U-D+.-"},
+        {"a shortcut takes no Space", "TKKSst", "D+k-.-P!-.-U-"},
     };
     for (const auto &c : cases)
         EXPECT_EQ(traced(c.steps), c.trace) << c.name << ": " << c.steps;

@@ -1,12 +1,14 @@
 #include "LinuxDesktopProbe.h"
 
 #include "models/TriggerKey.h"
+#include "platform/linux/DesktopSessionProbe.h"
 #include "platform/linux/X11KeyboardHook.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QDBusVariant>
+#include <QCoro/QCoroTask>
 #include <QScopeGuard>
 
 #include <pulse/pulseaudio.h>
@@ -29,8 +31,8 @@ Access accessFor(X11KeyboardConnection::OpenResult result)
         return Access::noDisplay;
     case X11KeyboardConnection::OpenResult::noXInput2:
         return Access::noXInput2;
-    case X11KeyboardConnection::OpenResult::noXTest:
-        return Access::noXTest;
+    case X11KeyboardConnection::OpenResult::noGrabConnection:
+        return Access::noDisplay;
     case X11KeyboardConnection::OpenResult::noTriggerKey:
         break;
     }
@@ -132,12 +134,17 @@ DesktopProbe::Session LinuxDesktopProbe::session()
 {
     Session session;
     session.display = qEnvironmentVariable("DISPLAY");
-    const bool wayland = qEnvironmentVariableIsSet("WAYLAND_DISPLAY")
-                      || qEnvironmentVariable("XDG_SESSION_TYPE").compare(QLatin1String("wayland"), Qt::CaseInsensitive) == 0;
-    if (wayland)
+    // A worker thread: its own bus connection, and a wait of its own for the portals.
+    const QString name = QStringLiteral("quorla-doctor-session");
+    QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, name);
+    const auto disconnect = qScopeGuard([&name] { QDBusConnection::disconnectFromBus(name); });
+    session.offers = QCoro::waitFor(DesktopSessionProbe::withPortals(DesktopSessionProbe::displayServers(), bus));
+    if (session.offers.wayland)
         session.type = SessionType::wayland;
-    else if (!session.display.isEmpty())
+    else if (session.offers.x11)
         session.type = SessionType::x11;
+    if (!session.offers.x11)
+        session.display.clear();
     return session;
 }
 

@@ -1,14 +1,21 @@
 #include "platform/PlatformBackends.h"
 
+#include "platform/CommandOnlyKeyboardHook.h"
+#include "platform/DesktopSession.h"
 #include "platform/QtClipboard.h"
 #include "platform/linux/AtSpiAccessibility.h"
 #include "platform/linux/AtSpiWorkspace.h"
+#include "platform/linux/DesktopSessionProbe.h"
 #include "platform/linux/LinuxDesktopProbe.h"
 #include "platform/linux/XkbInputSourceProvider.h"
 #include "platform/linux/SecretServiceCredentialStore.h"
 #include "platform/linux/X11KeySynthesizer.h"
 #include "platform/linux/X11Workspace.h"
 #include "platform/linux/QtAudioCapture.h"
+#include "platform/linux/KdeInputSourceProvider.h"
+#include "platform/linux/SwayInputSourceProvider.h"
+#include "platform/linux/SwayIpcConnection.h"
+#include "platform/linux/SwayKeyboardHook.h"
 #include "platform/linux/X11KeyboardHook.h"
 #include "platform/linux/wayland/WaylandClipboard.h"
 #include "platform/linux/wayland/WaylandConnection.h"
@@ -16,41 +23,101 @@
 
 namespace {
 
-// The first key route the compositor offers; null when it offers none.
-std::shared_ptr<KeySynthesizer> makeWaylandKeySynthesizer(const std::shared_ptr<WaylandConnection> &connection)
+
+std::shared_ptr<KeyboardHook> makeKeyboardHook(SessionBackends::Trigger source, const TriggerKey &trigger)
 {
-    if (auto keyboard = VirtualKeyboardKeySynthesizer::create(connection))
-        return keyboard;
-    return KWinFakeInputKeySynthesizer::create(connection);
+    switch (source) {
+    case SessionBackends::Trigger::x11:
+    case SessionBackends::Trigger::xwaylandOnly:
+        return std::make_shared<X11KeyboardHook>(trigger);
+    case SessionBackends::Trigger::sway:
+        return std::make_shared<SwayKeyboardHook>(trigger, SwayIpcConnection::sessionSocketPath());
+    case SessionBackends::Trigger::globalShortcutsPortal:
+    case SessionBackends::Trigger::commandOnly:
+        break;
+    }
+    return std::make_shared<CommandOnlyKeyboardHook>(trigger);
 }
 
-// A Wayland session: Qt's clipboard is refused there and XTest reaches only Xwayland.
-void useWaylandBackends(PlatformBackends &backends)
+// Sessions that tell nobody their keyboard layout: the input language gets no hint.
+class SilentInputSourceProvider : public InputSourceProvider
 {
-    const std::shared_ptr<WaylandConnection> connection = WaylandConnection::open();
-    if (!connection)
-        return;
-    if (auto clipboard = WaylandClipboard::create(connection))
-        backends.clipboard = clipboard;
-    if (auto keys = makeWaylandKeySynthesizer(connection))
-        backends.keySynthesizer = keys;
-    backends.workspace = std::make_shared<AtSpiWorkspace>(backends.workspace);
+public:
+    std::optional<InputSourceInfo> currentInputSource() override { return std::nullopt; }
+    void startObservingChanges(std::function<void()>) override {}
+};
+
+std::shared_ptr<InputSourceProvider> makeInputSource(SessionBackends::Layout source)
+{
+    switch (source) {
+    case SessionBackends::Layout::xkb:
+        return std::make_shared<XkbInputSourceProvider>();
+    case SessionBackends::Layout::sway:
+        return std::make_shared<SwayInputSourceProvider>(SwayIpcConnection::sessionSocketPath());
+    case SessionBackends::Layout::kde:
+        return std::make_shared<KdeInputSourceProvider>(QDBusConnection::sessionBus());
+    case SessionBackends::Layout::none:
+        break;
+    }
+    return std::make_shared<SilentInputSourceProvider>();
+}
+
+std::shared_ptr<KeySynthesizer> makeKeySynthesizer(SessionBackends::Keys source,
+                                                   const std::shared_ptr<WaylandConnection> &wayland)
+{
+    std::shared_ptr<KeySynthesizer> keys;
+    switch (source) {
+    case SessionBackends::Keys::virtualKeyboard:
+        keys = VirtualKeyboardKeySynthesizer::create(wayland);
+        break;
+    case SessionBackends::Keys::kdeFakeInput:
+        keys = KWinFakeInputKeySynthesizer::create(wayland);
+        break;
+    case SessionBackends::Keys::x11:
+    case SessionBackends::Keys::remoteDesktopPortal:
+    case SessionBackends::Keys::xwaylandOnly:
+    case SessionBackends::Keys::none:
+        break;
+    }
+    // XTest reaches X11 windows where there are any, and fails where there are none.
+    return keys ? keys : std::make_shared<X11KeySynthesizer>();
+}
+
+// Qt's clipboard is refused on Wayland; where the compositor offers nothing better it is
+// still the best try.
+std::shared_ptr<Clipboard> makeClipboard(SessionBackends::Clipboard source,
+                                         const std::shared_ptr<WaylandConnection> &wayland)
+{
+    if (source == SessionBackends::Clipboard::dataControl) {
+        if (auto clipboard = WaylandClipboard::create(wayland))
+            return clipboard;
+    }
+    return std::make_shared<QtClipboard>();
 }
 
 } // namespace
 
 PlatformBackends makePlatformBackends(const TriggerKey &trigger)
 {
+    // Only the display servers are asked here: they answer on local sockets at once. The
+    // portals answer over D-Bus, so a portal backend asks them itself, asynchronously.
+    const SessionBackends chosen = chosenBackends(DesktopSessionProbe::displayServers());
     PlatformBackends backends;
-    backends.keyboardHook = std::make_shared<X11KeyboardHook>(trigger);
+    backends.keyboardHook = makeKeyboardHook(chosen.trigger, trigger);
     backends.workspace = std::make_shared<X11Workspace>();
+    if (chosen.workspace == SessionBackends::Workspace::accessibility)
+        backends.workspace = std::make_shared<AtSpiWorkspace>(backends.workspace);
     backends.accessibility = std::make_shared<AtSpiAccessibility>();
     backends.audioCapture = makeAudioCapture();
-    backends.inputSource = std::make_shared<XkbInputSourceProvider>();
+    backends.inputSource = makeInputSource(chosen.layout);
     backends.credentialStore = makeCredentialStore();
-    backends.keySynthesizer = std::make_shared<X11KeySynthesizer>();
-    backends.clipboard = std::make_shared<QtClipboard>();
-    useWaylandBackends(backends);
+    // One connection of Quorla's own for the compositor's keys and clipboard.
+    const bool needsWayland = chosen.keys == SessionBackends::Keys::virtualKeyboard
+                           || chosen.keys == SessionBackends::Keys::kdeFakeInput
+                           || chosen.clipboard == SessionBackends::Clipboard::dataControl;
+    const std::shared_ptr<WaylandConnection> wayland = needsWayland ? WaylandConnection::open() : nullptr;
+    backends.keySynthesizer = makeKeySynthesizer(chosen.keys, wayland);
+    backends.clipboard = makeClipboard(chosen.clipboard, wayland);
     return backends;
 }
 

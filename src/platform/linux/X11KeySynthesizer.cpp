@@ -1,6 +1,8 @@
 // Xlib only: no Qt, no gtest in this file.
 #include "X11KeySynthesizer.h"
 
+#include "platform/linux/X11SynthesizedKeys.h"
+
 #include <X11/XKBlib.h>
 #include <X11/Xlib.h>
 #include <X11/extensions/XTest.h>
@@ -47,6 +49,11 @@ struct X11KeySynthesizer::Impl {
                 return false;
         }
         bool sent = true;
+        // Told before sending, so the trigger hook never meets them unannounced.
+        for (const KeyCode key : keys) {
+            X11SynthesizedKeys::expect(key); // its press
+            X11SynthesizedKeys::expect(key); // and its release
+        }
         for (const KeyCode key : keys)
             sent = XTestFakeKeyEvent(display, key, True, CurrentTime) && sent;
         for (auto key = std::rbegin(keys); key != std::rend(keys); ++key)

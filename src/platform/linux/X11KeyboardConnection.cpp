@@ -1,6 +1,8 @@
 // Xlib and xcb only: no Qt, no gtest in this file.
 #include "X11KeyboardConnection.h"
 
+#include "platform/linux/X11SynthesizedKeys.h"
+
 #include <X11/Xlib.h>
 #include <X11/extensions/XInput2.h>
 #include <X11/extensions/XTest.h>
@@ -34,13 +36,16 @@ struct X11KeyboardConnection::Private {
     xcb_connection_t *grabber = nullptr;
     xcb_window_t root = 0;
     int xiOpcode = 0;
-    bool acceptSynthesizedKeys = false;
     std::vector<std::string> triggerKeysyms;
     std::vector<int> xtestDevices;
     std::vector<std::uint8_t> triggerKeycodes;
     std::uint8_t spaceKeycode = 0;
     bool spaceGrabbed = false;
     std::vector<std::uint8_t> grabbedTriggerKeycodes;
+    // The trigger's keys that are modifiers, grabbed to freeze the keyboard at their press.
+    std::vector<std::uint8_t> syncTriggerKeycodes;
+    // A trigger that is no modifier is down, and its grab holds the keyboard.
+    bool takenTriggerHeld = false;
     int refusedGrabs = 0;
     // The request whose reply says the grab changes before it are done, until it came.
     std::optional<unsigned> grabsSync;
@@ -66,8 +71,6 @@ struct X11KeyboardConnection::Private {
         if (!XQueryExtension(display, "XInputExtension", &xiOpcode, &event, &error)
             || XIQueryVersion(display, &major, &minor) != Success || major * 100 + minor < 202)
             return OpenResult::noXInput2;
-        if (!hasXTest())
-            return OpenResult::noXTest;
         resolveKeycodes();
         return triggerKeycodes.empty() ? OpenResult::noTriggerKey : OpenResult::ok;
     }
@@ -142,15 +145,17 @@ struct X11KeyboardConnection::Private {
         if (cookie->evtype != XI_RawKeyPress && cookie->evtype != XI_RawKeyRelease)
             return;
         const auto *raw = static_cast<const XIRawEvent *>(cookie->data);
-        if (!acceptSynthesizedKeys
-            && std::find(xtestDevices.begin(), xtestDevices.end(), raw->sourceid) != xtestDevices.end())
-            return;
         const auto keycode = static_cast<std::uint8_t>(raw->detail);
+        if (std::find(xtestDevices.begin(), xtestDevices.end(), raw->sourceid) != xtestDevices.end()
+            && X11SynthesizedKeys::take(keycode))
+            return;
         const bool press = cookie->evtype == XI_RawKeyPress;
         if (std::find(triggerKeycodes.begin(), triggerKeycodes.end(), keycode) != triggerKeycodes.end())
             onKey({Key::trigger, keycode, press});
         else if (keycode == spaceKeycode)
             onKey({Key::space, keycode, press});
+        else if (press)
+            onKey({Key::other, keycode, press});
     }
 
     void readEvents(const std::function<void(const KeyEvent &)> &onKey)
@@ -165,7 +170,7 @@ struct X11KeyboardConnection::Private {
                 ungrabTriggerKeys();
                 XRefreshKeyboardMapping(&event.xmapping);
                 resolveKeycodes();
-                grabTriggerKeysUnlessModifiers();
+                grabTriggerKeys();
                 setSpaceGrabbed(wasGrabbed);
             } else if (event.xcookie.type == GenericEvent && event.xcookie.extension == xiOpcode
                        && XGetEventData(display, &event.xcookie)) {
@@ -175,17 +180,19 @@ struct X11KeyboardConnection::Private {
         }
     }
 
-    static void grabEveryCombination(xcb_connection_t *connection, xcb_window_t window, std::uint8_t keycode)
+    static void grabEveryCombination(xcb_connection_t *connection, xcb_window_t window, std::uint8_t keycode,
+                                     std::uint8_t keyboardMode = XCB_GRAB_MODE_ASYNC)
     {
         for (int modifiers = 0; modifiers < modifierCombinations; ++modifiers)
             xcb_grab_key(connection, 0, window, static_cast<std::uint16_t>(modifiers), keycode, XCB_GRAB_MODE_ASYNC,
-                         XCB_GRAB_MODE_ASYNC);
+                         keyboardMode);
     }
 
     // A trigger like Menu would open context menus in the focused application: keys
     // that are not modifiers are taken for good (raw events still report them). A
-    // modifier such as Right Ctrl stays with the applications for their shortcuts.
-    void grabTriggerKeysUnlessModifiers()
+    // modifier such as Right Ctrl stays with the applications for their shortcuts, but
+    // its press waits for Space to be grabbed (letTriggerGoOn).
+    void grabTriggerKeys()
     {
         XModifierKeymap *modifiers = XGetModifierMapping(display);
         if (!modifiers)
@@ -193,10 +200,13 @@ struct X11KeyboardConnection::Private {
         const KeyCode *first = modifiers->modifiermap;
         const KeyCode *last = first + std::ptrdiff_t(8) * modifiers->max_keypermod;
         for (const std::uint8_t keycode : triggerKeycodes) {
-            if (std::find(first, last, keycode) == last && keycode != spaceKeycode) {
-                grabEveryCombination(grabber, root, keycode);
-                grabbedTriggerKeycodes.push_back(keycode);
-            }
+            if (keycode == spaceKeycode)
+                continue;
+            const bool modifier = std::find(first, last, keycode) != last;
+            grabEveryCombination(grabber, root, keycode, modifier ? XCB_GRAB_MODE_SYNC : XCB_GRAB_MODE_ASYNC);
+            grabbedTriggerKeycodes.push_back(keycode);
+            if (modifier)
+                syncTriggerKeycodes.push_back(keycode);
         }
         XFreeModifiermap(modifiers);
         askWhenGrabsAreDone();
@@ -207,7 +217,21 @@ struct X11KeyboardConnection::Private {
         for (const std::uint8_t keycode : grabbedTriggerKeycodes)
             xcb_ungrab_key(grabber, keycode, root, XCB_MOD_MASK_ANY);
         grabbedTriggerKeycodes.clear();
+        syncTriggerKeycodes.clear();
+        takenTriggerHeld = false;
         askWhenGrabsAreDone();
+    }
+
+    // The modifier trigger's press froze the keyboard. Its raw press was sent to the
+    // watcher before this grabbed copy: read up to it, so onKey grabs Space first, then
+    // replay the press to the focused application. Requests run in order, so the grab is
+    // in place before the next key is processed.
+    void letTriggerGoOn(const std::function<void(const KeyEvent &)> &onKey)
+    {
+        XSync(display, False);
+        readEvents(onKey);
+        xcb_allow_events(grabber, XCB_ALLOW_REPLAY_KEYBOARD, XCB_CURRENT_TIME);
+        xcb_flush(grabber);
     }
 
     void setSpaceGrabbed(bool grabbed)
@@ -235,13 +259,39 @@ struct X11KeyboardConnection::Private {
         xcb_flush(grabber);
     }
 
-    // The grab connection receives the swallowed Spaces and the errors of refused grabs.
-    void drainGrabber()
+    // A swallowed Space: its repeats, its release and the keys typed meanwhile belong to
+    // the application again, not to the grab it activated.
+    void releaseKeyboard()
+    {
+        xcb_ungrab_keyboard(grabber, XCB_CURRENT_TIME);
+        xcb_flush(grabber);
+    }
+
+    // The grab connection receives the trigger presses to let go on, the swallowed Spaces
+    // and the errors of refused grabs.
+    void drainGrabber(const std::function<void(const KeyEvent &)> &onKey)
     {
         while (xcb_generic_event_t *event = xcb_poll_for_event(grabber)) {
-            if (event->response_type == 0
-                && reinterpret_cast<xcb_generic_error_t *>(event)->error_code == badAccess)
+            const auto type = event->response_type & 0x7f;
+            if (type == 0 && reinterpret_cast<xcb_generic_error_t *>(event)->error_code == badAccess) {
                 ++refusedGrabs;
+            } else if (type == XCB_KEY_PRESS || type == XCB_KEY_RELEASE) {
+                const std::uint8_t keycode = reinterpret_cast<xcb_key_press_event_t *>(event)->detail;
+                const bool press = type == XCB_KEY_PRESS;
+                const auto isIn = [keycode](const std::vector<std::uint8_t> &keys) {
+                    return std::find(keys.begin(), keys.end(), keycode) != keys.end();
+                };
+                if (isIn(syncTriggerKeycodes)) {
+                    if (press)
+                        letTriggerGoOn(onKey);
+                } else if (isIn(grabbedTriggerKeycodes)) {
+                    takenTriggerHeld = press;
+                } else if (press && keycode == spaceKeycode && !takenTriggerHeld) {
+                    // A trigger like Menu keeps the keyboard until it goes up, so that the
+                    // application never sees it, not even its release.
+                    releaseKeyboard();
+                }
+            }
             std::free(event);
         }
         void *reply = nullptr;
@@ -261,12 +311,10 @@ X11KeyboardConnection::X11KeyboardConnection()
 
 X11KeyboardConnection::~X11KeyboardConnection() = default;
 
-X11KeyboardConnection::OpenResult X11KeyboardConnection::open(const std::vector<std::string> &triggerKeysyms,
-                                                              bool acceptSynthesizedKeys)
+X11KeyboardConnection::OpenResult X11KeyboardConnection::open(const std::vector<std::string> &triggerKeysyms)
 {
     d = std::make_unique<Private>();
     d->triggerKeysyms = triggerKeysyms;
-    d->acceptSynthesizedKeys = acceptSynthesizedKeys;
     if (const OpenResult status = d->connect(); status != OpenResult::ok)
         return status;
     d->findXTestDevices();
@@ -274,13 +322,13 @@ X11KeyboardConnection::OpenResult X11KeyboardConnection::open(const std::vector<
     int screen = 0;
     d->grabber = xcb_connect(DisplayString(d->display), &screen);
     if (xcb_connection_has_error(d->grabber))
-        return OpenResult::noDisplay;
+        return OpenResult::noGrabConnection;
     xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(d->grabber));
     for (int i = 0; i < screen && screens.rem > 0; ++i)
         xcb_screen_next(&screens);
     d->root = screens.data->root;
 
-    d->grabTriggerKeysUnlessModifiers();
+    d->grabTriggerKeys();
     d->selectRawKeys();
     return OpenResult::ok;
 }
@@ -299,7 +347,7 @@ void X11KeyboardConnection::waitForKeys(int wakeFd, const std::function<void(con
 {
     const bool grabsWereInPlace = grabsInPlace();
     d->readEvents(onKey);
-    d->drainGrabber();
+    d->drainGrabber(onKey);
     // The reply may already be read, and then nothing would wake the poll for it.
     if (grabsInPlace() != grabsWereInPlace)
         return;
@@ -313,7 +361,7 @@ void X11KeyboardConnection::waitForKeys(int wakeFd, const std::function<void(con
     if (poll(fds, 3, -1) <= 0)
         return;
     d->readEvents(onKey);
-    d->drainGrabber();
+    d->drainGrabber(onKey);
 }
 
 void X11KeyboardConnection::setSpaceGrabbed(bool grabbed)

@@ -16,10 +16,11 @@ public:
     enum class OpenResult { ok,
                             noDisplay,
                             noXInput2,
-                            noXTest,
-                            noTriggerKey };
+                            noTriggerKey,
+                            noGrabConnection };
     enum class Key : std::uint8_t { trigger,
-                                    space };
+                                    space,
+                                    other };
     struct KeyEvent {
         Key key;
         std::uint8_t keycode;
@@ -34,8 +35,8 @@ public:
 
     // Connects to $DISPLAY and starts watching the first of triggerKeysyms (keysym names,
     // "Control_R") that some key of the current keymap produces. Keys from the XTEST
-    // devices, which is how Quorla types, are left out unless acceptSynthesizedKeys.
-    OpenResult open(const std::vector<std::string> &triggerKeysyms, bool acceptSynthesizedKeys);
+    // devices count, except the ones Quorla sends itself (X11SynthesizedKeys).
+    OpenResult open(const std::vector<std::string> &triggerKeysyms);
     // What open() would answer, and whether XTest is there, without grabbing or watching.
     struct Probe {
         OpenResult trigger = OpenResult::noDisplay;
@@ -43,8 +44,8 @@ public:
     };
     static Probe probe(const std::vector<std::string> &triggerKeysyms);
     // Waits until keys arrive, wakeFd becomes readable or grabsInPlace changes; reports
-    // each trigger and Space key in order. Call setSpaceGrabbed from onKey to act before
-    // the next key is read.
+    // each trigger and Space key, and other keys' presses, in order. Call setSpaceGrabbed
+    // from onKey to act before the next key is read.
     void waitForKeys(int wakeFd, const std::function<void(const KeyEvent &)> &onKey);
     // Grabs Space under every modifier combination, one by one, so a combination another
     // client holds costs only that combination; or releases them all.

@@ -2,6 +2,8 @@
 
 #include "models/QuorlaError.h"
 #include "platform/linux/X11KeyboardConnection.h"
+#include "platform/linux/X11SynthesizedKeys.h"
+#include "support/PlatformWords.h"
 
 #include <QLoggingCategory>
 #include <QMetaObject>
@@ -14,7 +16,8 @@ Q_LOGGING_CATEGORY(lcX11Keyboard, "quorla.keyboard.x11")
 struct X11KeyboardHook::KeyReport {
     enum class Kind : std::uint8_t { trigger,
                                      spaceDown,
-                                     spaceUp };
+                                     spaceUp,
+                                     shortcut };
     Kind kind;
     bool down = false;
     SpaceCaptureTracker::SpacePress press;
@@ -38,31 +41,38 @@ std::vector<std::string> keysymsFor(const QString &triggerId)
     return keysyms.value(triggerId);
 }
 
-// The Linux words for a keyboard that cannot be watched; %1 is the trigger's name.
-QString failureMessage(X11KeyboardConnection::OpenResult status)
+// The platform's sentence for what cannot be watched, with the precise cause after it.
+QString failureMessage(const TriggerKey &trigger, X11KeyboardConnection::OpenResult status)
 {
+    const PlatformWords &words = PlatformWords::current();
+    QString sentence = words.monitorOutsideWindowFailure;
+    QString cause;
     switch (status) {
     case X11KeyboardConnection::OpenResult::noDisplay:
-        return QStringLiteral("Quorla can't reach an X11 display, so %1 and %1 + Space don't work. Run Quorla in "
-                              "an X11 session, then reopen Quorla.");
+        cause = QStringLiteral("No X11 display can be reached.");
+        break;
     case X11KeyboardConnection::OpenResult::noXInput2:
-        return QStringLiteral("Quorla needs the X11 XInput2 extension (2.2 or later) to use %1 and %1 + Space. "
-                              "Enable it in the X server, then reopen Quorla.");
-    case X11KeyboardConnection::OpenResult::noXTest:
-        return QStringLiteral("Quorla needs the X11 XTest extension to use %1 and %1 + Space and to type into "
-                              "other apps. Enable it in the X server, then reopen Quorla.");
+        cause = QStringLiteral("The X server has no XInput2 2.2.");
+        break;
     case X11KeyboardConnection::OpenResult::noTriggerKey:
-        return QStringLiteral("This keyboard has no %1 key that X11 can see. Choose another trigger key in "
-                              "Settings.");
+        cause = QStringLiteral("This keyboard has no %1 key that X11 can see: choose another trigger key in Settings.");
+        break;
+    case X11KeyboardConnection::OpenResult::noGrabConnection:
+        sentence = words.monitorCaptureSpaceFailure;
+        cause = QStringLiteral("The X11 display refused the connection that takes Space.");
+        break;
     case X11KeyboardConnection::OpenResult::ok:
         break;
     }
-    return QString();
+    return (sentence + u' ' + cause).arg(trigger.displayName);
 }
 
-const QString waylandNotice = QStringLiteral(
-    "In a Wayland session, %1 and %1 + Space only work while an X11 application has focus. Log in to an X11 "
-    "session to use them everywhere.");
+QString waylandNotice(const TriggerKey &trigger)
+{
+    return (PlatformWords::current().monitorOutsideWindowFailure
+            + QStringLiteral(" In a Wayland session, %1 and %1 + Space only work while an X11 application has focus."))
+        .arg(trigger.displayName);
+}
 
 bool isWaylandSession()
 {
@@ -73,13 +83,7 @@ bool isWaylandSession()
 } // namespace
 
 X11KeyboardHook::X11KeyboardHook(TriggerKey trigger)
-    : X11KeyboardHook(std::move(trigger), Options{})
-{
-}
-
-X11KeyboardHook::X11KeyboardHook(TriggerKey trigger, Options options)
     : m_trigger(std::move(trigger))
-    , m_options(options)
 {
 }
 
@@ -88,32 +92,34 @@ X11KeyboardHook::~X11KeyboardHook()
     uninstall();
 }
 
-void X11KeyboardHook::install(Events events)
+KeyboardHook::InstallOutcome X11KeyboardHook::install(Events events)
 {
     uninstall();
     auto connection = std::make_unique<X11KeyboardConnection>();
-    const auto status = connection->open(keysymsFor(m_trigger.id), m_options.acceptSynthesizedKeys);
+    const auto status = connection->open(keysymsFor(m_trigger.id));
     if (status != X11KeyboardConnection::OpenResult::ok)
-        throw QuorlaError::hotkeyRegistrationFailed(failureMessage(status).arg(m_trigger.displayName));
+        throw QuorlaError::hotkeyRegistrationFailed(failureMessage(m_trigger, status));
     m_wakeFd = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     if (m_wakeFd < 0)
         throw QuorlaError::hotkeyRegistrationFailed(
-            failureMessage(X11KeyboardConnection::OpenResult::noDisplay).arg(m_trigger.displayName));
+            failureMessage(m_trigger, X11KeyboardConnection::OpenResult::noGrabConnection));
 
     m_events = std::move(events);
     m_connection = std::move(connection);
     m_receiver = std::make_unique<QObject>();
     m_tracker.reset();
+    X11SynthesizedKeys::forget();
     {
         const std::lock_guard lock(m_grabsMutex);
-        m_grabs = m_grabsReported = {};
+        m_grabsInPlace = m_grabsInPlaceReported = false;
     }
     m_stopping = false;
     m_thread = std::thread([this] { watchKeys(); });
 
     // Under Wayland only X11 clients' keys reach the X server; still better than nothing.
     if (isWaylandSession())
-        throw QuorlaError::hotkeyRegistrationFailed(waylandNotice.arg(m_trigger.displayName));
+        return {waylandNotice(m_trigger)};
+    return {};
 }
 
 X11KeyboardConnection::Probe X11KeyboardHook::probe(const TriggerKey &key)
@@ -140,44 +146,41 @@ void X11KeyboardHook::uninstall()
     m_events = {};
 }
 
-bool X11KeyboardHook::waitForGrabs(std::chrono::milliseconds timeout, bool spaceGrabbed)
+bool X11KeyboardHook::waitForGrabs(std::chrono::milliseconds timeout)
 {
     if (!isInstalled())
         return false;
     std::unique_lock lock(m_grabsMutex);
-    return m_grabsChanged.wait_for(
-        lock, timeout, [&] { return m_grabs.inPlace && (m_grabs.spaceGrabbed || !spaceGrabbed); });
+    return m_grabsChanged.wait_for(lock, timeout, [&] { return m_grabsInPlace; });
 }
 
 // Locks only when the grabs changed, and production has no one waiting on the lock.
 void X11KeyboardHook::reportGrabsOnXThread()
 {
-    const Grabs grabs{m_connection->grabsInPlace(), m_tracker.wantsSpaceGrab()};
-    if (grabs == m_grabsReported)
+    const bool inPlace = m_connection->grabsInPlace();
+    if (inPlace == m_grabsInPlaceReported)
         return;
-    m_grabsReported = grabs;
+    m_grabsInPlaceReported = inPlace;
     {
         const std::lock_guard lock(m_grabsMutex);
-        m_grabs = grabs;
+        m_grabsInPlace = inPlace;
     }
     m_grabsChanged.notify_all();
 }
 
-void X11KeyboardHook::setTriggerKey(const TriggerKey &key)
+KeyboardHook::InstallOutcome X11KeyboardHook::setTriggerKey(const TriggerKey &key)
 {
     m_trigger = key;
     if (!isInstalled())
-        return;
+        return {};
     Events events = m_events;
     uninstall();
-    install(std::move(events));
+    return install(std::move(events));
 }
 
 void X11KeyboardHook::watchKeys()
 {
-    const auto onKey = [this](const X11KeyboardConnection::KeyEvent &event) {
-        handleKeyOnXThread(event.keycode, event.key == X11KeyboardConnection::Key::trigger, event.press);
-    };
+    const auto onKey = [this](const X11KeyboardConnection::KeyEvent &event) { handleKeyOnXThread(event); };
     int refusedReported = 0;
     while (!m_stopping) {
         m_connection->waitForKeys(m_wakeFd, onKey);
@@ -191,17 +194,27 @@ void X11KeyboardHook::watchKeys()
     m_connection->setSpaceGrabbed(false);
 }
 
-void X11KeyboardHook::handleKeyOnXThread(std::uint8_t keycode, bool isTrigger, bool press)
+void X11KeyboardHook::handleKeyOnXThread(const X11KeyboardConnection::KeyEvent &key)
 {
     std::optional<KeyReport> report;
-    if (isTrigger) {
-        if (const std::optional<bool> changed = m_tracker.triggerKeyChanged(keycode, press))
+    switch (key.key) {
+    case X11KeyboardConnection::Key::trigger:
+        if (const std::optional<bool> changed = m_tracker.triggerKeyChanged(key.keycode, key.press))
             report = KeyReport{KeyReport::Kind::trigger, *changed, {}};
-    } else if (press) {
-        report = KeyReport{KeyReport::Kind::spaceDown, true, m_tracker.spaceDown()};
-    } else {
-        m_tracker.spaceUp();
-        report = KeyReport{KeyReport::Kind::spaceUp, false, {}};
+        break;
+    case X11KeyboardConnection::Key::space:
+        if (key.press) {
+            report = KeyReport{KeyReport::Kind::spaceDown, true, m_tracker.spaceDown()};
+        } else {
+            m_tracker.spaceUp();
+            report = KeyReport{KeyReport::Kind::spaceUp, false, {}};
+        }
+        break;
+    case X11KeyboardConnection::Key::other:
+        // Every key passes here; only the one that makes a hold a shortcut is told.
+        if (m_tracker.otherKeyDown())
+            report = KeyReport{KeyReport::Kind::shortcut, true, {}};
+        break;
     }
     // Before the next key is read, so that key already meets the right grab.
     m_connection->setSpaceGrabbed(m_tracker.wantsSpaceGrab());
@@ -230,6 +243,10 @@ void X11KeyboardHook::deliver(const KeyReport &report)
     case KeyReport::Kind::spaceUp:
         if (m_events.spaceUp)
             m_events.spaceUp();
+        break;
+    case KeyReport::Kind::shortcut:
+        if (m_events.otherKeyDown)
+            m_events.otherKeyDown();
         break;
     }
 }

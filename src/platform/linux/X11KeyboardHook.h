@@ -19,51 +19,37 @@ class X11KeyboardConnection;
 // key events and grabs Space exactly while a press would be consumed, deciding in key
 // order with a SpaceCaptureTracker; the main thread only receives the events. So a
 // busy or hung main thread never holds Space or delays a key: at worst the handlers
-// run late. A Space pressed within about a millisecond of the trigger can still reach
-// the application, since the grab is taken when the trigger's press is seen.
+// run late. The trigger's press waits for the Space grab (X11KeyboardConnection), so
+// even a Space sent right behind it is taken.
 class X11KeyboardHook : public KeyboardHook
 {
 public:
-    struct Options {
-        // Test hook: also watch keys from the XTEST devices, which is how tests inject
-        // keys. Quorla types through XTEST too, so the product leaves this off.
-        bool acceptSynthesizedKeys = false;
-    };
-
     explicit X11KeyboardHook(TriggerKey trigger);
-    X11KeyboardHook(TriggerKey trigger, Options options);
     ~X11KeyboardHook() override;
 
-    void install(Events events) override;
+    InstallOutcome install(Events events) override;
     void uninstall() override;
     [[nodiscard]] bool isInstalled() const override { return m_thread.joinable(); }
     // Nothing to do: the X thread derives the same condition from the same keys, earlier.
     void setSpaceCaptureWanted(bool) override {}
     [[nodiscard]] QString triggerDisplayName() const override { return m_trigger.displayName; }
-    void setTriggerKey(const TriggerKey &key) override;
+    InstallOutcome setTriggerKey(const TriggerKey &key) override;
     // What install() would meet for this key, without grabbing anything.
     static X11KeyboardConnection::Probe probe(const TriggerKey &key);
     // Test hook: waits until the X server has carried out the key grabs asked for so far
-    // (a trigger such as Menu at install; Space once a trigger press was seen), and with
-    // spaceGrabbed until Space is taken, so a key sent next meets them. False when not
-    // installed or at the timeout. Production never waits for the grabs.
-    bool waitForGrabs(std::chrono::milliseconds timeout, bool spaceGrabbed = false);
+    // (the trigger's at install), so a key sent next meets them. False when not installed
+    // or at the timeout. Production never waits for the grabs.
+    bool waitForGrabs(std::chrono::milliseconds timeout);
 
 private:
     struct KeyReport;
-    struct Grabs {
-        bool inPlace = false;
-        bool spaceGrabbed = false;
-        bool operator==(const Grabs &) const = default;
-    };
 
     void watchKeys();
-    void handleKeyOnXThread(std::uint8_t keycode, bool isTrigger, bool press);
+    void handleKeyOnXThread(const X11KeyboardConnection::KeyEvent &key);
     void deliver(const KeyReport &report);
     void reportGrabsOnXThread();
 
     TriggerKey m_trigger;
-    Options m_options;
     Events m_events;
     std::unique_ptr<X11KeyboardConnection> m_connection;
     // Lives on the main thread; the X thread posts the key reports to it.
@@ -74,6 +60,6 @@ private:
     SpaceCaptureTracker m_tracker; // X thread only
     std::mutex m_grabsMutex;
     std::condition_variable m_grabsChanged;
-    Grabs m_grabs;         // guarded by m_grabsMutex
-    Grabs m_grabsReported; // X thread only
+    bool m_grabsInPlace = false;         // guarded by m_grabsMutex
+    bool m_grabsInPlaceReported = false; // X thread only
 };

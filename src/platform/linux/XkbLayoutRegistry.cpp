@@ -127,3 +127,21 @@ std::optional<XkbLayoutDescription> XkbLayoutRegistry::describe(const QString &l
         found = m_items.constFind(key(layout, {}));
     return found == m_items.cend() ? std::nullopt : std::optional(*found);
 }
+
+std::optional<std::pair<QString, QString>> XkbLayoutRegistry::layoutNamed(const QString &description) const
+{
+    std::optional<QString> best;
+    for (auto item = m_items.cbegin(); item != m_items.cend(); ++item) {
+        if (item->description != description)
+            continue;
+        // A variant without a description of its own carries its layout's.
+        if (!best || (best->contains(u'(') && !item.key().contains(u'(')) || (best->contains(u'(') == item.key().contains(u'(') && item.key() < *best))
+            best = item.key();
+    }
+    if (!best)
+        return std::nullopt;
+    const qsizetype open = best->indexOf(u'(');
+    if (open < 0)
+        return std::pair(*best, QString());
+    return std::pair(best->left(open), best->mid(open + 1).chopped(1));
+}

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 #include <optional>
+#include <utility>
 
 class QIODevice;
 
@@ -25,6 +26,9 @@ public:
     // A variant without languages of its own takes its layout's; an unknown variant
     // falls back to the layout.
     [[nodiscard]] std::optional<XkbLayoutDescription> describe(const QString &layout, const QString &variant) const;
+    // The layout and variant a description names ("German (no dead keys)" -> de, nodeadkeys),
+    // for compositors that report only descriptions; a plain layout wins over its variants.
+    [[nodiscard]] std::optional<std::pair<QString, QString>> layoutNamed(const QString &description) const;
     [[nodiscard]] qsizetype size() const { return m_items.size(); }
 
 private:

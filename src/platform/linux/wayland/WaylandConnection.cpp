@@ -24,8 +24,6 @@ const wl_callback_listener callbackListener = {.done = callbackDone};
 
 std::shared_ptr<WaylandConnection> WaylandConnection::open(const QByteArray &name)
 {
-    if (name.isEmpty() && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
-        return nullptr;
     wl_display *display = wl_display_connect(name.isEmpty() ? nullptr : name.constData());
     if (!display) {
         qCInfo(lcWayland) << "no compositor answers on" << (name.isEmpty() ? qgetenv("WAYLAND_DISPLAY") : name);

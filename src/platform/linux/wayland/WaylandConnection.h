@@ -24,7 +24,7 @@ class WaylandConnection : public QObject
     Q_OBJECT
 
 public:
-    // Connects to `display` (by default $WAYLAND_DISPLAY) and learns the compositor's globals,
+    // Connects to `display` (by default $WAYLAND_DISPLAY, else the default socket) and learns the compositor's globals,
     // waiting at most a moment for the answer, once at start-up; null when none answers.
     static std::shared_ptr<WaylandConnection> open(const QByteArray &display = {});
     ~WaylandConnection() override;

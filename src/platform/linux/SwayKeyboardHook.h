@@ -1,0 +1,54 @@
+#pragma once
+
+#include "models/TriggerKey.h"
+#include "platform/KeyboardHook.h"
+#include "platform/linux/SwayIpcConnection.h"
+
+#include <QPointer>
+#include <QStringList>
+#include <QTimer>
+
+// The trigger key and Space under sway: key bindings added at run time over sway's IPC,
+// each running a `nop` whose text comes back as a binding event. The compositor swallows
+// a bound key, so Space is bound only while a press would be consumed, like the X11 grab.
+//
+// sway drops the release binding when another key was pressed while the trigger was held,
+// so a Space during the hold ends the trigger at the Space's release (or, should that be
+// lost too, a moment later), and a press of a trigger we still think is down stands for the
+// release we never saw.
+class SwayKeyboardHook : public KeyboardHook
+{
+public:
+    explicit SwayKeyboardHook(TriggerKey trigger, QString socketPath);
+    ~SwayKeyboardHook() override;
+
+    void install(Events events) override;
+    void uninstall() override;
+    [[nodiscard]] bool isInstalled() const override { return m_connection != nullptr; }
+    void setSpaceCaptureWanted(bool wanted) override;
+    [[nodiscard]] QString triggerDisplayName() const override { return m_trigger.displayName; }
+    void setTriggerKey(const TriggerKey &key) override;
+
+    // Test hook: sway has carried out every binding change asked for so far.
+    [[nodiscard]] bool isSettled() const;
+
+private:
+    void runCommands(const QStringList &commands);
+    void handleBinding(const QJsonDocument &event);
+    void triggerPressed();
+    void triggerReleased();
+    void deliverTriggerUp();
+
+    TriggerKey m_trigger;
+    QString m_socketPath;
+    Events m_events;
+    QPointer<SwayIpcConnection> m_connection;
+    bool m_spaceBound = false;
+    bool m_triggerDown = false;
+    // A key met the held trigger, so sway will not report its release.
+    bool m_releaseMayBeLost = false;
+    // The release of a press that only stood in for a lost release.
+    bool m_ignoreNextRelease = false;
+    // Ends a trigger whose release may be lost, once the Space that met it fell silent.
+    QTimer m_lostReleaseTimer;
+};
