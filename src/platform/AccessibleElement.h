@@ -20,12 +20,13 @@ public:
     [[nodiscard]] virtual std::optional<QString> value() = 0;
     // The selection, or the caret as an empty range; absent when unknown.
     [[nodiscard]] virtual std::optional<TextRange> selectedRange() = 0;
-    // Whether setValue can work (the element is editable through the interface).
+    // Whether replaceText can work (the element is editable through the interface).
     [[nodiscard]] virtual bool isValueSettable() = 0;
     // Whether setSelection can work.
     [[nodiscard]] virtual bool isSelectionSettable() = 0;
-    // Replaces the whole text; false when the element refused.
-    virtual bool setValue(const QString &value) = 0;
+    // Replaces the range with `text`, leaving the rest of the field, its formatting and its
+    // undo history alone; false when the element refused, with the field as it was.
+    virtual bool replaceText(TextRange range, const QString &text) = 0;
     // Selects the range (an empty range places the caret); false when refused.
     virtual bool setSelection(TextRange range) = 0;
     // True for terminal emulators, which paste with a different shortcut.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/KeySynthesizer.h"
+
 #include <QString>
 #include <memory>
 #include <optional>
@@ -16,8 +18,13 @@ public:
     [[nodiscard]] virtual std::optional<QString> localizedName() const = 0;
     // Brings the application to the front; false when that was refused or it is gone.
     virtual bool activate() = 0;
-    // True for terminal emulators, which paste with Ctrl+Shift+V.
-    [[nodiscard]] virtual bool isTerminalEmulator() const { return false; }
+    // Whether it holds the focus now, so bringing it to the front would change nothing.
+    [[nodiscard]] virtual bool isFrontmost() const { return false; }
+    // The keys that paste here: terminals turn Ctrl+V into a control character.
+    [[nodiscard]] virtual KeySynthesizer::PasteShortcut pasteShortcut() const
+    {
+        return KeySynthesizer::PasteShortcut::controlV;
+    }
 };
 
 using ApplicationHandlePtr = std::shared_ptr<ApplicationHandle>;

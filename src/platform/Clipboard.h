@@ -30,6 +30,8 @@ public:
     virtual bool writeText(Selection selection, const QString &text, bool keepOutOfHistory) = 0;
     // Takes the selection with these formats; empty formats leave it empty. False when refused.
     virtual bool write(Selection selection, const ClipboardFormats &formats) = 0;
+    // False where there is no primary selection to borrow.
+    [[nodiscard]] virtual bool hasPrimarySelection() = 0;
     // True while the selection still holds this text as written by writeText, kept out of
     // history; a copy made since by anyone else makes it false.
     [[nodiscard]] virtual bool holdsText(Selection selection, const QString &text) = 0;

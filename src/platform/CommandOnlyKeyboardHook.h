@@ -15,7 +15,7 @@ public:
     {
     }
 
-    void install(Events) override
+    InstallOutcome install(Events) override
     {
         throw QuorlaError::hotkeyRegistrationFailed(PlatformWords::current().triggerCommandOnlyStatus.arg(m_trigger.displayName));
     }
@@ -23,9 +23,10 @@ public:
     [[nodiscard]] bool isInstalled() const override { return false; }
     void setSpaceCaptureWanted(bool) override {}
     [[nodiscard]] QString triggerDisplayName() const override { return m_trigger.displayName; }
-    void setTriggerKey(const TriggerKey &key) override
+    InstallOutcome setTriggerKey(const TriggerKey &key) override
     {
         m_trigger = key;
+        return {};
     }
 
 private:

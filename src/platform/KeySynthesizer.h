@@ -5,8 +5,11 @@
 class KeySynthesizer
 {
 public:
+    // Ctrl+V for most applications; Ctrl+Shift+V for terminals, where Ctrl+V is a control
+    // character; Shift+Insert for xterm and rxvt, which paste the primary selection with it.
     enum class PasteShortcut { controlV,
-                               controlShiftV };
+                               controlShiftV,
+                               shiftInsert };
 
     KeySynthesizer() = default;
     KeySynthesizer(const KeySynthesizer &) = delete;

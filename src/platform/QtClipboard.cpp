@@ -70,6 +70,11 @@ bool QtClipboard::write(Selection selection, const ClipboardFormats &formats)
     return true;
 }
 
+bool QtClipboard::hasPrimarySelection()
+{
+    return QGuiApplication::clipboard()->supportsSelection();
+}
+
 bool QtClipboard::holdsText(Selection selection, const QString &text)
 {
     const QMimeData *data = QGuiApplication::clipboard()->mimeData(modeOf(selection));

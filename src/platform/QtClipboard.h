@@ -10,5 +10,6 @@ public:
     QCoro::Task<ClipboardFormats> read(Selection selection) override;
     bool writeText(Selection selection, const QString &text, bool keepOutOfHistory) override;
     bool write(Selection selection, const ClipboardFormats &formats) override;
+    bool hasPrimarySelection() override;
     bool holdsText(Selection selection, const QString &text) override;
 };

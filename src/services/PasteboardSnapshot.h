@@ -4,7 +4,8 @@
 
 #include <QCoro/QCoroTask>
 
-// Every format the clipboard held, with its raw bytes, so it can be put back as it was.
+// Every format the clipboard (or the primary selection) held, with its raw bytes, so it
+// can be put back as it was.
 struct PasteboardSnapshot {
     ClipboardFormats formats;
 

@@ -44,11 +44,7 @@ bool replaceSelection(const QString &text, AccessibleElement &element, bool repl
     if (!value || !selected)
         return false;
     const std::optional<TextRange> range = replacementRange(*value, *selected, replaceTriggerSpace);
-    if (!range)
-        return false;
-    QString updated = *value;
-    updated.replace(range->location, range->length, text);
-    if (!element.setValue(updated))
+    if (!range || !element.replaceText(*range, text))
         return false;
     // The caret after the transcript, so the user can keep typing; a refusal costs nothing.
     element.setSelection(TextRange{range->location + text.size(), 0});
@@ -79,16 +75,20 @@ QCoro::Task<void> TextInsertionService::insert(QString text, TextInsertionTarget
         qCWarning(lcInsertion) << "not inserted: the target has quit";
         throw QuorlaError::textInsertionFailed(QStringLiteral("The target app is no longer running."));
     }
-    if (!application->activate()) {
-        qCWarning(lcInsertion) << "not inserted: the target could not be brought to the front";
-        throw QuorlaError::textInsertionFailed(bringToFrontMessage(*application));
+    // Usually the user never left the target: then activating it and waiting buys nothing.
+    if (!application->isFrontmost()) {
+        if (!application->activate()) {
+            qCWarning(lcInsertion) << "not inserted: the target could not be brought to the front";
+            throw QuorlaError::textInsertionFailed(bringToFrontMessage(*application));
+        }
+        co_await sleepPrecisely(m_timings.activationSettle);
     }
-    co_await sleepPrecisely(m_timings.activationSettle);
 
     bool deleteTriggerSpace = false;
-    bool terminal = application->isTerminalEmulator();
+    KeySynthesizer::PasteShortcut shortcut = application->pasteShortcut();
     if (std::unique_ptr<AccessibleElement> element = m_accessibility->focusedElement(application->processIdentifier())) {
-        terminal = terminal || element->isTerminal();
+        if (shortcut == KeySynthesizer::PasteShortcut::controlV && element->isTerminal())
+            shortcut = KeySynthesizer::PasteShortcut::controlShiftV;
         if (replaceTriggerSpace) {
             const std::optional<QString> value = element->value();
             const std::optional<TextRange> selected = element->selectedRange();
@@ -102,22 +102,26 @@ QCoro::Task<void> TextInsertionService::insert(QString text, TextInsertionTarget
     } else {
         qCInfo(lcInsertion) << "no focused accessible element: pasting";
     }
-    co_await paste(std::move(text), application, restoreClipboard, deleteTriggerSpace, terminal);
+    co_await paste(std::move(text), application, restoreClipboard, deleteTriggerSpace, shortcut);
 }
 
 QCoro::Task<void> TextInsertionService::paste(QString text, ApplicationHandlePtr application, bool restoreClipboard,
-                                              bool deleteTriggerSpace, bool terminal)
+                                              bool deleteTriggerSpace, KeySynthesizer::PasteShortcut shortcut)
 {
-    constexpr auto selection = Clipboard::Selection::clipboard;
     const std::shared_ptr<Clipboard> clipboard = m_clipboard;
-    std::optional<PasteboardSnapshot> snapshot;
-    if (restoreClipboard) {
-        PasteboardSnapshot captured = co_await PasteboardSnapshot::capture(clipboard, selection);
-        snapshot = std::move(captured);
+    QList<Clipboard::Selection> selections{Clipboard::Selection::clipboard};
+    // Shift+Insert pastes the primary selection: it carries the transcript too.
+    if (shortcut == KeySynthesizer::PasteShortcut::shiftInsert && clipboard->hasPrimarySelection())
+        selections.append(Clipboard::Selection::primary);
+    QList<std::pair<Clipboard::Selection, PasteboardSnapshot>> snapshots;
+    for (const Clipboard::Selection selection : std::as_const(selections)) {
+        if (restoreClipboard) {
+            PasteboardSnapshot captured = co_await PasteboardSnapshot::capture(clipboard, selection);
+            snapshots.append({selection, std::move(captured)});
+        }
+        if (!clipboard->writeText(selection, text, true))
+            throw QuorlaError::textInsertionFailed(QStringLiteral("Couldn't write the transcript to the clipboard."));
     }
-
-    if (!clipboard->writeText(selection, text, true))
-        throw QuorlaError::textInsertionFailed(QStringLiteral("Couldn't write the transcript to the clipboard."));
 
     if (!application->activate())
         throw QuorlaError::textInsertionFailed(bringToFrontMessage(*application));
@@ -130,21 +134,23 @@ QCoro::Task<void> TextInsertionService::paste(QString text, ApplicationHandlePtr
                 QStringLiteral("Couldn't remove the trigger space before pasting."));
         co_await sleepPrecisely(m_timings.backspaceSettle);
     }
-    const auto shortcut = terminal ? KeySynthesizer::PasteShortcut::controlShiftV
-                                   : KeySynthesizer::PasteShortcut::controlV;
     if (!m_keys->sendPasteShortcut(shortcut))
         throw QuorlaError::textInsertionFailed(QStringLiteral("Couldn't synthesize the paste shortcut."));
-    qCInfo(lcInsertion) << "pasted with" << (terminal ? "Ctrl+Shift+V" : "Ctrl+V")
+    const char *const shortcutNames[] = {"Ctrl+V", "Ctrl+Shift+V", "Shift+Insert"};
+    qCInfo(lcInsertion) << "pasted with" << shortcutNames[int(shortcut)]
                         << (deleteTriggerSpace ? "after removing the trigger space" : "");
 
-    if (!snapshot)
+    if (snapshots.isEmpty())
         co_return;
     co_await sleepPrecisely(m_timings.clipboardRestoreDelay);
-    if (clipboard->holdsText(selection, text)) {
-        snapshot->restore(*clipboard, selection);
-        qCInfo(lcInsertion) << "clipboard restored";
-    } else {
-        qCInfo(lcInsertion) << "clipboard changed meanwhile: not restored";
+    for (const auto &[selection, snapshot] : std::as_const(snapshots)) {
+        const char *const name = selection == Clipboard::Selection::primary ? "primary selection" : "clipboard";
+        if (clipboard->holdsText(selection, text)) {
+            snapshot.restore(*clipboard, selection);
+            qCInfo(lcInsertion) << name << "restored";
+        } else {
+            qCInfo(lcInsertion) << name << "changed meanwhile: not restored";
+        }
     }
 }
 

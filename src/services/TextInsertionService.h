@@ -5,14 +5,16 @@
 #include <chrono>
 #include <memory>
 
+#include "platform/KeySynthesizer.h"
+
 class Accessibility;
 class AccessibleElement;
 class Clipboard;
-class KeySynthesizer;
 
 // How long each step of an insertion waits for the target application to react.
 struct TextInsertionTimings {
-    // After bringing the target to the front, before touching its text.
+    // After bringing the target to the front, before touching its text; not spent when the
+    // target never lost the focus.
     std::chrono::milliseconds activationSettle{120};
     // Between the Backspace that removes the trigger space and the paste shortcut.
     std::chrono::milliseconds backspaceSettle{40};
@@ -35,7 +37,7 @@ public:
 
 private:
     QCoro::Task<void> paste(QString text, ApplicationHandlePtr application, bool restoreClipboard,
-                            bool deleteTriggerSpace, bool terminal);
+                            bool deleteTriggerSpace, KeySynthesizer::PasteShortcut shortcut);
     QCoro::Task<void> waitForModifiersReleased();
 
     std::shared_ptr<Accessibility> m_accessibility;

@@ -7,6 +7,7 @@
 #include "TextTarget.h"
 
 #include <QClipboard>
+#include <QFile>
 #include <QGuiApplication>
 #include <QProcess>
 #include <QScopeGuard>
@@ -25,11 +26,11 @@ QCoro::Task<void> catching(QCoro::Task<void> task, std::optional<QuorlaError> *e
     }
 }
 
-// What another client reads from the clipboard, through the X server.
-QByteArray clipboardAsSeenByOthers(const QString &format)
+// What another client reads from the clipboard (or the primary selection), through the X server.
+QByteArray clipboardAsSeenByOthers(const QString &format, const QString &selection = QStringLiteral("clipboard"))
 {
     QProcess xclip;
-    xclip.start(QStringLiteral("xclip"), {"-o", "-selection", "clipboard", "-t", format});
+    xclip.start(QStringLiteral("xclip"), {"-o", "-selection", selection, "-t", format});
     if (!waitUntil([&] { return xclip.state() == QProcess::NotRunning; }, 5000))
         xclip.kill();
     return xclip.readAllStandardOutput();
@@ -91,17 +92,25 @@ TEST_F(TextInsertionTest, typesIntoQtWidgetsAndGtkAndPastesIntoQtQuickUnderANonL
     EXPECT_FALSE(accessibility->isProcessTrusted());
     EXPECT_TRUE(accessibility->requestTrust());
     EXPECT_TRUE(accessibility->isProcessTrusted());
-    for (const QString &toolkit : {QStringLiteral("widgets"), QStringLiteral("gtk")}) {
-        SCOPED_TRACE(toolkit.toStdString());
+    const struct {
+        QString toolkit, typed, followed;
+    } fields[] = {
+        {"widgets", "😀wörld", "😀wörld!"},
+        {"gtk", "😀wörld", "😀wörld!"},
+        // Only the replaced range is edited: the bold character before it stays bold.
+        {"rich", "*😀wörld*", "*😀wörld!*"},
+    };
+    for (const auto &field : fields) {
+        SCOPED_TRACE(field.toolkit.toStdString());
         QGuiApplication::clipboard()->setText(QStringLiteral("untouched"));
-        const ApplicationHandlePtr application = launch(toolkit, QStringLiteral("😀 "));
+        const ApplicationHandlePtr application = launch(field.toolkit, QStringLiteral("😀 "));
         ASSERT_TRUE(application);
 
         EXPECT_EQ(insert(application, QStringLiteral("wörld"), false), std::nullopt);
-        EXPECT_TRUE(outputBecomes(QStringLiteral("😀wörld").toUtf8())) << fileContents(output).toStdString();
+        EXPECT_TRUE(outputBecomes(field.typed.toUtf8())) << fileContents(output).toStdString();
         // The caret sits after the transcript, counted past the astral character: the next one follows it.
         EXPECT_EQ(insert(application, QStringLiteral("!"), false), std::nullopt);
-        EXPECT_TRUE(outputBecomes(QStringLiteral("😀wörld!").toUtf8())) << fileContents(output).toStdString();
+        EXPECT_TRUE(outputBecomes(field.followed.toUtf8())) << fileContents(output).toStdString();
         EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("untouched")) << "no paste was needed";
     }
 
@@ -127,6 +136,22 @@ TEST_F(TextInsertionTest, typesIntoQtWidgetsAndGtkAndPastesIntoQtQuickUnderANonL
     EXPECT_EQ(clipboardAsSeenByOthers(QStringLiteral("text/html")), "<b>before</b>");
     EXPECT_EQ(clipboardAsSeenByOthers(QStringLiteral("application/x-quorla-binary")),
               QByteArray("\x00\x01\xff\x00z", 5));
+}
+
+// xterm has no Ctrl+Shift+V and types Ctrl+V as ^V: it pastes the primary selection on
+// Shift+Insert. Its shell here reads raw bytes, so a control character would show.
+TEST_F(TextInsertionTest, pastesIntoXtermWithTheKeysItBindsAndPutsBothSelectionsBack)
+{
+    QGuiApplication::clipboard()->setText(QStringLiteral("copied"));
+    QGuiApplication::clipboard()->setText(QStringLiteral("selected"), QClipboard::Selection);
+    const QString shell = QStringLiteral("echo ready; exec xterm -e sh -c 'stty raw -echo && exec cat > \"$1\"' sh \"$1\"");
+    target.emplace(*workspace, QStringLiteral("sh"), QStringList{"-c", shell, "sh", output});
+    ASSERT_TRUE(target->application() && waitUntil([&] { return QFile::exists(output); }));
+
+    EXPECT_EQ(insert(target->application(), QStringLiteral("ls -l")), std::nullopt);
+    EXPECT_TRUE(outputBecomes("ls -l")) << fileContents(output).toStdString();
+    EXPECT_EQ(clipboardAsSeenByOthers(QStringLiteral("text/plain")), "copied");
+    EXPECT_EQ(clipboardAsSeenByOthers(QStringLiteral("text/plain"), QStringLiteral("primary")), "selected");
 }
 
 } // namespace

@@ -12,7 +12,7 @@ struct FakeTextField {
     bool selectionSettable = true;
     bool acceptsValue = true;
     bool terminal = false;
-    QStringList edits; // "value:<text>" and "selection:<location>,<length>", in order
+    QStringList edits; // "replace:<location>,<length>:<text>" and "selection:<location>,<length>", in order
 };
 
 class FakeAccessibleElement : public AccessibleElement
@@ -27,12 +27,12 @@ public:
     std::optional<TextRange> selectedRange() override { return m_field->selection; }
     bool isValueSettable() override { return m_field->valueSettable; }
     bool isSelectionSettable() override { return m_field->selectionSettable; }
-    bool setValue(const QString &value) override
+    bool replaceText(TextRange range, const QString &text) override
     {
         if (!m_field->acceptsValue)
             return false;
-        m_field->value = value;
-        m_field->edits.append(QStringLiteral("value:") + value);
+        m_field->value->replace(range.location, range.length, text);
+        m_field->edits.append(QStringLiteral("replace:%1,%2:").arg(range.location).arg(range.length) + text);
         return true;
     }
     bool setSelection(TextRange range) override

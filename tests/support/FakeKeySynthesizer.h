@@ -13,8 +13,9 @@ public:
     {
         if (!pasteWorks)
             return false;
-        sent.append(shortcut == PasteShortcut::controlShiftV ? QStringLiteral("Ctrl+Shift+V")
-                                                             : QStringLiteral("Ctrl+V"));
+        static const QStringList names{QStringLiteral("Ctrl+V"), QStringLiteral("Ctrl+Shift+V"),
+                                       QStringLiteral("Shift+Insert")};
+        sent.append(names.at(int(shortcut)));
         if (onPaste)
             onPaste();
         return true;

@@ -16,12 +16,14 @@ public:
     qint64 processIdentifier() const override { return pid; }
     std::optional<QString> localizedName() const override { return name; }
     bool activate() override { return ++activationCount, activates; }
-    bool isTerminalEmulator() const override { return terminal; }
+    bool isFrontmost() const override { return frontmost; }
+    KeySynthesizer::PasteShortcut pasteShortcut() const override { return shortcut; }
 
     qint64 pid;
     std::optional<QString> name;
     bool activates = true;
-    bool terminal = false;
+    bool frontmost = false;
+    KeySynthesizer::PasteShortcut shortcut = KeySynthesizer::PasteShortcut::controlV;
     int activationCount = 0;
 };
 

@@ -1,10 +1,11 @@
-// A text field for the integration tests to type into: a Qt Widgets QLineEdit or a
-// Qt Quick TextField. It writes its text to a file on every change and prints
+// A text field for the integration tests to type into: a Qt Widgets QLineEdit, a rich
+// QTextEdit whose first character is bold (written out as *bold*), or a Qt Quick
+// TextField. It writes its text to a file on every change and prints
 // "ready" once its window is active with the field focused. The line edit also prints
 // every key it receives, with the steady-clock microsecond it arrived, so tests and
 // benchmarks can tell which keys reached the focused application and how late.
 //
-//   quorla_text_target widgets|quick OUTPUT INITIAL-TEXT [--clipboard]
+//   quorla_text_target widgets|rich|quick OUTPUT INITIAL-TEXT [--clipboard]
 //
 // --clipboard puts text, HTML and a binary type with NUL bytes on the clipboard first.
 
@@ -18,6 +19,8 @@
 #include <QQmlPropertyMap>
 #include <QQuickWindow>
 #include <QSaveFile>
+#include <QTextBlock>
+#include <QTextEdit>
 #include <QTimer>
 #include <chrono>
 #include <cstdio>
@@ -54,6 +57,16 @@ class KeyReporter : public QObject
     }
 };
 
+// The field holds one paragraph.
+static QString markedBold(const QTextDocument &document)
+{
+    QString marked;
+    for (auto it = document.begin().begin(); !it.atEnd(); ++it)
+        marked += it.fragment().charFormat().fontWeight() > QFont::Normal ? u'*' + it.fragment().text() + u'*'
+                                                                          : it.fragment().text();
+    return marked;
+}
+
 int main(int argc, char **argv)
 {
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
@@ -78,10 +91,22 @@ int main(int argc, char **argv)
     }
 
     QLineEdit lineEdit;
+    QTextEdit textEdit;
     QQmlApplicationEngine engine;
     QQmlPropertyMap probe; // QML sets probe.text on every change
     KeyReporter keys;
-    if (args.value(1) != QLatin1String("quick")) {
+    if (args.value(1) == QLatin1String("rich")) {
+        textEdit.setPlainText(initial);
+        QTextCursor first(textEdit.document());
+        first.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor);
+        QTextCharFormat bold;
+        bold.setFontWeight(QFont::Bold);
+        first.mergeCharFormat(bold);
+        textEdit.moveCursor(QTextCursor::End);
+        QObject::connect(&textEdit, &QTextEdit::textChanged, [&] { textChanged(markedBold(*textEdit.document())); });
+        textEdit.show();
+        textEdit.activateWindow();
+    } else if (args.value(1) != QLatin1String("quick")) {
         lineEdit.installEventFilter(&keys);
         // A context menu would take the keyboard and hide the keys that follow.
         lineEdit.setContextMenuPolicy(Qt::NoContextMenu);

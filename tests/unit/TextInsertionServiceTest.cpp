@@ -67,13 +67,15 @@ TEST_F(TextInsertionServiceTest, theDirectRouteReplacesTheTriggerSpaceAndPutsThe
 {
     focus("hello ", TextRange{6, 0});
     EXPECT_EQ(insert("world"), std::nullopt);
-    EXPECT_EQ(accessibility->focused->edits, QStringList({"value:helloworld", "selection:10,0"}));
+    EXPECT_EQ(accessibility->focused->edits, QStringList({"replace:5,1:world", "selection:10,0"}));
     EXPECT_EQ(accessibility->queriedProcesses, QList<qint64>{42});
     EXPECT_EQ(editor->activationCount, 1);
     EXPECT_TRUE(keys->sent.isEmpty());
 
     focus("😀 old tail", TextRange{3, 3}); // offsets count UTF-16 units
+    editor->frontmost = true;             // the user never left it: not activated again
     EXPECT_EQ(insert("😀new", true, false), std::nullopt);
+    EXPECT_EQ(editor->activationCount, 1);
     EXPECT_EQ(accessibility->focused->value, "😀 😀new tail");
     EXPECT_EQ(accessibility->focused->selection, (TextRange{8, 0}));
 }
@@ -104,14 +106,14 @@ TEST_F(TextInsertionServiceTest, fieldsThatRefuseDirectEditingTakeThePasteRoute)
         EXPECT_EQ(clipboardAtPaste, "world");
         EXPECT_TRUE(accessibility->focused->edits.isEmpty());
     }
-    // Terminals paste with Shift, known by their accessibility role or their window class.
+    // Terminals paste with the keys they bind, known by their accessibility role or their window class.
     accessibility->focused->terminal = true;
     keys->sent.clear();
     EXPECT_EQ(insert("ls", true, false), std::nullopt);
     accessibility->focused.reset();
-    editor->terminal = true;
+    editor->shortcut = KeySynthesizer::PasteShortcut::shiftInsert;
     EXPECT_EQ(insert("ls"), std::nullopt);
-    EXPECT_EQ(keys->sent, QStringList({"Ctrl+Shift+V", "Ctrl+Shift+V"}));
+    EXPECT_EQ(keys->sent, QStringList({"Ctrl+Shift+V", "Shift+Insert"}));
 }
 
 TEST_F(TextInsertionServiceTest, refusalsBeforeAnythingIsTouched)

@@ -81,19 +81,23 @@ AtSpiAccessibleElement::~AtSpiAccessibleElement()
 
 std::optional<QString> AtSpiAccessibleElement::value()
 {
-    const Ref<AtspiText> text(atspi_accessible_get_text_iface(m_accessible));
-    if (!text)
-        return std::nullopt;
-    return textOf(text.get());
+    return text();
+}
+
+const std::optional<QString> &AtSpiAccessibleElement::text()
+{
+    if (!m_text) {
+        const Ref<AtspiText> text(atspi_accessible_get_text_iface(m_accessible));
+        m_text = text ? textOf(text.get()) : std::nullopt;
+    }
+    return *m_text;
 }
 
 std::optional<TextRange> AtSpiAccessibleElement::selectedRange()
 {
     const Ref<AtspiText> text(atspi_accessible_get_text_iface(m_accessible));
-    if (!text)
-        return std::nullopt;
-    const std::optional<QString> value = textOf(text.get());
-    if (!value)
+    const std::optional<QString> &value = this->text();
+    if (!text || !value)
         return std::nullopt;
     gint start = 0;
     gint end = 0;
@@ -134,23 +138,41 @@ bool AtSpiAccessibleElement::isSelectionSettable()
     return static_cast<bool>(text);
 }
 
-bool AtSpiAccessibleElement::setValue(const QString &value)
+bool AtSpiAccessibleElement::replaceText(TextRange range, const QString &replacement)
 {
     const Ref<AtspiEditableText> editable(atspi_accessible_get_editable_text_iface(m_accessible));
-    if (!editable)
+    const std::optional<QString> &value = text();
+    if (!editable || !value || range.location < 0 || range.length < 0 || range.location + range.length > value->size())
         return false;
-    CallError error;
-    const gboolean done = atspi_editable_text_set_text_contents(editable.get(), value.toUtf8().constData(), error.out());
-    return done && !error.failed();
+    const auto start = static_cast<gint>(fromUtf16(*value, range.location));
+    const auto end = static_cast<gint>(fromUtf16(*value, range.location + range.length));
+    // Qt reads the length in UTF-16 units; ATK toolkits read it in bytes of the UTF-8 text.
+    const auto insert = [&](gint position, const QString &inserted) {
+        const QByteArray utf8 = inserted.toUtf8();
+        const auto length = static_cast<gint>(m_unit == OffsetUnit::utf16 ? inserted.size() : utf8.size());
+        CallError error;
+        return atspi_editable_text_insert_text(editable.get(), position, utf8.constData(), length, error.out())
+            && !error.failed();
+    };
+    if (start != end) {
+        CallError error;
+        if (!atspi_editable_text_delete_text(editable.get(), start, end, error.out()) || error.failed())
+            return false;
+    }
+    if (!replacement.isEmpty() && !insert(start, replacement)) {
+        // Put back what went, so the paste that follows finds the field as the user left it.
+        insert(start, value->mid(range.location, range.length));
+        return false;
+    }
+    m_text->emplace(QString(*value).replace(range.location, range.length, replacement));
+    return true;
 }
 
 bool AtSpiAccessibleElement::setSelection(TextRange range)
 {
     const Ref<AtspiText> text(atspi_accessible_get_text_iface(m_accessible));
-    if (!text)
-        return false;
-    const std::optional<QString> value = textOf(text.get());
-    if (!value)
+    const std::optional<QString> &value = this->text();
+    if (!text || !value)
         return false;
     const auto start = static_cast<gint>(fromUtf16(*value, range.location));
     const auto end = static_cast<gint>(fromUtf16(*value, range.location + range.length));

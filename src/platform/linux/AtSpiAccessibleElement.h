@@ -20,7 +20,7 @@ public:
     std::optional<TextRange> selectedRange() override;
     bool isValueSettable() override;
     bool isSelectionSettable() override;
-    bool setValue(const QString &value) override;
+    bool replaceText(TextRange range, const QString &text) override;
     bool setSelection(TextRange range) override;
     bool isTerminal() override;
 
@@ -28,6 +28,11 @@ private:
     [[nodiscard]] qsizetype toUtf16(QStringView value, qsizetype offset) const;
     [[nodiscard]] qsizetype fromUtf16(QStringView value, qsizetype offset) const;
 
+    // The field's text, read once: long documents make every read costly. The element lives
+    // for one insertion, and keeps this in step with its own edits.
+    const std::optional<QString> &text();
+
     AtspiAccessible *m_accessible;
     OffsetUnit m_unit;
+    std::optional<std::optional<QString>> m_text;
 };

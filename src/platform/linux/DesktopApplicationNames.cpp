@@ -57,12 +57,25 @@ DesktopApplicationNames::DesktopApplicationNames(QStringList directories, QStrin
 
 std::optional<QString> DesktopApplicationNames::nameForWindowClass(const QString &instance, const QString &className)
 {
+    const Entry *entry = entryForWindowClass(instance, className);
+    return entry ? std::optional(entry->name) : std::nullopt;
+}
+
+bool DesktopApplicationNames::isTerminalEmulator(const QString &instance, const QString &className)
+{
+    const Entry *entry = entryForWindowClass(instance, className);
+    return entry && entry->terminal;
+}
+
+const DesktopApplicationNames::Entry *DesktopApplicationNames::entryForWindowClass(const QString &instance,
+                                                                                   const QString &className)
+{
     load();
     const QString wanted[] = {className.toLower(), instance.toLower()};
     for (const QString &candidate : wanted) {
         for (const Entry &entry : std::as_const(m_entries)) {
             if (!candidate.isEmpty() && entry.wmClass == candidate)
-                return entry.name;
+                return &entry;
         }
     }
     // Without StartupWMClass, entries are usually named after the class: "org.gnome.Foo"
@@ -71,10 +84,10 @@ std::optional<QString> DesktopApplicationNames::nameForWindowClass(const QString
         for (const Entry &entry : std::as_const(m_entries)) {
             if (!candidate.isEmpty()
                 && (entry.id == candidate || entry.id.section(u'.', -1) == candidate))
-                return entry.name;
+                return &entry;
         }
     }
-    return std::nullopt;
+    return nullptr;
 }
 
 void DesktopApplicationNames::load()
@@ -95,7 +108,9 @@ void DesktopApplicationNames::load()
             const QString name = localizedName(keys, m_locale);
             if (name.isEmpty() || keys.value(QStringLiteral("Type")) != QLatin1String("Application"))
                 continue;
-            m_entries.append({id, keys.value(QStringLiteral("StartupWMClass")).toLower(), name});
+            const QStringList categories = keys.value(QStringLiteral("Categories")).split(u';');
+            m_entries.append({id, keys.value(QStringLiteral("StartupWMClass")).toLower(), name,
+                              categories.contains(QLatin1String("TerminalEmulator"))});
         }
     }
 }

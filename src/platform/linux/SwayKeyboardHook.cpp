@@ -94,7 +94,7 @@ SwayKeyboardHook::~SwayKeyboardHook()
     uninstall();
 }
 
-void SwayKeyboardHook::install(Events events)
+KeyboardHook::InstallOutcome SwayKeyboardHook::install(Events events)
 {
     uninstall();
     if (m_socketPath.isEmpty())
@@ -122,6 +122,7 @@ void SwayKeyboardHook::install(Events events)
     m_connection->open();
     m_connection->send(SwayIpcConnection::Message::subscribe, R"(["binding"])");
     runCommands(triggerBindings(m_trigger, true));
+    return {};
 }
 
 void SwayKeyboardHook::uninstall()
@@ -149,7 +150,7 @@ void SwayKeyboardHook::setSpaceCaptureWanted(bool wanted)
     runCommands(spaceBindings(m_trigger, wanted));
 }
 
-void SwayKeyboardHook::setTriggerKey(const TriggerKey &key)
+KeyboardHook::InstallOutcome SwayKeyboardHook::setTriggerKey(const TriggerKey &key)
 {
     if (m_connection) {
         QStringList commands = triggerBindings(m_trigger, false);
@@ -161,6 +162,7 @@ void SwayKeyboardHook::setTriggerKey(const TriggerKey &key)
     }
     m_trigger = key;
     m_triggerDown = m_releaseMayBeLost = m_ignoreNextRelease = false;
+    return {};
 }
 
 bool SwayKeyboardHook::isSettled() const

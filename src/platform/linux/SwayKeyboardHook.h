@@ -22,12 +22,12 @@ public:
     explicit SwayKeyboardHook(TriggerKey trigger, QString socketPath);
     ~SwayKeyboardHook() override;
 
-    void install(Events events) override;
+    InstallOutcome install(Events events) override;
     void uninstall() override;
     [[nodiscard]] bool isInstalled() const override { return m_connection != nullptr; }
     void setSpaceCaptureWanted(bool wanted) override;
     [[nodiscard]] QString triggerDisplayName() const override { return m_trigger.displayName; }
-    void setTriggerKey(const TriggerKey &key) override;
+    InstallOutcome setTriggerKey(const TriggerKey &key) override;
 
     // Test hook: sway has carried out every binding change asked for so far.
     [[nodiscard]] bool isSettled() const;

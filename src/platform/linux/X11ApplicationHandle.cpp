@@ -36,14 +36,30 @@ bool X11ApplicationHandle::activate()
     return m_connection->activate(m_window);
 }
 
-bool X11ApplicationHandle::isTerminalEmulator() const
+bool X11ApplicationHandle::isFrontmost() const
 {
-    // Terminals that expose no accessible terminal role still need Ctrl+Shift+V.
-    static const QStringList terminals = {
+    return m_connection->activeWindow() == m_window;
+}
+
+KeySynthesizer::PasteShortcut X11ApplicationHandle::pasteShortcut() const
+{
+    const KeySynthesizer::PasteShortcut shortcut = pasteShortcutForWindowClass(m_instance, m_className);
+    // A terminal we do not know by name may still say what it is in its desktop entry.
+    if (shortcut == KeySynthesizer::PasteShortcut::controlV && m_names->isTerminalEmulator(m_instance, m_className))
+        return KeySynthesizer::PasteShortcut::controlShiftV;
+    return shortcut;
+}
+
+KeySynthesizer::PasteShortcut pasteShortcutForWindowClass(const QString &instance, const QString &className)
+{
+    // Shift+Insert is their only default paste key; Ctrl+Shift+V types ^V there.
+    static const QStringList xtermStyle = {
         QStringLiteral("xterm"),
         QStringLiteral("uxterm"),
         QStringLiteral("urxvt"),
         QStringLiteral("rxvt"),
+    };
+    static const QStringList terminals = {
         QStringLiteral("gnome-terminal"),
         QStringLiteral("gnome-terminal-server"),
         QStringLiteral("konsole"),
@@ -68,5 +84,10 @@ bool X11ApplicationHandle::isTerminalEmulator() const
         QStringLiteral("cool-retro-term"),
         QStringLiteral("terminology"),
     };
-    return terminals.contains(m_className, Qt::CaseInsensitive) || terminals.contains(m_instance, Qt::CaseInsensitive);
+    const auto among = [&](const QStringList &names) {
+        return names.contains(className, Qt::CaseInsensitive) || names.contains(instance, Qt::CaseInsensitive);
+    };
+    if (among(xtermStyle))
+        return KeySynthesizer::PasteShortcut::shiftInsert;
+    return among(terminals) ? KeySynthesizer::PasteShortcut::controlShiftV : KeySynthesizer::PasteShortcut::controlV;
 }

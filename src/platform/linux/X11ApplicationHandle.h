@@ -17,7 +17,8 @@ public:
     qint64 processIdentifier() const override;
     std::optional<QString> localizedName() const override;
     bool activate() override;
-    bool isTerminalEmulator() const override;
+    bool isFrontmost() const override;
+    KeySynthesizer::PasteShortcut pasteShortcut() const override;
 
     [[nodiscard]] unsigned long window() const { return m_window; }
 
@@ -29,3 +30,8 @@ private:
     QString m_instance;
     QString m_className;
 };
+
+// How a window of class (instance, className) pastes from the keyboard: terminals are known
+// by their class, as few of them show an accessible terminal role.
+[[nodiscard]] KeySynthesizer::PasteShortcut pasteShortcutForWindowClass(const QString &instance,
+                                                                        const QString &className);

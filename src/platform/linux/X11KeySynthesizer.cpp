@@ -88,6 +88,8 @@ bool X11KeySynthesizer::sendPasteShortcut(PasteShortcut shortcut)
 {
     if (!d->display)
         return false;
+    if (shortcut == PasteShortcut::shiftInsert)
+        return d->chord({XKeysymToKeycode(d->display, XK_Shift_L), XKeysymToKeycode(d->display, XK_Insert)});
     const KeyCode control = XKeysymToKeycode(d->display, XK_Control_L);
     const KeyCode v = d->keycodeForV();
     if (shortcut == PasteShortcut::controlShiftV)

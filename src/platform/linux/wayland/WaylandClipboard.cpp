@@ -71,6 +71,7 @@ public:
     // `markedText`: the text written kept out of history, remembered to recognize it later.
     virtual bool write(Selection selection, const ClipboardFormats &formats, std::optional<QString> markedText) = 0;
     [[nodiscard]] virtual bool holdsText(Selection selection, const QString &text) const = 0;
+    [[nodiscard]] virtual bool hasPrimarySelection() const = 0;
 };
 
 namespace {
@@ -147,7 +148,7 @@ public:
 
     bool write(Selection selection, const ClipboardFormats &formats, std::optional<QString> markedText) override
     {
-        if (selection == Selection::primary && !primarySupported())
+        if (selection == Selection::primary && !hasPrimarySelection())
             return false;
         Owned &owned = m_owned[index(selection)];
         if (owned.source)
@@ -187,7 +188,7 @@ private:
 
     static int index(Selection selection) { return selection == Selection::primary ? 1 : 0; }
 
-    bool primarySupported() const
+    bool hasPrimarySelection() const override
     {
         return wl_proxy_get_version(reinterpret_cast<wl_proxy *>(m_device)) >= 2 || P::version == 1;
     }
@@ -304,6 +305,11 @@ bool WaylandClipboard::writeText(Selection selection, const QString &text, bool 
 bool WaylandClipboard::write(Selection selection, const ClipboardFormats &formats)
 {
     return m_protocol->write(selection, formats, std::nullopt);
+}
+
+bool WaylandClipboard::hasPrimarySelection()
+{
+    return m_protocol->hasPrimarySelection();
 }
 
 bool WaylandClipboard::holdsText(Selection selection, const QString &text)

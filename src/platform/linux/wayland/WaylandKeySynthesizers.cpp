@@ -52,11 +52,26 @@ std::string usKeymap(uint32_t *controlMask, uint32_t *shiftMask)
     return text;
 }
 
-std::initializer_list<unsigned> pasteModifiers(KeySynthesizer::PasteShortcut shortcut)
+// The modifiers and the key of each paste shortcut, as evdev codes.
+struct PasteKeys {
+    std::initializer_list<unsigned> modifiers;
+    unsigned key;
+};
+
+PasteKeys pasteKeys(KeySynthesizer::PasteShortcut shortcut)
 {
     static const std::initializer_list<unsigned> control{KEY_LEFTCTRL};
     static const std::initializer_list<unsigned> controlShift{KEY_LEFTCTRL, KEY_LEFTSHIFT};
-    return shortcut == KeySynthesizer::PasteShortcut::controlShiftV ? controlShift : control;
+    static const std::initializer_list<unsigned> shift{KEY_LEFTSHIFT};
+    switch (shortcut) {
+    case KeySynthesizer::PasteShortcut::controlShiftV:
+        return {controlShift, KEY_V};
+    case KeySynthesizer::PasteShortcut::shiftInsert:
+        return {shift, KEY_INSERT};
+    case KeySynthesizer::PasteShortcut::controlV:
+        break;
+    }
+    return {control, KEY_V};
 }
 
 } // namespace
@@ -137,7 +152,8 @@ bool VirtualKeyboardKeySynthesizer::sendBackspace()
 
 bool VirtualKeyboardKeySynthesizer::sendPasteShortcut(PasteShortcut shortcut)
 {
-    return press(pasteModifiers(shortcut), KEY_V);
+    const PasteKeys keys = pasteKeys(shortcut);
+    return press(keys.modifiers, keys.key);
 }
 
 std::shared_ptr<KWinFakeInputKeySynthesizer> KWinFakeInputKeySynthesizer::create(
@@ -189,5 +205,6 @@ bool KWinFakeInputKeySynthesizer::sendBackspace()
 
 bool KWinFakeInputKeySynthesizer::sendPasteShortcut(PasteShortcut shortcut)
 {
-    return press(pasteModifiers(shortcut), KEY_V);
+    const PasteKeys keys = pasteKeys(shortcut);
+    return press(keys.modifiers, keys.key);
 }
