@@ -19,6 +19,8 @@ public:
     std::optional<QString> localizedName() const override { return m_name; }
     // The compositor offers no way to raise a window, and the focus has not moved.
     bool activate() override { return true; }
+    // Taken as in front: with nothing to bring it back, waiting for it would buy nothing.
+    bool isFrontmost() const override { return true; }
 
 private:
     qint64 m_pid;

@@ -294,6 +294,10 @@ QCoro::Task<ClipboardFormats> WaylandClipboard::read(Selection selection)
 
 bool WaylandClipboard::writeText(Selection selection, const QString &text, bool keepOutOfHistory)
 {
+    // The target may still be about to read the selection it saw with the paste keys, and a
+    // replaced source can no longer serve it: the same text stays on the source it is on.
+    if (m_protocol->holdsText(selection, text))
+        return true;
     ClipboardFormats formats;
     for (const QString &type : textTypes)
         formats.append({type, text.toUtf8()});
