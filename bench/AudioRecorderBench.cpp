@@ -3,7 +3,8 @@
 //   (b) stopRecording -> file complete on disk
 //   (c) CPU time per second of recording
 //   (d) bytes per second of speech
-// (a) is taken from the file itself: the last sample arrives at about the moment of the
+// (a) is taken from the file itself (ffprobe's duration: the recorder's leaves out the
+// audio from before the start): the last sample arrives at about the moment of the
 // stop, so the first one was captured at stop time minus the file's duration. That
 // counts the delivery delay at the stop against us, so the figure is an upper bound.
 #include "platform/linux/QtAudioCapture.h"
@@ -38,6 +39,17 @@ double cpuSeconds()
          + double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
 }
 
+// The audio in the file, warm-up included.
+double fileSeconds(const QString &path)
+{
+    QProcess probe;
+    probe.start(QStringLiteral("ffprobe"), {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-show_entries"),
+                                            QStringLiteral("format=duration"), QStringLiteral("-of"),
+                                            QStringLiteral("csv=p=0"), path});
+    probe.waitForFinished();
+    return probe.readAllStandardOutput().trimmed().toDouble();
+}
+
 struct Summary {
     double median = 0;
     double max = 0;
@@ -61,7 +73,7 @@ Trial pushToTalk(AudioRecorder &recorder, bool warmUp, int recordMs)
     QElapsedTimer clock;
     clock.start();
     if (warmUp)
-        recorder.handleTriggerKeyChanged(true);
+        recorder.warmUp();
     const double warmUpMs = double(clock.nsecsElapsed()) / 1e6;
     spin(80);
     recorder.startRecording();
@@ -69,11 +81,10 @@ Trial pushToTalk(AudioRecorder &recorder, bool warmUp, int recordMs)
     const double stopAt = double(clock.nsecsElapsed()) / 1e6;
     const auto recording = recorder.stopRecording();
     const double stoppedAt = double(clock.nsecsElapsed()) / 1e6;
-    if (warmUp)
-        recorder.handleTriggerKeyChanged(false);
+    const double recorded = fileSeconds(recording.fileURL);
     QFile::remove(recording.fileURL);
     spin(300); // the input closes between dictations
-    return {stopAt - recording.duration * 1000, stoppedAt - stopAt, warmUpMs};
+    return {stopAt - recorded * 1000, stoppedAt - stopAt, warmUpMs};
 }
 
 } // namespace

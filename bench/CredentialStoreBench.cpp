@@ -6,6 +6,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <QCoreApplication>
 #include <QUuid>
 
 namespace {
@@ -21,36 +22,35 @@ template <typename Step>
 void withStoredKey(benchmark::State &state, Step step)
 {
     SecretServiceCredentialStore store;
-    if (store.update(service, account, key).outcome == Outcome::itemNotFound)
-        store.add(service, account, key);
-    if (store.exists(service, account).outcome != Outcome::success) {
+    if (QCoro::waitFor(store.update(service, account, key)).outcome == Outcome::itemNotFound)
+        QCoro::waitFor(store.add(service, account, key));
+    if (QCoro::waitFor(store.exists(service, account)).outcome != Outcome::success) {
         state.SkipWithError("no usable Secret Service: run inside scripts/desktop-session");
         return;
     }
     for (auto _ : state)
         step(store);
-    store.remove(service, account);
+    QCoro::waitFor(store.remove(service, account));
 }
 
 void BM_existsAtLaunch(benchmark::State &state)
 {
     withStoredKey(state, [](SecretServiceCredentialStore &store) {
-        benchmark::DoNotOptimize(store.exists(service, account));
+        benchmark::DoNotOptimize(QCoro::waitFor(store.exists(service, account)));
     });
 }
 
 void BM_copyForFirstRequest(benchmark::State &state)
 {
     withStoredKey(state, [](SecretServiceCredentialStore &store) {
-        QByteArray value;
-        benchmark::DoNotOptimize(store.copy(service, account, &value));
+        benchmark::DoNotOptimize(QCoro::waitFor(store.copy(service, account)));
     });
 }
 
 void BM_updateOnSave(benchmark::State &state)
 {
     withStoredKey(state, [](SecretServiceCredentialStore &store) {
-        benchmark::DoNotOptimize(store.update(service, account, key));
+        benchmark::DoNotOptimize(QCoro::waitFor(store.update(service, account, key)));
     });
 }
 
@@ -59,7 +59,7 @@ void BM_existsOfMissingItem(benchmark::State &state)
     SecretServiceCredentialStore store;
     const QString nobody = service + QStringLiteral("-missing");
     for (auto _ : state)
-        benchmark::DoNotOptimize(store.exists(nobody, account));
+        benchmark::DoNotOptimize(QCoro::waitFor(store.exists(nobody, account)));
 }
 
 } // namespace
@@ -68,3 +68,13 @@ BENCHMARK(BM_existsAtLaunch)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_copyForFirstRequest)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_updateOnSave)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_existsOfMissingItem)->Unit(benchmark::kMicrosecond);
+
+// The keyring answers on the event loop: the calls need an application.
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

@@ -8,6 +8,7 @@
 // start (kernel start time) and from main().
 #include "app/AppModel.h"
 #include "app/AppServicesFactory.h"
+#include "shell/HeapTuning.h"
 #include "shell/MainWindowController.h"
 #include "shell/TrayIcon.h"
 #include "platform/AudioCapture.h"
@@ -122,6 +123,8 @@ double median(QList<double> values)
 
 int main(int argc, char *argv[])
 {
+    // As Quorla itself starts.
+    restartWithoutFreedBlockCache(argv);
     const double beforeMain = millisecondsSinceProcessStart();
     // Each figure is visible as soon as it is measured, also when written to a file
     // that a profiler watches.

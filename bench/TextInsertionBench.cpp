@@ -70,7 +70,7 @@ int measure(const char *label, const QString &mode, int rounds, double waits, Te
     for (int round = 0; round < rounds; ++round) {
         QElapsedTimer clock;
         clock.start();
-        accessibility.isProcessTrusted();
+        QCoro::waitFor(accessibility.isProcessTrusted());
         trust.push_back(double(clock.nsecsElapsed()) / 1e6);
         clock.restart();
         const std::unique_ptr<AccessibleElement> element = accessibility.focusedElement(pid);
@@ -113,7 +113,7 @@ int main(int argc, char **argv)
     QGuiApplication app(argc, argv);
     const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 20;
     auto accessibility = std::make_shared<AtSpiAccessibility>();
-    if (!accessibility->requestTrust()) {
+    if (!QCoro::waitFor(accessibility->requestTrust())) {
         std::fprintf(stderr, "the accessibility bus is off or unreachable\n");
         return 1;
     }

@@ -36,6 +36,8 @@ AppModel::AppModel(AppServices services, QObject *parent)
         if (m_isRecording)
             stopRecordingAndTranscribe();
     });
+    connect(m_services.pushToTalkMonitor.get(), &GlobalPushToTalkMonitor::triggerKeyChanged, this,
+            &AppModel::handleTriggerKeyChanged);
 }
 
 AppModel::~AppModel() = default;
@@ -52,6 +54,7 @@ void AppModel::readPreferences()
             .value_or(QString());
     m_autoCopyTranscript = preferences.boolValue(PreferenceKeys::autoCopyTranscript).value_or(true);
     m_showMenuBarIcon = preferences.boolValue(PreferenceKeys::showMenuBarIcon).value_or(false);
+    m_startListeningOnTriggerDown = preferences.boolValue(PreferenceKeys::startListeningOnTriggerDown).value_or(true);
 }
 
 // ---- preferences
@@ -92,6 +95,12 @@ void AppModel::setShowMenuBarIcon(bool value)
 {
     assign(m_showMenuBarIcon, value, &AppModel::showMenuBarIconChanged);
     m_services.preferences->setBool(PreferenceKeys::showMenuBarIcon, value);
+}
+
+void AppModel::setStartListeningOnTriggerDown(bool value)
+{
+    assign(m_startListeningOnTriggerDown, value, &AppModel::startListeningOnTriggerDownChanged);
+    m_services.preferences->setBool(PreferenceKeys::startListeningOnTriggerDown, value);
 }
 
 void AppModel::setTranslationLanguageCode(const QString &value)
@@ -169,6 +178,24 @@ void AppModel::startAppServices()
         setStatusMessage(defaultStatusMessage());
 }
 
+void AppModel::handleTriggerKeyChanged(bool down)
+{
+    AudioRecorder &recorder = *m_services.audioRecorder;
+    if (!down) {
+        // A tap, a shortcut, or a hold whose recording runs already or never will. A
+        // toggle's start may still be on its way: the warm-up's own limit ends it if none
+        // comes.
+        if (m_services.pushToTalkMonitor->triggerState().phase != PushToTalkTriggerPhase::toggleActive)
+            recorder.endWarmUp();
+        return;
+    }
+    // Desktops show the open microphone: only for a press that can start a dictation.
+    const bool keyAvailable = m_apiKey.knownKey() || m_apiKey.hasStoredKey;
+    if (m_startListeningOnTriggerDown && !m_isBusy && !m_isRecording && keyAvailable
+        && m_microphonePermissionState == PermissionState::authorized)
+        recorder.warmUp();
+}
+
 // ---- errors
 
 void AppModel::presentError(const QString &message)
@@ -221,6 +248,12 @@ void AppModel::setIsRecording(bool value)
 void AppModel::setHasStoredAPIKey(bool value)
 {
     if (assign(m_apiKey.hasStoredKey, value, &AppModel::hasStoredAPIKeyChanged))
+        Q_EMIT statusInputsChanged();
+}
+
+void AppModel::setIsKeychainLocked(bool value)
+{
+    if (assign(m_apiKey.keychainLocked, value, &AppModel::isKeychainLockedChanged))
         Q_EMIT statusInputsChanged();
 }
 

@@ -41,6 +41,7 @@ class AppModel : public QObject
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY isBusyChanged)
     Q_PROPERTY(bool isRecording READ isRecording NOTIFY isRecordingChanged)
     Q_PROPERTY(bool hasStoredAPIKey READ hasStoredAPIKey NOTIFY hasStoredAPIKeyChanged)
+    Q_PROPERTY(bool isKeychainLocked READ isKeychainLocked NOTIFY isKeychainLockedChanged)
     Q_PROPERTY(QString triggerRegistrationError READ triggerRegistrationErrorText NOTIFY triggerRegistrationErrorChanged)
     Q_PROPERTY(bool accessibilityPermissionGranted READ accessibilityPermissionGranted NOTIFY accessibilityPermissionGrantedChanged)
     Q_PROPERTY(QString microphonePermissionState READ microphonePermissionStateName NOTIFY microphonePermissionStateChanged)
@@ -50,6 +51,7 @@ class AppModel : public QObject
     Q_PROPERTY(QString transcriptionMode READ transcriptionModeName WRITE setTranscriptionModeName NOTIFY transcriptionModeChanged)
     Q_PROPERTY(bool autoCopyTranscript READ autoCopyTranscript WRITE setAutoCopyTranscript NOTIFY autoCopyTranscriptChanged)
     Q_PROPERTY(bool showMenuBarIcon READ showMenuBarIcon WRITE setShowMenuBarIcon NOTIFY showMenuBarIconChanged)
+    Q_PROPERTY(bool startListeningOnTriggerDown READ startListeningOnTriggerDown WRITE setStartListeningOnTriggerDown NOTIFY startListeningOnTriggerDownChanged)
     Q_PROPERTY(QString translationLanguageCode READ translationLanguageCode WRITE setTranslationLanguageCode NOTIFY translationLanguageCodeChanged)
     Q_PROPERTY(QString triggerDisplay READ triggerDisplay NOTIFY triggerDisplayChanged)
     Q_PROPERTY(QString triggerKey READ triggerKey WRITE setTriggerKey NOTIFY triggerDisplayChanged)
@@ -80,6 +82,8 @@ public:
     [[nodiscard]] bool isBusy() const { return m_isBusy; }
     [[nodiscard]] bool isRecording() const { return m_isRecording; }
     [[nodiscard]] bool hasStoredAPIKey() const { return m_apiKey.hasStoredKey; }
+    // The credential store answered "locked": the saved key is kept but can't be read.
+    [[nodiscard]] bool isKeychainLocked() const { return m_apiKey.keychainLocked; }
     [[nodiscard]] const std::optional<QString> &triggerRegistrationError() const { return m_triggerRegistrationError; }
     [[nodiscard]] bool accessibilityPermissionGranted() const { return m_accessibilityPermissionGranted; }
     [[nodiscard]] PermissionState microphonePermissionState() const { return m_microphonePermissionState; }
@@ -96,6 +100,9 @@ public:
     void setAutoCopyTranscript(bool value);
     [[nodiscard]] bool showMenuBarIcon() const { return m_showMenuBarIcon; }
     void setShowMenuBarIcon(bool value);
+    // Open the microphone as the trigger goes down, so the first syllable is kept.
+    [[nodiscard]] bool startListeningOnTriggerDown() const { return m_startListeningOnTriggerDown; }
+    void setStartListeningOnTriggerDown(bool value);
     [[nodiscard]] const QString &translationLanguageCode() const { return m_translationLanguageCode; }
     void setTranslationLanguageCode(const QString &value);
     // The TriggerKey id; takes effect at once. An unknown id means the default key.
@@ -133,8 +140,9 @@ public:
     [[nodiscard]] QString localizedMessage(const std::exception_ptr &error) const;
 
     // ---- status and permissions
+    // The accessibility answer arrives later, on the event loop.
     Q_INVOKABLE void refreshPermissions(bool refreshInputLanguage);
-    Q_INVOKABLE void requestAccessibilityAccess();
+    QCoro::Task<> requestAccessibilityAccess();
     [[nodiscard]] QString defaultStatusMessage() const;
     [[nodiscard]] bool requiresOnboarding() const;
     Q_INVOKABLE void openSettingsPane(const QString &anchor);
@@ -153,8 +161,11 @@ public:
     // ---- API key
     Q_INVOKABLE void saveAPIKey();
     Q_INVOKABLE void clearAPIKey();
-    // The key for a request; throws QuorlaError::missingAPIKey or the store's error.
-    QString validatedAPIKey();
+    // Asks the credential store to unlock, with its own prompt; only on the user's click.
+    Q_INVOKABLE void unlockKeychain();
+    // The key for a request and what the store said about the saved one; writes
+    // nothing. Throws the store's read error.
+    [[nodiscard]] QCoro::Task<APIKeyLookup> validatedAPIKey() const;
 
     // ---- input language
     void handleInputSourceChange(const QDateTime &now);
@@ -186,6 +197,7 @@ Q_SIGNALS:
     void isBusyChanged();
     void isRecordingChanged();
     void hasStoredAPIKeyChanged();
+    void isKeychainLockedChanged();
     void triggerRegistrationErrorChanged();
     void accessibilityPermissionGrantedChanged();
     void microphonePermissionStateChanged();
@@ -195,6 +207,7 @@ Q_SIGNALS:
     void transcriptionModeChanged();
     void autoCopyTranscriptChanged();
     void showMenuBarIconChanged();
+    void startListeningOnTriggerDownChanged();
     void translationLanguageCodeChanged();
     void triggerDisplayChanged();
     void serviceAddressChanged();
@@ -223,6 +236,16 @@ private:
     void setIsBusy(bool value);
     void setIsRecording(bool value);
     void setHasStoredAPIKey(bool value);
+    void setIsKeychainLocked(bool value);
+    // Runs change, then shows the new idle text if the old one was showing.
+    template <typename Change>
+    void keepingDefaultStatus(Change change)
+    {
+        const bool showsDefault = m_statusMessage == defaultStatusMessage();
+        change();
+        if (showsDefault)
+            setStatusMessage(defaultStatusMessage());
+    }
     void setTriggerRegistrationError(const std::optional<QString> &message);
     void setAccessibilityPermissionGranted(bool value);
     void setMicrophonePermissionState(PermissionState value);
@@ -236,12 +259,26 @@ private:
     void persistCustomDictionaryEntries();
     [[nodiscard]] QList<CustomDictionaryEntry> loadCustomDictionaryEntries() const;
     void persistTypingStatistics();
-    void loadStoredAPIKeyMetadata();
+    QCoro::Task<> loadStoredAPIKeyMetadata();
+    QCoro::Task<> storeAPIKeyDraft();
+    QCoro::Task<> removeSavedAPIKey();
+    QCoro::Task<> unlockSavedAPIKey();
+    // The key for a request, after recording what the lookup learned; throws
+    // missingAPIKey or keychainLocked when there is none to use.
+    QCoro::Task<QString> apiKeyForRequest();
+    void rememberAPIKeyLookup(const APIKeyLookup &lookup);
+    // Marks the keychain locked when the error says so.
+    void noteKeychainFailure(const std::exception_ptr &error);
+    void refreshLocalPermissions(bool refreshInputLanguage);
+    QCoro::Task<> refreshAccessibilityPermission();
     void refreshCurrentInputLanguageHint();
     void startObservingInputSourceChanges();
     static QString currentAppVersion();
     QCoro::Task<> startRecording(DictationSource source);
     bool promoteActiveHoldSessionToToggle();
+    // Warms the microphone up for a press that can start a dictation now, and lets it
+    // go as soon as the press turns out to be a tap or a shortcut.
+    void handleTriggerKeyChanged(bool down);
     // Stops the running recording and deletes its file; no status line.
     void discardRecording();
     // What the dictation pipeline gets, taken from the settings and the dictionary now.
@@ -281,6 +318,7 @@ private:
     TranscriptionMode m_transcriptionMode = TranscriptionMode::fast;
     bool m_autoCopyTranscript = true;
     bool m_showMenuBarIcon = false;
+    bool m_startListeningOnTriggerDown = true;
     QString m_translationLanguageCode;
 
     bool m_hasStartedServices = false;

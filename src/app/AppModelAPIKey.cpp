@@ -1,5 +1,6 @@
 // The OpenAI API key: the draft, the saved item in the credential store and the
 // "hasStoredAPIKey" marker that lets the interface show the saved state at launch.
+// The store answers later, on the event loop: every step re-checks the model after it.
 #include "AppModel.h"
 
 #include "models/QuorlaError.h"
@@ -8,54 +9,150 @@
 #include "stores/PreferencesStore.h"
 #include "support/PlatformWords.h"
 
+#include <QPointer>
+
+using ItemState = KeychainStore::ItemState;
+
 void AppModel::saveAPIKey()
 {
-    const QString key = m_apiKey.draft.trimmed();
-    setErrorMessage(std::nullopt);
-    auto &keychain = *m_services.keychainStore;
-    try {
-        if (!key.isEmpty()) {
-            keychain.saveString(key, KeychainStore::apiKeyAccount());
-            setApiKeyDraft(QString());
-            rememberSavedAPIKey(key);
-            setStatusMessage(m_services.words->apiKeySavedStatus);
-        } else {
-            keychain.deleteItem(KeychainStore::apiKeyAccount());
-            setApiKeyDraft(QString());
-            rememberSavedAPIKey(std::nullopt);
-            setStatusMessage(QStringLiteral("Saved API key removed."));
-        }
-    } catch (...) {
-        presentError(localizedMessage(std::current_exception()));
-        setStatusMessage(QStringLiteral("Couldn't save the API key."));
-    }
+    storeAPIKeyDraft();
 }
 
 void AppModel::clearAPIKey()
 {
+    removeSavedAPIKey();
+}
+
+void AppModel::unlockKeychain()
+{
+    unlockSavedAPIKey();
+}
+
+QCoro::Task<> AppModel::storeAPIKeyDraft()
+{
+    const QString key = m_apiKey.draft.trimmed();
     setErrorMessage(std::nullopt);
+    const QPointer<AppModel> self(this);
+    const auto keychain = m_services.keychainStore;
+    std::exception_ptr failure;
     try {
-        m_services.keychainStore->deleteItem(KeychainStore::apiKeyAccount());
+        if (!key.isEmpty())
+            co_await keychain->saveString(key, KeychainStore::apiKeyAccount());
+        else
+            co_await keychain->deleteItem(KeychainStore::apiKeyAccount());
     } catch (...) {
-        presentError(localizedMessage(std::current_exception()));
+        failure = std::current_exception();
+    }
+    if (!self)
+        co_return;
+    if (failure) {
+        noteKeychainFailure(failure);
+        presentError(localizedMessage(failure));
+        setStatusMessage(QStringLiteral("Couldn't save the API key."));
+        co_return;
+    }
+    setApiKeyDraft(QString());
+    rememberSavedAPIKey(key.isEmpty() ? std::nullopt : std::optional(key));
+    setIsKeychainLocked(false);
+    setStatusMessage(key.isEmpty() ? QStringLiteral("Saved API key removed.") : m_services.words->apiKeySavedStatus);
+}
+
+QCoro::Task<> AppModel::removeSavedAPIKey()
+{
+    setErrorMessage(std::nullopt);
+    const QPointer<AppModel> self(this);
+    const auto keychain = m_services.keychainStore;
+    std::exception_ptr failure;
+    try {
+        co_await keychain->deleteItem(KeychainStore::apiKeyAccount());
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    if (!self)
+        co_return;
+    if (failure) {
+        noteKeychainFailure(failure);
+        presentError(localizedMessage(failure));
         setStatusMessage(QStringLiteral("Couldn't remove the saved API key."));
-        return;
+        co_return;
     }
     rememberSavedAPIKey(std::nullopt);
+    setIsKeychainLocked(false);
     setStatusMessage(QStringLiteral("Saved API key removed."));
 }
 
-QString AppModel::validatedAPIKey()
+QCoro::Task<> AppModel::unlockSavedAPIKey()
+{
+    setErrorMessage(std::nullopt);
+    const QPointer<AppModel> self(this);
+    const auto keychain = m_services.keychainStore;
+    bool unlocked = false;
+    std::exception_ptr failure;
+    try {
+        unlocked = co_await keychain->unlock(KeychainStore::apiKeyAccount());
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    if (!self)
+        co_return;
+    if (failure) {
+        presentError(localizedMessage(failure));
+        co_return;
+    }
+    setIsKeychainLocked(!unlocked);
+    setStatusMessage(unlocked ? m_services.words->credentialStoreUnlockedStatus
+                              : m_services.words->credentialStoreStillLockedStatus);
+    // Whether a key is saved may only now be known; the key itself is read by the next
+    // dictation, as at launch.
+    if (unlocked)
+        co_await loadStoredAPIKeyMetadata();
+}
+
+QCoro::Task<APIKeyLookup> AppModel::validatedAPIKey() const
 {
     if (const std::optional<QString> known = m_apiKey.knownKey())
-        return *known;
-    // A read failure propagates as it is; only a definite answer changes the saved state.
-    QString stored =
-        m_services.keychainStore->loadString(KeychainStore::apiKeyAccount()).value_or(QString()).trimmed();
-    rememberSavedAPIKey(stored.isEmpty() ? std::nullopt : std::optional(stored));
-    if (stored.isEmpty())
+        co_return APIKeyLookup{*known, std::nullopt};
+    const auto keychain = m_services.keychainStore;
+    // A read failure propagates as it is.
+    const KeychainStore::StoredString stored = co_await keychain->loadString(KeychainStore::apiKeyAccount());
+    const QString key = stored.value.trimmed();
+    // A blank item is as good as none.
+    co_return APIKeyLookup{key, key.isEmpty() && stored.state == ItemState::present ? ItemState::absent : stored.state};
+}
+
+QCoro::Task<QString> AppModel::apiKeyForRequest()
+{
+    const QPointer<AppModel> self(this);
+    const APIKeyLookup lookup = co_await validatedAPIKey();
+    if (!self)
+        co_return lookup.key;
+    rememberAPIKeyLookup(lookup);
+    if (lookup.stored == ItemState::locked)
+        throw QuorlaError(QuorlaError::Kind::keychainLocked);
+    if (lookup.key.isEmpty())
         throw QuorlaError(QuorlaError::Kind::missingAPIKey);
-    return stored;
+    co_return lookup.key;
+}
+
+void AppModel::rememberAPIKeyLookup(const APIKeyLookup &lookup)
+{
+    if (!lookup.stored)
+        return;
+    // Locked is neither saved nor gone: the saved state stays as it was.
+    setIsKeychainLocked(*lookup.stored == ItemState::locked);
+    if (*lookup.stored != ItemState::locked)
+        rememberSavedAPIKey(*lookup.stored == ItemState::present ? std::optional(lookup.key) : std::nullopt);
+}
+
+void AppModel::noteKeychainFailure(const std::exception_ptr &error)
+{
+    try {
+        std::rethrow_exception(error);
+    } catch (const QuorlaError &quorla) {
+        if (quorla.kind() == QuorlaError::Kind::keychainLocked)
+            setIsKeychainLocked(true);
+    } catch (...) {
+    }
 }
 
 void AppModel::rememberSavedAPIKey(const std::optional<QString> &key)
@@ -69,17 +166,27 @@ void AppModel::rememberSavedAPIKey(const std::optional<QString> &key)
     m_services.preferences->setBool(PreferenceKeys::hasStoredAPIKey, key.has_value());
 }
 
-void AppModel::loadStoredAPIKeyMetadata()
+QCoro::Task<> AppModel::loadStoredAPIKeyMetadata()
 {
     const bool marker = m_services.preferences->boolValue(PreferenceKeys::hasStoredAPIKey).value_or(false);
-    bool exists = false;
+    setHasStoredAPIKey(marker);
+    const QPointer<AppModel> self(this);
+    const auto keychain = m_services.keychainStore;
+    std::optional<ItemState> state;
     try {
         // Only whether the item exists: the key itself is read by the first request.
-        exists = m_services.keychainStore->contains(KeychainStore::apiKeyAccount());
+        state = co_await keychain->contains(KeychainStore::apiKeyAccount());
     } catch (...) {
-        setHasStoredAPIKey(marker);
-        return;
     }
-    setHasStoredAPIKey(marker || exists);
-    m_services.preferences->setBool(PreferenceKeys::hasStoredAPIKey, marker || exists);
+    // A failed check, or a locked store, keeps the marker and writes nothing.
+    if (!self || !state)
+        co_return;
+    keepingDefaultStatus([&] {
+        setIsKeychainLocked(*state == ItemState::locked);
+        if (*state == ItemState::locked)
+            return;
+        const bool saved = marker || *state == ItemState::present;
+        setHasStoredAPIKey(saved);
+        m_services.preferences->setBool(PreferenceKeys::hasStoredAPIKey, saved);
+    });
 }

@@ -141,15 +141,24 @@ QCoro::Task<> AppModel::startRecording(DictationSource source)
         setStatusMessage(startFailureStatus(failedSource, m_triggerDisplay));
     };
 
+    const QPointer<AppModel> self(this);
     QString apiKey;
     try {
-        apiKey = validatedAPIKey();
+        apiKey = co_await apiKeyForRequest();
     } catch (...) {
-        failStart(effectiveSource(), std::current_exception());
+        if (self)
+            failStart(effectiveSource(), std::current_exception());
         co_return;
     }
+    if (!self)
+        co_return;
+    // Asked once per start; the answer comes on the event loop.
+    co_await refreshAccessibilityPermission();
+    // Another trigger may have started a session meanwhile.
+    if (!self || m_isBusy || m_isRecording)
+        co_return;
     setErrorMessage(std::nullopt);
-    refreshPermissions(true);
+    refreshLocalPermissions(true);
 
     DictationSession session;
     session.source = effectiveSource();
@@ -161,7 +170,7 @@ QCoro::Task<> AppModel::startRecording(DictationSource source)
     if (session.source == DictationSource::manual) {
         setStatusMessage(QStringLiteral("Requesting microphone access%1...").arg(language));
     } else {
-        refreshPermissions(false);
+        refreshLocalPermissions(false);
         if (m_accessibilityPermissionGranted) {
             // A command's target is whatever has focus as it arrives.
             ApplicationHandlePtr application =
@@ -186,12 +195,11 @@ QCoro::Task<> AppModel::startRecording(DictationSource source)
 
     bool grantedDuringThisStart = false;
     if (m_microphonePermissionState != PermissionState::authorized) {
-        const QPointer<AppModel> self(this);
         const auto recorder = m_services.audioRecorder;
         co_await recorder->requestPermission();
         if (!self)
             co_return;
-        refreshPermissions(false);
+        refreshLocalPermissions(false);
         grantedDuringThisStart = m_microphonePermissionState == PermissionState::authorized;
 
         // Another trigger may have started a session while the prompt was open.
@@ -281,7 +289,11 @@ QCoro::Task<> AppModel::stopRecordingAndTranscribe()
     const auto modelGone = [&self] { return !self; };
 
     try {
-        const QString apiKey = session ? session->apiKey : validatedAPIKey();
+        QString apiKey = session ? session->apiKey : QString();
+        if (!session)
+            apiKey = co_await apiKeyForRequest();
+        if (modelGone())
+            co_return;
         const AudioRecorder::FinishedRecording recording = m_services.audioRecorder->stopRecording();
         recordingPath = recording.fileURL;
 

@@ -6,17 +6,37 @@
 #include "services/AudioRecorder.h"
 #include "support/PlatformWords.h"
 
+#include <QPointer>
+
 void AppModel::refreshPermissions(bool refreshInputLanguage)
+{
+    refreshLocalPermissions(refreshInputLanguage);
+    refreshAccessibilityPermission();
+}
+
+void AppModel::refreshLocalPermissions(bool refreshInputLanguage)
 {
     setMicrophonePermissionState(m_services.audioRecorder->permissionState());
     if (refreshInputLanguage)
         refreshCurrentInputLanguageHint();
-    setAccessibilityPermissionGranted(m_services.accessibility->isProcessTrusted());
 }
 
-void AppModel::requestAccessibilityAccess()
+QCoro::Task<> AppModel::refreshAccessibilityPermission()
 {
-    const bool trusted = m_services.accessibility->requestTrust();
+    const QPointer<AppModel> self(this);
+    const auto accessibility = m_services.accessibility;
+    const bool trusted = co_await accessibility->isProcessTrusted();
+    if (self)
+        keepingDefaultStatus([&] { setAccessibilityPermissionGranted(trusted); });
+}
+
+QCoro::Task<> AppModel::requestAccessibilityAccess()
+{
+    const QPointer<AppModel> self(this);
+    const auto accessibility = m_services.accessibility;
+    const bool trusted = co_await accessibility->requestTrust();
+    if (!self)
+        co_return;
     setAccessibilityPermissionGranted(trusted);
     setErrorMessage(std::nullopt);
     setStatusMessage(trusted ? defaultStatusMessage() : m_services.words->accessibilityRequestStatus);
@@ -25,6 +45,8 @@ void AppModel::requestAccessibilityAccess()
 QString AppModel::defaultStatusMessage() const
 {
     const QString &trigger = m_triggerDisplay;
+    if (m_apiKey.keychainLocked)
+        return m_services.words->credentialStoreLocked;
     if (!m_apiKey.hasStoredKey)
         return QStringLiteral("Save your OpenAI API key, then focus a text field and hold %1 or press %1 + Space.")
             .arg(trigger);

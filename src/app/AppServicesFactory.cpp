@@ -24,10 +24,6 @@ AppServices makeAppServices(const PlatformBackends &backends, std::shared_ptr<Pr
     services.keychainStore = std::make_shared<KeychainStore>(backends.credentialStore,
                                                              QStringLiteral(QUORLA_APP_ID), *services.words);
     services.pushToTalkMonitor = std::make_shared<GlobalPushToTalkMonitor>(backends.keyboardHook, backends.workspace);
-    // The input opens as the trigger goes down, so words spoken before the hold is
-    // recognized reach the recording.
-    QObject::connect(services.pushToTalkMonitor.get(), &GlobalPushToTalkMonitor::triggerKeyChanged,
-                     services.audioRecorder.get(), &AudioRecorder::handleTriggerKeyChanged);
     services.textInsertionService = std::make_shared<TextInsertionService>(
         backends.accessibility, backends.keySynthesizer, backends.clipboard);
     services.inputSourceLanguageDetector = std::make_shared<InputSourceLanguageDetector>(backends.inputSource);

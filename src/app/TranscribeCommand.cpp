@@ -46,16 +46,19 @@ void writeLine(FILE *stream, const QString &text)
 }
 
 // The environment's key wins, as with other command-line tools; else the stored one.
-QString commandLineAPIKey()
+QCoro::Task<QString> commandLineAPIKey()
 {
     QString environmentKey = qEnvironmentVariable("OPENAI_API_KEY").trimmed();
     if (!environmentKey.isEmpty())
-        return environmentKey;
+        co_return environmentKey;
     KeychainStore keychain(makeCredentialStore(), QStringLiteral(QUORLA_APP_ID), PlatformWords::current());
-    QString storedKey = keychain.loadString(KeychainStore::apiKeyAccount()).value_or(QString()).trimmed();
+    const KeychainStore::StoredString stored = co_await keychain.loadString(KeychainStore::apiKeyAccount());
+    if (stored.state == KeychainStore::ItemState::locked)
+        throw QuorlaError(QuorlaError::Kind::keychainLocked);
+    QString storedKey = stored.value.trimmed();
     if (storedKey.isEmpty())
         throw QuorlaError(QuorlaError::Kind::missingAPIKey);
-    return storedKey;
+    co_return storedKey;
 }
 
 // The same request a dictation from the window would send: the stored settings, with
@@ -83,7 +86,7 @@ DictationRequest dictationRequest(const TranscribeOptions &options, const Prefer
 QCoro::Task<QString> transcribeFile(TranscribeOptions options, QNetworkAccessManager *network)
 {
     const PreferencesStore preferences(PreferencesStore::defaultFilePath());
-    const QString apiKey = commandLineAPIKey();
+    const QString apiKey = co_await commandLineAPIKey();
     const DictationPipeline pipeline(
         std::make_shared<OpenAIClient>(network, ServiceAddress::configuredAPIBaseURL(preferences)));
     const QString text = co_await pipeline.run(dictationRequest(options, preferences, apiKey));

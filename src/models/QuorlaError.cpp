@@ -10,6 +10,8 @@ QString QuorlaError::errorDescription(const PlatformWords &words) const
     case Kind::hotkeyRegistrationFailed:
     case Kind::textInsertionFailed:
         return m_payload;
+    case Kind::keychainLocked:
+        return words.credentialStoreLocked;
     case Kind::missingAPIKey:
         return QStringLiteral("Add your OpenAI API key first.");
     case Kind::microphonePermissionDenied:

@@ -12,6 +12,7 @@ public:
     enum class Kind {
         apiFailure,
         keychainFailure,
+        keychainLocked,
         hotkeyRegistrationFailed,
         textInsertionFailed,
         missingAPIKey,
@@ -35,7 +36,7 @@ public:
 
     [[nodiscard]] Kind kind() const { return m_kind; }
     [[nodiscard]] const QString &payload() const { return m_payload; }
-    // The message shown to the user; two fixed texts name settings places of the platform.
+    // The message shown to the user; three fixed texts name places or facilities of the platform.
     [[nodiscard]] QString errorDescription(const PlatformWords &words) const;
     const char *what() const noexcept override;
 

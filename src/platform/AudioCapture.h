@@ -27,9 +27,11 @@ public:
     // when the input refuses to start, or a PlatformError for file problems or a
     // missing encoder; no file is left behind then.
     virtual void start(const QString &filePath) = 0;
-    // Seconds of audio in the file so far; after stop(), of the finished file.
+    // Seconds recorded since start() (after stop(), in the finished file), not counting
+    // the prepared audio the file begins with.
     [[nodiscard]] virtual double currentTime() const = 0;
-    // The loudest channel-0 peak since the previous call, in dBFS, never below -160.
+    // The loudest channel-0 peak since the previous call (and since start(): the prepared
+    // audio is not counted), in dBFS, never below -160.
     virtual float takePeakPower() = 0;
     // Finishes the file (flushes the encoder) and closes the input. Throws the fault
     // that broke the recording, or a PlatformError when the file cannot be finished;

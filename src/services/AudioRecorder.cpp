@@ -18,10 +18,7 @@ AudioRecorder::AudioRecorder(std::shared_ptr<AudioCapture> capture, QString reco
     m_meterTimer.setInterval(100);
     connect(&m_meterTimer, &QTimer::timeout, this, &AudioRecorder::meterTick);
     m_releaseTimer.setSingleShot(true);
-    connect(&m_releaseTimer, &QTimer::timeout, this, [this] {
-        if (!isRecording())
-            m_capture->release();
-    });
+    connect(&m_releaseTimer, &QTimer::timeout, this, &AudioRecorder::endWarmUp);
 }
 
 QString AudioRecorder::defaultRecordingsDirectory()
@@ -109,13 +106,20 @@ void AudioRecorder::cancelRecording()
     QFile::remove(url);
 }
 
-void AudioRecorder::handleTriggerKeyChanged(bool down)
+void AudioRecorder::warmUp()
 {
     if (isRecording())
         return;
-    if (down)
-        m_capture->prepare();
-    m_releaseTimer.start(down ? releaseWhileTriggerHeld : releaseAfterTriggerUp);
+    m_capture->prepare();
+    m_releaseTimer.start(longestWarmUp);
+}
+
+void AudioRecorder::endWarmUp()
+{
+    if (isRecording())
+        return;
+    m_releaseTimer.stop();
+    m_capture->release();
 }
 
 void AudioRecorder::becomeIdle()

@@ -13,8 +13,8 @@
 class AudioCapture;
 
 // Records one dictation at a time into "<temp>/Quorla/<UUID>.m4a" and keeps the
-// loudest level reached, polled every 0.1 s. Opens the input as soon as the trigger
-// goes down, so the first syllable, spoken before the hold is recognized, is kept.
+// loudest level reached, polled every 0.1 s. Can open the input ahead of a recording
+// (a warm-up), so the first syllable, spoken before the hold is recognized, is kept.
 class AudioRecorder : public QObject
 {
     Q_OBJECT
@@ -26,10 +26,9 @@ public:
         float maxPeakPower = -160.0f;
     };
 
-    // How long a warmed-up input stays open without a recording: after the trigger
-    // goes up (a tap), and at most while it is held (a lost key-up).
-    static constexpr std::chrono::milliseconds releaseAfterTriggerUp{250};
-    static constexpr std::chrono::milliseconds releaseWhileTriggerHeld{2000};
+    // The longest a warmed-up input stays open without a recording (a lost key-up, a
+    // start that never came).
+    static constexpr std::chrono::milliseconds longestWarmUp{2000};
 
     explicit AudioRecorder(std::shared_ptr<AudioCapture> capture, QString recordingsDirectory = {},
                            QObject *parent = nullptr);
@@ -51,9 +50,11 @@ public:
     // Ends the recording and deletes its file; does nothing when idle.
     void cancelRecording();
 
-    // Warms the input up when the trigger goes down and lets it go soon after it goes
-    // up, unless a recording started in between.
-    void handleTriggerKeyChanged(bool down);
+    // Opens the input ahead of a likely recording; does nothing while recording.
+    void warmUp();
+    // Closes a warmed-up input at once, as when the press turned out to be no
+    // dictation; does nothing while recording.
+    void endWarmUp();
 
     [[nodiscard]] bool isRecording() const { return m_currentRecordingURL.has_value(); }
     [[nodiscard]] float maxPeakPower() const { return m_maxPeakPower; }

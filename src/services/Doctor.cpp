@@ -210,6 +210,16 @@ DoctorCheck keyringCheck(const CredentialStore::Result &collection)
                 QStringLiteral("Restart your keyring app, or log out and in again."));
 }
 
+// The stored key, when there is one and it can be read.
+QCoro::Task<CredentialStore::Result> storedAPIKey(std::shared_ptr<CredentialStore> credentials)
+{
+    const CredentialStore::Result found =
+        co_await credentials->exists(QStringLiteral(QUORLA_APP_ID), KeychainStore::apiKeyAccount());
+    if (found.outcome != Outcome::success)
+        co_return found;
+    co_return co_await credentials->copy(QStringLiteral(QUORLA_APP_ID), KeychainStore::apiKeyAccount());
+}
+
 DoctorCheck keyCheck(const CredentialStore::Result &stored)
 {
     switch (stored.outcome) {
@@ -246,10 +256,6 @@ QCoro::Task<QList<DoctorCheck>> Doctor::run()
 
     const std::shared_ptr<DesktopProbe> desktop = m_backends.desktop;
     const std::shared_ptr<CredentialStore> credentials = m_backends.credentials;
-    struct StoredKey {
-        CredentialStore::Result result;
-        QByteArray value;
-    };
     QFuture<DesktopProbe::Session> session = onWorkerThread([desktop] { return desktop->session(); });
     // One thread for both X11 questions: Xlib keeps its extension records process-wide.
     QFuture<std::pair<DesktopProbe::TriggerAccess, bool>> keys = onWorkerThread([desktop, key] {
@@ -257,14 +263,9 @@ QCoro::Task<QList<DoctorCheck>> Doctor::run()
     });
     QFuture<DesktopProbe::AccessibilityBus> bus = onWorkerThread([desktop] { return desktop->accessibilityBus(); });
     QFuture<DesktopProbe::AudioServer> audioServer = onWorkerThread([desktop] { return desktop->audioServer(); });
-    QFuture<CredentialStore::Result> collection = onWorkerThread([credentials] { return credentials->defaultCollection(); });
-    QFuture<StoredKey> stored = onWorkerThread([credentials] {
-        StoredKey key;
-        key.result = credentials->exists(QStringLiteral(QUORLA_APP_ID), KeychainStore::apiKeyAccount());
-        if (key.result.outcome == Outcome::success)
-            key.result = credentials->copy(QStringLiteral(QUORLA_APP_ID), KeychainStore::apiKeyAccount(), &key.value);
-        return key;
-    });
+    // The keyring answers on this thread's event loop; both questions start now.
+    QCoro::Task<CredentialStore::Result> collection = credentials->defaultCollection();
+    QCoro::Task<CredentialStore::Result> stored = storedAPIKey(credentials);
 
     const DesktopProbe::Session sessionAnswer = co_await session;
     checks.append(sessionCheck(sessionAnswer));
@@ -285,8 +286,8 @@ QCoro::Task<QList<DoctorCheck>> Doctor::run()
     }
     const CredentialStore::Result collectionAnswer = co_await collection;
     checks.append(keyringCheck(collectionAnswer));
-    const StoredKey storedAnswer = co_await stored;
-    checks.append(keyCheck(storedAnswer.result));
+    const CredentialStore::Result storedAnswer = co_await stored;
+    checks.append(keyCheck(storedAnswer));
 
     const QString apiKey = QString::fromUtf8(storedAnswer.value).trimmed();
     const QString address = preferenceAddress.value_or(QString());

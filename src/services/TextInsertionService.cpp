@@ -66,7 +66,7 @@ TextInsertionService::TextInsertionService(std::shared_ptr<Accessibility> access
 QCoro::Task<void> TextInsertionService::insert(QString text, TextInsertionTarget target, bool restoreClipboard,
                                                bool replaceTriggerSpace)
 {
-    if (!m_accessibility->isProcessTrusted()) {
+    if (!co_await m_accessibility->isProcessTrusted()) {
         qCWarning(lcInsertion) << "not inserted: accessibility is not granted";
         throw QuorlaError(QuorlaError::Kind::accessibilityPermissionDenied);
     }

@@ -6,6 +6,7 @@
 #include "app/DoctorCommand.h"
 #include "app/TranscribeCommand.h"
 #include "shell/DictationControl.h"
+#include "shell/HeapTuning.h"
 #include "shell/MainWindowController.h"
 #include "shell/SingleInstance.h"
 #include "shell/TrayIcon.h"
@@ -28,6 +29,7 @@ int main(int argc, char *argv[])
     LaunchOptions launch;
     if (const auto status = answeredCommandLine(argc, argv, &launch))
         return *status;
+    restartWithoutFreedBlockCache(argv);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral(QUORLA_APP_NAME));
     QApplication::setApplicationVersion(QStringLiteral(QUORLA_VERSION));

@@ -18,6 +18,8 @@ KeychainStore::KeychainStore(std::shared_ptr<CredentialStore> store, QString ser
 
 QuorlaError KeychainStore::failure(const QString &message, const Result &result) const
 {
+    if (result.outcome == Outcome::interactionNotAllowed)
+        return QuorlaError(QuorlaError::Kind::keychainLocked);
     QString text = message.arg(result.status);
     // Without any credential service the status alone tells the user nothing.
     if (result.outcome == Outcome::serviceUnavailable && !m_words.credentialServiceUnavailable.isEmpty())
@@ -25,36 +27,36 @@ QuorlaError KeychainStore::failure(const QString &message, const Result &result)
     return QuorlaError::keychainFailure(text);
 }
 
-void KeychainStore::saveString(const QString &value, const QString &account)
+QCoro::Task<> KeychainStore::saveString(QString value, QString account)
 {
     const QByteArray data = value.toUtf8();
-    const auto updated = m_store->update(m_service, account, data);
+    const Result updated = co_await m_store->update(m_service, account, data);
     if (updated.outcome == Outcome::success)
-        return;
+        co_return;
     if (updated.outcome != Outcome::itemNotFound)
         throw failure(m_words.credentialUpdateFailure, updated);
-    const auto added = m_store->add(m_service, account, data);
+    const Result added = co_await m_store->add(m_service, account, data);
     if (added.outcome != Outcome::success)
         throw failure(m_words.credentialSaveFailure, added);
 }
 
-std::optional<QString> KeychainStore::loadString(const QString &account)
+QCoro::Task<KeychainStore::StoredString> KeychainStore::loadString(QString account)
 {
-    QByteArray data;
-    const auto result = m_store->copy(m_service, account, &data);
+    const Result result = co_await m_store->copy(m_service, account);
     switch (result.outcome) {
     case Outcome::success: {
         // A leading byte-order mark is part of the stored value, not a hint.
         QStringDecoder decoder(QStringDecoder::Utf8,
                                QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
-        const QString text = decoder.decode(data);
+        QString text = decoder.decode(result.value);
         if (decoder.hasError())
-            return std::nullopt;
-        return text;
+            co_return StoredString{};
+        co_return StoredString{ItemState::present, std::move(text)};
     }
     case Outcome::itemNotFound:
+        co_return StoredString{};
     case Outcome::interactionNotAllowed:
-        return std::nullopt;
+        co_return StoredString{ItemState::locked, QString()};
     case Outcome::serviceUnavailable:
     case Outcome::failure:
         break;
@@ -62,20 +64,36 @@ std::optional<QString> KeychainStore::loadString(const QString &account)
     throw failure(m_words.credentialReadFailure, result);
 }
 
-bool KeychainStore::contains(const QString &account)
+QCoro::Task<KeychainStore::ItemState> KeychainStore::contains(QString account)
 {
-    const auto result = m_store->exists(m_service, account);
-    if (result.outcome == Outcome::success)
-        return true;
-    if (result.outcome == Outcome::itemNotFound)
-        return false;
+    const Result result = co_await m_store->exists(m_service, account);
+    switch (result.outcome) {
+    case Outcome::success:
+        co_return ItemState::present;
+    case Outcome::itemNotFound:
+        co_return ItemState::absent;
+    case Outcome::interactionNotAllowed:
+        co_return ItemState::locked;
+    case Outcome::serviceUnavailable:
+    case Outcome::failure:
+        break;
+    }
     throw failure(m_words.credentialCheckFailure, result);
 }
 
-void KeychainStore::deleteItem(const QString &account)
+QCoro::Task<> KeychainStore::deleteItem(QString account)
 {
-    const auto result = m_store->remove(m_service, account);
-    if (result.outcome == Outcome::success || result.outcome == Outcome::itemNotFound)
-        return;
-    throw failure(m_words.credentialDeleteFailure, result);
+    const Result result = co_await m_store->remove(m_service, account);
+    if (result.outcome != Outcome::success && result.outcome != Outcome::itemNotFound)
+        throw failure(m_words.credentialDeleteFailure, result);
+}
+
+QCoro::Task<bool> KeychainStore::unlock(QString account)
+{
+    const Result result = co_await m_store->unlock(m_service, account);
+    if (result.outcome == Outcome::success)
+        co_return true;
+    if (result.outcome == Outcome::interactionNotAllowed)
+        co_return false;
+    throw failure(m_words.credentialUnlockFailure, result);
 }

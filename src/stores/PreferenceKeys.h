@@ -12,6 +12,7 @@ inline const QString transcriptionMode = QStringLiteral("transcriptionMode");
 inline const QString translationLanguageCode = QStringLiteral("translationLanguageCode");
 inline const QString autoCopyTranscript = QStringLiteral("autoCopyTranscript");
 inline const QString showMenuBarIcon = QStringLiteral("showMenuBarIcon");
+inline const QString startListeningOnTriggerDown = QStringLiteral("startListeningOnTriggerDown");
 inline const QString typedCharacterCount = QStringLiteral("typedCharacterCount");
 inline const QString typedWordCount = QStringLiteral("typedWordCount");
 inline const QString hasStoredAPIKey = QStringLiteral("hasStoredAPIKey");

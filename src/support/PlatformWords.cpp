@@ -32,6 +32,13 @@ const PlatformWords &PlatformWords::macOS()
         .credentialCheckFailure = QStringLiteral("Couldn't check Keychain item (status %1)."),
         .credentialDeleteFailure = QStringLiteral("Couldn't remove the saved API key (status %1)."),
         .credentialServiceUnavailable = QString(),
+        .credentialUnlockFailure = QStringLiteral("Couldn't unlock Keychain (status %1)."),
+        .credentialStoreLocked = QStringLiteral(
+            "Keychain is locked, so Quorla can't use the saved API key. Click Unlock Keychain, or "
+            "unlock it in Keychain Access."),
+        .unlockCredentialStoreAction = QStringLiteral("Unlock Keychain"),
+        .credentialStoreUnlockedStatus = QStringLiteral("Keychain unlocked."),
+        .credentialStoreStillLockedStatus = QStringLiteral("Keychain is still locked."),
         .followsInputLanguage = QStringLiteral("Follows the current macOS input language."),
         .onboardingMicrophoneDenied = QStringLiteral(
             "Enable microphone access in System Settings before recording dictation."),
@@ -80,6 +87,13 @@ const PlatformWords &PlatformWords::linuxDesktop()
         .credentialServiceUnavailable = QStringLiteral(
             "No Secret Service is running: start one, for example GNOME Keyring or KeePassXC, and "
             "try again."),
+        .credentialUnlockFailure = QStringLiteral("Couldn't unlock the keyring (status %1)."),
+        .credentialStoreLocked = QStringLiteral(
+            "The keyring is locked, so Quorla can't use the saved API key. Click Unlock Keyring, or "
+            "unlock it in your desktop's passwords app."),
+        .unlockCredentialStoreAction = QStringLiteral("Unlock Keyring"),
+        .credentialStoreUnlockedStatus = QStringLiteral("Keyring unlocked."),
+        .credentialStoreStillLockedStatus = QStringLiteral("The keyring is still locked."),
         .followsInputLanguage = QStringLiteral("Follows the current keyboard layout's language."),
         .onboardingMicrophoneDenied = QStringLiteral(
             "Enable microphone access in Settings > Sound before recording dictation."),

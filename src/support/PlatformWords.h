@@ -20,6 +20,11 @@ struct PlatformWords {
     QString credentialCheckFailure;       // %1 = status
     QString credentialDeleteFailure;      // %1 = status
     QString credentialServiceUnavailable; // follows a credential failure when no store runs at all
+    QString credentialUnlockFailure;      // %1 = status
+    QString credentialStoreLocked;        // what is locked and how to unlock it
+    QString unlockCredentialStoreAction;
+    QString credentialStoreUnlockedStatus;
+    QString credentialStoreStillLockedStatus;
     QString followsInputLanguage;
     QString onboardingMicrophoneDenied;
     QString onboardingMicrophoneNotDetermined;

@@ -54,7 +54,7 @@ protected:
     {
         resident.kill();
         resident.waitForFinished(5000);
-        keyring.remove(QUORLA_APP_ID, "openai-api-key");
+        QCoro::waitFor(keyring.remove(QUORLA_APP_ID, "openai-api-key"));
     }
 
     Outcome quorla(const QStringList &arguments) { return run(QUORLA_BINARY, arguments, environment, home.path()); }
@@ -84,7 +84,7 @@ TEST_F(QuorlaBinary, dictationCommandsTheAppsLifeDoctorAndTranscribe)
               Outcome(1, QString(), "Quorla is not running. Start it with `quorla`.\n"));
     ASSERT_EQ(std::get<0>(run("espeak-ng", {"-w", home.filePath("speech.wav"), "hello world"})), 0);
 
-    ASSERT_EQ(keyring.add(QUORLA_APP_ID, "openai-api-key", "sk-command").outcome, CredentialStore::Outcome::success);
+    ASSERT_EQ(QCoro::waitFor(keyring.add(QUORLA_APP_ID, "openai-api-key", "sk-command")).outcome, CredentialStore::Outcome::success);
     resident.setProcessEnvironment(environment);
     resident.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     resident.start(QUORLA_BINARY, {});

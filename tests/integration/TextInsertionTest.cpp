@@ -42,7 +42,7 @@ protected:
     void SetUp() override
     {
         ASSERT_FALSE(qEnvironmentVariableIsEmpty("DISPLAY")) << "needs the headless desktop";
-        ASSERT_TRUE(accessibility->requestTrust()) << "the accessibility bus is off or unreachable";
+        ASSERT_TRUE(QCoro::waitFor(accessibility->requestTrust())) << "the accessibility bus is off or unreachable";
     }
 
     // Starts a target and returns its application handle once its window is the active one
@@ -89,9 +89,9 @@ TEST_F(TextInsertionTest, typesIntoQtWidgetsAndGtkAndPastesIntoQtQuickUnderANonL
     const QStringList off{"--session", "--print-reply", "--dest=org.a11y.Bus", "/org/a11y/bus",
                           "org.freedesktop.DBus.Properties.Set", "string:org.a11y.Status", "string:IsEnabled", "variant:boolean:false"};
     ASSERT_EQ(QProcess::execute("dbus-send", off), 0);
-    EXPECT_FALSE(accessibility->isProcessTrusted());
-    EXPECT_TRUE(accessibility->requestTrust());
-    EXPECT_TRUE(accessibility->isProcessTrusted());
+    EXPECT_FALSE(QCoro::waitFor(accessibility->isProcessTrusted()));
+    EXPECT_TRUE(QCoro::waitFor(accessibility->requestTrust()));
+    EXPECT_TRUE(QCoro::waitFor(accessibility->isProcessTrusted()));
     const struct {
         QString toolkit, typed, followed;
     } fields[] = {

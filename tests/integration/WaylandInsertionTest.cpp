@@ -44,7 +44,7 @@ protected:
     {
         if (display.isEmpty())
             GTEST_SKIP() << "no headless sway (QUORLA_TEST_WAYLAND_DISPLAY)";
-        ASSERT_TRUE(accessibility->requestTrust()) << "the accessibility bus is off or unreachable";
+        ASSERT_TRUE(QCoro::waitFor(accessibility->requestTrust())) << "the accessibility bus is off or unreachable";
         ASSERT_TRUE(clipboard && keys && user) << "sway offers data control and virtual keyboards";
         environment.insert("WAYLAND_DISPLAY", display);
         environment.insert("QT_QPA_PLATFORM", "wayland");

@@ -50,8 +50,8 @@ private:
 class FakeAccessibility : public Accessibility
 {
 public:
-    bool isProcessTrusted() override { return trusted; }
-    bool requestTrust() override { return trusted = trusted || grantsOnRequest; }
+    QCoro::Task<bool> isProcessTrusted() override { co_return trusted; }
+    QCoro::Task<bool> requestTrust() override { co_return trusted = trusted || grantsOnRequest; }
     std::unique_ptr<AccessibleElement> focusedElement(qint64 processIdentifier) override
     {
         queriedProcesses.append(processIdentifier);

@@ -15,35 +15,48 @@ public:
                       add,
                       copy,
                       exists,
-                      remove };
+                      remove,
+                      unlock };
 
-    Result update(const QString &service, const QString &account, const QByteArray &value) override
+    // Answers at once, as a store on a fast bus would.
+    QCoro::Task<Result> update(QString service, QString account, QByteArray value) override
     {
         if (!items.contains(key(service, account)))
-            return planned(Call::update, {Outcome::itemNotFound, 0});
-        return changed(Call::update, [&] { items.insert(key(service, account), value); });
+            co_return planned(Call::update, {Outcome::itemNotFound, 0});
+        co_return changed(Call::update, [&] { items.insert(key(service, account), value); });
     }
-    Result add(const QString &service, const QString &account, const QByteArray &value) override
+    QCoro::Task<Result> add(QString service, QString account, QByteArray value) override
     {
-        return changed(Call::add, [&] { items.insert(key(service, account), value); });
+        co_return changed(Call::add, [&] { items.insert(key(service, account), value); });
     }
-    Result copy(const QString &service, const QString &account, QByteArray *value) override
-    {
-        if (!items.contains(key(service, account)))
-            return planned(Call::copy, {Outcome::itemNotFound, 0});
-        return changed(Call::copy, [&] { *value = items.value(key(service, account)); });
-    }
-    Result exists(const QString &service, const QString &account) override
-    {
-        return planned(Call::exists, items.contains(key(service, account)) ? Result{} : Result{Outcome::itemNotFound, 0});
-    }
-    Result remove(const QString &service, const QString &account) override
+    QCoro::Task<Result> copy(QString service, QString account) override
     {
         if (!items.contains(key(service, account)))
-            return planned(Call::remove, {Outcome::itemNotFound, 0});
-        return changed(Call::remove, [&] { items.remove(key(service, account)); });
+            co_return planned(Call::copy, {Outcome::itemNotFound, 0});
+        Result read = changed(Call::copy, [] {});
+        if (read.outcome == Outcome::success)
+            read.value = items.value(key(service, account));
+        co_return read;
     }
-    Result defaultCollection() override { return failure.value_or(collection); }
+    QCoro::Task<Result> exists(QString service, QString account) override
+    {
+        co_return planned(Call::exists, items.contains(key(service, account)) ? Result{} : Result{Outcome::itemNotFound, 0});
+    }
+    QCoro::Task<Result> remove(QString service, QString account) override
+    {
+        if (!items.contains(key(service, account)))
+            co_return planned(Call::remove, {Outcome::itemNotFound, 0});
+        co_return changed(Call::remove, [&] { items.remove(key(service, account)); });
+    }
+    QCoro::Task<Result> defaultCollection() override { co_return failure.value_or(collection); }
+    // The user answers the prompt by unlocking: every planned failure goes.
+    QCoro::Task<Result> unlock(QString, QString) override
+    {
+        const Result answer = planned(Call::unlock, Result{});
+        if (answer.outcome == Outcome::success)
+            failure.reset(), failures.clear();
+        co_return answer;
+    }
 
     QHash<QString, QByteArray> items;
     Result collection; // what defaultCollection() answers

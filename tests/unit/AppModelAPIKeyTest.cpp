@@ -1,4 +1,5 @@
 #include "ModelTest.h"
+#include "TaskResult.h"
 
 #include "AppInfo.h"
 #include "models/QuorlaError.h"
@@ -12,19 +13,18 @@ using Outcome = CredentialStore::Outcome;
 const QString itemKey = QStringLiteral(QUORLA_APP_ID "/openai-api-key");
 const QString &marker = PreferenceKeys::hasStoredAPIKey;
 const QString missingKey = QStringLiteral("Add your OpenAI API key first.");
+const QString lockedKeychain = PlatformWords::macOS().credentialStoreLocked;
 
 class AppModelAPIKeyTest : public ModelTest
 {
 protected:
     std::optional<bool> storedMarker() const { return stored().boolValue(marker); }
-    QString keyError(AppModel &model)
+    // The key a request would use, or why there is none.
+    static QString keyFor(AppModel &model)
     {
-        try {
-            (void)model.validatedAPIKey();
-        } catch (const QuorlaError &error) {
-            return model.localizedMessage(error);
-        }
-        return model.validatedAPIKey();
+        const TaskResult<APIKeyLookup> lookup = waitForResult(model.validatedAPIKey());
+        return lookup.error ? lookup.errorText() : lookup.value->key.isEmpty() ? missingKey
+                                                                               : lookup.value->key;
     }
 };
 
@@ -66,32 +66,56 @@ TEST_F(AppModelAPIKeyTest, savingAndClearingTheKey)
         EXPECT_EQ(model.apiKeyDraft(), c.draftAfter);
         model.setApiKeyDraft(QString());
         if (!c.fails) { // no stale cached copy
-            EXPECT_EQ(keyError(model), c.item ? QString(*c.item) : missingKey);
+            EXPECT_EQ(keyFor(model), c.item ? QString(*c.item) : missingKey);
         }
     }
 }
 
-// A read failure changes nothing; an item deleted (or blanked) behind Quorla's back
-// clears the saved state.
-TEST_F(AppModelAPIKeyTest, theSavedKeyIsReadTrimmedOnceAndTrustedUntilItGoes)
+// Looking the key up writes nothing; the dictation start records what the keyring
+// said. A read failure changes nothing, a locked keyring keeps the saved state, and an
+// item deleted (or blanked) behind Quorla's back clears it.
+TEST_F(AppModelAPIKeyTest, aStartRecordsWhatTheKeyringSaid)
 {
-    fixture.credentials->items[itemKey] = " sk-from-keyring\n";
-    AppModel &model = fixture.makeModel();
-    fixture.credentials->failures[Call::copy] = {Outcome::failure, 9};
-    EXPECT_EQ(keyError(model), "Couldn't read the API key from Keychain (status 9).");
-    EXPECT_TRUE(model.hasStoredAPIKey());
-    fixture.credentials->failures.clear();
-    EXPECT_EQ(model.validatedAPIKey(), "sk-from-keyring");
+    const struct {
+        const char *name;
+        QByteArray item;
+        std::optional<CredentialStore::Result> readFailure;
+        QString error;
+        bool savedAfter, lockedAfter;
+    } cases[] = {
+        {"read and trimmed", " sk-from-keyring\n", {}, "", true, false},
+        {"blank", " \n", {}, missingKey, false, false},
+        {"failed", "sk-any", CredentialStore::Result{Outcome::failure, 9}, "Couldn't read the API key from Keychain (status 9).", true, false},
+        {"locked", "sk-locked", CredentialStore::Result{Outcome::interactionNotAllowed, 2}, lockedKeychain, true, true},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        writePreferences(R"({"hasStoredAPIKey": true})");
+        fixture.credentials->items = {{itemKey, c.item}};
+        fixture.credentials->failures.clear();
+        if (c.readFailure)
+            fixture.credentials->failures[Call::copy] = *c.readFailure;
+        AppModel &model = fixture.makeModel();
+        (void)keyFor(model);
+        EXPECT_EQ(storedMarker(), true);
+        ASSERT_TRUE(waitForDone(model.globalPressToTalkBegan()));
+        EXPECT_EQ(model.errorMessage().value_or(""), c.error);
+        EXPECT_EQ(model.isRecording(), c.error.isEmpty());
+        EXPECT_EQ(model.hasStoredAPIKey(), c.savedAfter);
+        EXPECT_EQ(storedMarker(), c.savedAfter);
+        EXPECT_EQ(model.isKeychainLocked(), c.lockedAfter);
+    }
+    // Unlocking, only when asked, lets the next start read the key; no restart needed.
+    AppModel &model = fixture.model();
+    model.unlockKeychain();
+    EXPECT_EQ(model.statusMessage(), "Keychain unlocked.");
+    EXPECT_FALSE(model.isKeychainLocked());
+    ASSERT_TRUE(waitForDone(model.globalPressToTalkBegan()));
+    EXPECT_TRUE(model.isRecording());
     fixture.credentials->failure = CredentialStore::Result{Outcome::failure, 5};
-    EXPECT_EQ(model.validatedAPIKey(), "sk-from-keyring");
+    EXPECT_EQ(keyFor(model), "sk-locked"); // read once, then kept
     model.setApiKeyDraft("\tsk-typed \n"); // an unsaved draft wins
-    EXPECT_EQ(model.validatedAPIKey(), "sk-typed");
-
-    fixture.credentials->failure.reset();
-    fixture.credentials->items[itemKey] = " \n";
-    EXPECT_EQ(keyError(fixture.makeModel()), missingKey);
-    EXPECT_FALSE(fixture.model().hasStoredAPIKey());
-    EXPECT_EQ(storedMarker(), false);
+    EXPECT_EQ(keyFor(model), "sk-typed");
 }
 
 TEST_F(AppModelAPIKeyTest, theMarkerAtLaunchCombinesTheDefaultsAndTheKeyring)
@@ -117,6 +141,7 @@ TEST_F(AppModelAPIKeyTest, theMarkerAtLaunchCombinesTheDefaultsAndTheKeyring)
         AppModel &model = fixture.makeModel();
         EXPECT_EQ(model.hasStoredAPIKey(), c.expected);
         EXPECT_EQ(storedMarker(), c.persisted);
+        EXPECT_EQ(model.isKeychainLocked(), c.checkFails);
         EXPECT_EQ(model.errorMessage(), std::nullopt);
     }
 }

@@ -51,7 +51,6 @@ TEST_F(AppModelTriggerKeyTest, holdingTheTriggerRecordsUntilItIsReleased)
     model.startAppServices();
 
     fixture.keyboard->trigger(true);
-    EXPECT_TRUE(fixture.audio->prepared) << "the input opens with the key";
     EXPECT_TRUE(QTest::qWaitFor([&] { return model.isRecording(); }, 2000));
     EXPECT_TRUE(fixture.audio->recording);
     fixture.keyboard->trigger(false);
@@ -71,6 +70,57 @@ TEST_F(AppModelTriggerKeyTest, holdingTheTriggerRecordsUntilItIsReleased)
     QTest::qWait(200);
     EXPECT_FALSE(model.isRecording());
     EXPECT_EQ(fixture.speech->requests.size(), 1);
+}
+
+// The microphone opens with the key only for a press that can start a dictation now,
+// and a tap closes it at once; a toggle's start, still on its way, finds it open.
+TEST_F(AppModelTriggerKeyTest, theInputOpensWithTheKeyOnlyWhenADictationCanStart)
+{
+    AppModel &model = fixture.makeModel();
+    model.startAppServices();
+    const auto tapOpens = [this] {
+        fixture.keyboard->trigger(true);
+        const bool opened = fixture.audio->prepared;
+        fixture.keyboard->trigger(false);
+        EXPECT_FALSE(fixture.audio->prepared) << "a tap closes it at once";
+        return opened;
+    };
+    std::optional<bool> openedWhileBusy;
+    fixture.speech->transcribeReply = [&]() -> QCoro::Task<QString> {
+        openedWhileBusy = tapOpens();
+        co_return "hello";
+    };
+    const std::tuple<const char *, std::function<void()>, bool> cases[] = {
+        {"no key", [] {}, false},
+        {"ready", [&] { model.setApiKeyDraft("sk-test"); }, true},
+        {"turned off", [&] { model.setStartListeningOnTriggerDown(false); }, false},
+        {"microphone denied", [&] {
+             model.setStartListeningOnTriggerDown(true);
+             fixture.audio->permission = PermissionState::denied;
+             model.refreshPermissions(false);
+         },
+         false},
+    };
+    for (const auto &[name, arrange, opens] : cases) {
+        arrange();
+        EXPECT_EQ(tapOpens(), opens) << name;
+    }
+
+    fixture.audio->permission = PermissionState::authorized;
+    model.refreshPermissions(false);
+    QCoro::waitFor(model.startManualRecording());
+    QCoro::waitFor(model.stopRecordingAndTranscribe());
+    EXPECT_EQ(openedWhileBusy, false);
+
+    fixture.keyboard->trigger(true);
+    fixture.keyboard->otherKey();
+    EXPECT_FALSE(fixture.audio->prepared) << "a shortcut closes it at once";
+    fixture.keyboard->trigger(false);
+
+    fixture.keyboard->trigger(true);
+    fixture.keyboard->spaceDown(false, true);
+    fixture.keyboard->trigger(false);
+    EXPECT_TRUE(fixture.audio->prepared);
 }
 
 } // namespace

@@ -77,16 +77,4 @@ TEST_F(AudioRecorderTest, everyWayOfEndingWithoutARecordingLeavesNoFile)
     EXPECT_FALSE(blocked.isRecording());
 }
 
-TEST_F(AudioRecorderTest, theTriggerWarmsTheInputUpAndOnlyATapLetsItGo)
-{
-    recorder.handleTriggerKeyChanged(true); // opening it is shown through the model
-    recorder.handleTriggerKeyChanged(false);
-    QTRY_VERIFY_WITH_TIMEOUT(!capture->prepared, 2000);
-    recorder.handleTriggerKeyChanged(true);
-    recorder.startRecording();
-    recorder.handleTriggerKeyChanged(false);
-    QTest::qWait(int(AudioRecorder::releaseAfterTriggerUp.count()) * 2);
-    EXPECT_TRUE(capture->recording) << "a hold's recording outlives the key-up";
-}
-
 } // namespace

@@ -1,8 +1,7 @@
 #include "FakeCredentialStore.h"
+#include "TaskResult.h"
 
-#include "models/QuorlaError.h"
 #include "stores/KeychainStore.h"
-#include "support/PlatformWords.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -11,50 +10,53 @@ namespace {
 
 using Call = FakeCredentialStore::Call;
 using Outcome = CredentialStore::Outcome;
+using ItemState = KeychainStore::ItemState;
 
 const QString account = KeychainStore::apiKeyAccount();
 const QString itemKey = "app.quorla.Test/openai-api-key";
 
 struct KeychainStoreTest : ::testing::Test {
-    QString failureOf(const std::function<void(KeychainStore &)> &operation, PlatformWords words = PlatformWords::macOS())
+    QString failureOf(const std::function<QCoro::Task<>(KeychainStore &)> &operation,
+                      PlatformWords words = PlatformWords::macOS())
     {
         KeychainStore store(fake, "app.quorla.Test", words);
-        try {
-            operation(store);
-        } catch (const QuorlaError &error) {
-            return error.kind() == QuorlaError::Kind::keychainFailure ? error.payload() : "wrong kind";
-        }
-        return "no failure";
+        const auto run = [&]() -> QCoro::Task<bool> { co_await operation(store); co_return true; };
+        const TaskResult<bool> result = waitForResult(run());
+        return result.error ? result.errorText() : "no failure";
     }
+    KeychainStore::StoredString loaded() { return waitForResult(store.loadString(account)).value.value_or(KeychainStore::StoredString{}); }
     std::shared_ptr<FakeCredentialStore> fake = std::make_shared<FakeCredentialStore>();
     KeychainStore store{fake, "app.quorla.Test", PlatformWords::macOS()};
 };
 
-TEST_F(KeychainStoreTest, savingUpdatesOrAddsAndLoadingAnswersAbsentForNoUsableKey)
+// A locked item is neither there nor gone.
+TEST_F(KeychainStoreTest, savingUpdatesOrAddsAndLoadingTellsLockedFromAbsent)
 {
-    store.saveString("sk-ü", account);
+    ASSERT_TRUE(waitForDone(store.saveString("sk-ü", account)));
     EXPECT_EQ(fake->items, (QHash<QString, QByteArray>{{itemKey, "sk-\xc3\xbc"}}));
-    EXPECT_EQ(store.loadString(account), "sk-ü");
+    EXPECT_EQ(loaded().value, "sk-ü");
     fake->items[itemKey] = "sk-\xe2\x82"; // cut short inside a character
-    EXPECT_EQ(store.loadString(account), std::nullopt);
-    fake->items[itemKey] = "sk-locked";
-    fake->failures[Call::copy] = {Outcome::interactionNotAllowed, 2};
-    EXPECT_EQ(store.loadString(account), std::nullopt);
+    EXPECT_EQ(loaded().state, ItemState::absent);
+    fake->failures[Call::copy] = fake->failures[Call::exists] = {Outcome::interactionNotAllowed, 2};
+    EXPECT_EQ(loaded().state, ItemState::locked);
+    EXPECT_EQ(waitForResult(store.contains(account)).value, ItemState::locked);
     fake->failures[Call::remove] = {Outcome::itemNotFound, 0};
-    EXPECT_NO_THROW(store.deleteItem(account));
+    EXPECT_EQ(failureOf([](KeychainStore &s) { return s.deleteItem(account); }), "no failure");
 }
 
 TEST_F(KeychainStoreTest, failuresCarryTheStatusInTheirOperationsMessage)
 {
-    const auto save = [](KeychainStore &s) { s.saveString("k", account); };
+    const auto save = [](KeychainStore &s) { return s.saveString("k", account); };
+    const auto check = [](KeychainStore &s) -> QCoro::Task<> { co_await s.contains(account); };
     const struct {
         Call call;
         CredentialStore::Result result;
-        std::function<void(KeychainStore &)> operation;
+        std::function<QCoro::Task<>(KeychainStore &)> operation;
         const char *message;
     } cases[] = {
         {Call::add, {Outcome::failure, 3}, save, "Couldn't save the API key to Keychain (status 3)."},
-        {Call::exists, {Outcome::failure, 2}, [](KeychainStore &s) { (void)s.contains(account); }, "Couldn't check Keychain item (status 2)."},
+        {Call::add, {Outcome::interactionNotAllowed, 2}, save, "Keychain is locked, so Quorla can't use the saved API key. Click Unlock Keychain, or unlock it in Keychain Access."},
+        {Call::exists, {Outcome::failure, 2}, check, "Couldn't check Keychain item (status 2)."},
     };
     for (const auto &c : cases) {
         fake->failures = {{c.call, c.result}};
@@ -66,7 +68,7 @@ TEST_F(KeychainStoreTest, failuresCarryTheStatusInTheirOperationsMessage)
     EXPECT_EQ(failureOf(save, PlatformWords::linuxDesktop()),
               "Couldn't update the API key in the keyring (status 2). No Secret Service is running: "
               "start one, for example GNOME Keyring or KeePassXC, and try again.");
-    EXPECT_EQ(failureOf([](KeychainStore &s) { s.deleteItem(account); }), "Couldn't remove the saved API key (status 2).");
+    EXPECT_EQ(failureOf([](KeychainStore &s) { return s.deleteItem(account); }), "Couldn't remove the saved API key (status 2).");
 }
 
 } // namespace

@@ -37,7 +37,7 @@ TEST(OnboardingRows, readAsTheSetupSheetShowsThem)
 
 TEST(CredentialsRow, pillAndFootnoteFollowTheStoredKey)
 {
-    const auto saved = credentialsStatus(true, PlatformWords::macOS()), missing = credentialsStatus(false, PlatformWords::macOS());
+    const auto saved = credentialsStatus(true, false, PlatformWords::macOS()), missing = credentialsStatus(false, false, PlatformWords::macOS());
     EXPECT_EQ(QStringList({saved.statusText, saved.tone, saved.footnote, missing.statusText, missing.tone, missing.footnote}),
               QStringList({"Saved", "success", "You can replace or remove it later from Settings.", "Needs attention",
                            "warning", "Stored securely in your macOS Keychain."}));

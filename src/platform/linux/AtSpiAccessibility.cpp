@@ -6,6 +6,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusReply>
+#include <QCoro/QCoroDBusPendingCall>
 #include <QDBusVariant>
 #include <QLoggingCategory>
 
@@ -129,33 +130,35 @@ bool toolkitCountsUtf16(AtspiAccessible *application)
 
 } // namespace
 
-bool AtSpiAccessibility::isProcessTrusted()
+QCoro::Task<bool> AtSpiAccessibility::isProcessTrusted()
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
-        return false;
+        co_return false;
     QDBusMessage get = QDBusMessage::createMethodCall(busService, busPath, propertiesInterface, QStringLiteral("Get"));
     get << statusInterface << QStringLiteral("IsEnabled");
-    const QDBusReply<QDBusVariant> enabled = bus.call(get, QDBus::Block, busTimeoutMs);
+    const QDBusPendingCall enabledCall = bus.asyncCall(get, busTimeoutMs);
+    const QDBusReply<QDBusVariant> enabled = co_await enabledCall;
     if (!enabled.isValid() || !enabled.value().variant().toBool())
-        return false;
-    const QDBusReply<QString> address = bus.call(
-        QDBusMessage::createMethodCall(busService, busPath, busService, QStringLiteral("GetAddress")), QDBus::Block,
-        busTimeoutMs);
-    return address.isValid() && !address.value().isEmpty();
+        co_return false;
+    const QDBusPendingCall addressCall = bus.asyncCall(
+        QDBusMessage::createMethodCall(busService, busPath, busService, QStringLiteral("GetAddress")), busTimeoutMs);
+    const QDBusReply<QString> address = co_await addressCall;
+    co_return address.isValid() && !address.value().isEmpty();
 }
 
-bool AtSpiAccessibility::requestTrust()
+QCoro::Task<bool> AtSpiAccessibility::requestTrust()
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
-        return false;
+        co_return false;
     QDBusMessage set = QDBusMessage::createMethodCall(busService, busPath, propertiesInterface, QStringLiteral("Set"));
     set << statusInterface << QStringLiteral("IsEnabled") << QVariant::fromValue(QDBusVariant(true));
-    const QDBusMessage reply = bus.call(set, QDBus::Block, busTimeoutMs);
+    const QDBusPendingCall call = bus.asyncCall(set, busTimeoutMs);
+    const QDBusMessage reply = co_await call;
     if (reply.type() == QDBusMessage::ErrorMessage)
         qCWarning(lcAtSpi) << "switching accessibility on failed:" << reply.errorMessage();
-    return isProcessTrusted();
+    co_return co_await isProcessTrusted();
 }
 
 std::unique_ptr<AccessibleElement> AtSpiAccessibility::focusedElement(qint64 processIdentifier)

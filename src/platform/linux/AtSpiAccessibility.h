@@ -9,10 +9,10 @@
 class AtSpiAccessibility : public Accessibility
 {
 public:
-    bool isProcessTrusted() override;
+    QCoro::Task<bool> isProcessTrusted() override;
     // Switches accessibility on for the session, as screen readers do. Applications that
     // started while it was off may only join after a restart.
-    bool requestTrust() override;
+    QCoro::Task<bool> requestTrust() override;
     std::unique_ptr<AccessibleElement> focusedElement(qint64 processIdentifier) override;
 
     struct ActiveApplication {

@@ -99,7 +99,10 @@ void QtAudioCapture::start(const QString &filePath)
         throw QuorlaError(QuorlaError::Kind::recordingFailed);
     }
     readAvailable();
-    m_peakPower = peakPowerDecibels(samplesOf(m_preRoll));
+    // What was said before the start goes into the file, but whether the recording
+    // holds speech is judged from the start on.
+    m_peakPower = -160.0f;
+    m_preRollDuration = double(samplesOf(m_preRoll).size()) / AudioFileWriter::sampleRate;
     try {
         writer->write(samplesOf(m_preRoll)); // the writer removes its file when this fails
     } catch (...) {
@@ -114,7 +117,7 @@ void QtAudioCapture::start(const QString &filePath)
 
 double QtAudioCapture::currentTime() const
 {
-    return m_writer ? m_writer->duration() : m_finishedDuration;
+    return std::max(0.0, (m_writer ? m_writer->duration() : m_finishedDuration) - m_preRollDuration);
 }
 
 float QtAudioCapture::takePeakPower()

@@ -68,6 +68,7 @@ private:
     AacEncoderModule m_encoder;
     std::unique_ptr<AudioFileWriter> m_writer;
     double m_finishedDuration = 0;
+    double m_preRollDuration = 0;
     float m_peakPower = -160.0f;
     std::exception_ptr m_failure;
     QTimer m_stallCheck;

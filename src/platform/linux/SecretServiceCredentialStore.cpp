@@ -5,13 +5,12 @@
 
 #include "AppInfo.h"
 
+#include <QAbstractEventDispatcher>
 #include <QLoggingCategory>
+#include <QTimer>
 #include <chrono>
-#include <condition_variable>
+#include <coroutine>
 #include <memory>
-#include <mutex>
-#include <stop_token>
-#include <thread>
 
 using Outcome = CredentialStore::Outcome;
 using Result = CredentialStore::Result;
@@ -25,6 +24,8 @@ namespace {
 constexpr auto callLimit = std::chrono::seconds(5);
 constexpr int callLimitMs = int(std::chrono::milliseconds(callLimit).count());
 constexpr auto contentType = "text/plain";
+// How often GLib's main context is turned by hand when Qt's dispatcher does not run it.
+constexpr auto glibPumpInterval = std::chrono::milliseconds(5);
 
 template <auto release>
 struct Releaser {
@@ -35,6 +36,8 @@ struct Releaser {
     }
 };
 using ServicePtr = std::unique_ptr<SecretService, Releaser<&g_object_unref>>;
+using CollectionPtr = std::unique_ptr<SecretCollection, Releaser<&g_object_unref>>;
+using AnswerPtr = std::unique_ptr<GAsyncResult, Releaser<&g_object_unref>>;
 using ValuePtr = std::unique_ptr<SecretValue, Releaser<&secret_value_unref>>;
 using HashPtr = std::unique_ptr<GHashTable, Releaser<&g_hash_table_unref>>;
 using VariantPtr = std::unique_ptr<GVariant, Releaser<&g_variant_unref>>;
@@ -47,39 +50,83 @@ struct ItemList {
     ~ItemList() { g_list_free_full(items, g_object_unref); }
 };
 
-// Cancels the calls of one operation when they outlive callLimit. The synchronous
-// libsecret calls run their own main loop, so only another thread can stop them;
-// a cancelled prompt is dismissed rather than left on screen. (GDBus's own limit of
-// 25 s still applies to a bus that accepts the connection but never says hello.)
+bool glibRunsOnTheEventLoop()
+{
+    const QAbstractEventDispatcher *dispatcher = QAbstractEventDispatcher::instance();
+    return dispatcher && dispatcher->inherits("QEventDispatcherGlib");
+}
+
+// Suspends the awaiting coroutine until one GIO call answers. GIO answers on the main
+// context of the thread that made the call, never from inside the call; on the main
+// thread Qt's GLib event dispatcher runs that context. A Qt built or started without
+// GLib (QT_NO_GLIB) gets a timer that turns it by hand while the call is out.
+template <typename Start>
+class GioAnswer
+{
+public:
+    explicit GioAnswer(Start start)
+        : m_start(std::move(start))
+    {
+    }
+    [[nodiscard]] bool await_ready() const noexcept { return false; }
+    void await_suspend(std::coroutine_handle<> waiter)
+    {
+        m_waiter = waiter;
+        if (!glibRunsOnTheEventLoop()) {
+            m_pump = std::make_unique<QTimer>();
+            QObject::connect(m_pump.get(), &QTimer::timeout, [] {
+                while (g_main_context_iteration(nullptr, FALSE)) {
+                }
+            });
+            m_pump->start(glibPumpInterval);
+        }
+        m_start(&GioAnswer::arrived, this);
+    }
+    AnswerPtr await_resume()
+    {
+        m_pump.reset();
+        return std::move(m_answer);
+    }
+
+private:
+    static void arrived(GObject *, GAsyncResult *answer, gpointer self)
+    {
+        auto *call = static_cast<GioAnswer *>(self);
+        call->m_answer.reset(G_ASYNC_RESULT(g_object_ref(answer)));
+        call->m_waiter.resume();
+    }
+
+    Start m_start;
+    std::coroutine_handle<> m_waiter;
+    AnswerPtr m_answer;
+    std::unique_ptr<QTimer> m_pump;
+};
+
+// Cancels the calls of one operation when they outlive callLimit; a cancelled prompt
+// is dismissed rather than left on screen. An unlock has no limit: it waits for the
+// user. (GDBus's own limit of 25 s still applies to a bus that accepts the connection
+// but never says hello.)
 class Deadline
 {
 public:
-    Deadline()
+    explicit Deadline(bool limited)
         : m_cancellable(g_cancellable_new())
-        , m_watchdog([this](std::stop_token stop) {
-            std::unique_lock lock(m_mutex);
-            if (!m_finished.wait_for(lock, stop, callLimit, [] { return false; }))
-                if (!stop.stop_requested())
-                    g_cancellable_cancel(m_cancellable);
-        })
     {
+        if (!limited)
+            return;
+        m_timer.setSingleShot(true);
+        QObject::connect(&m_timer, &QTimer::timeout, [cancellable = m_cancellable] { g_cancellable_cancel(cancellable); });
+        m_timer.start(callLimit);
     }
     Deadline(const Deadline &) = delete;
     Deadline &operator=(const Deadline &) = delete;
-    ~Deadline()
-    {
-        m_watchdog.request_stop();
-        m_watchdog.join();
-        g_object_unref(m_cancellable);
-    }
+    ~Deadline() { g_object_unref(m_cancellable); }
 
     [[nodiscard]] GCancellable *cancellable() const { return m_cancellable; }
 
 private:
     GCancellable *m_cancellable;
-    std::mutex m_mutex;
-    std::condition_variable_any m_finished;
-    std::jthread m_watchdog;
+    QTimer m_timer;
 };
 
 const SecretSchema *quorlaSchema()
@@ -130,16 +177,24 @@ bool meansNoSecretService(const GError &error, bool connecting)
 class Conversation
 {
 public:
-    Conversation()
+    explicit Conversation(bool limited)
+        : m_deadline(limited)
     {
-        m_service.reset(secret_service_get_sync(SECRET_SERVICE_NONE, cancellable(), &m_error));
     }
     Conversation(const Conversation &) = delete;
     Conversation &operator=(const Conversation &) = delete;
     ~Conversation() { g_clear_error(&m_error); }
 
+    QCoro::Task<bool> open()
+    {
+        const AnswerPtr answer = co_await GioAnswer([this](GAsyncReadyCallback done, gpointer call) {
+            secret_service_get(SECRET_SERVICE_NONE, cancellable(), done, call);
+        });
+        m_service.reset(secret_service_get_finish(answer.get(), errorSlot()));
+        co_return isOpen();
+    }
+
     [[nodiscard]] bool isOpen() const { return m_service != nullptr; }
-    [[nodiscard]] SecretService *service() const { return m_service.get(); }
     [[nodiscard]] GCancellable *cancellable() const { return m_deadline.cancellable(); }
     [[nodiscard]] GError **errorSlot()
     {
@@ -159,51 +214,104 @@ public:
     }
 
     // Items of Quorla's schema with these attributes; never unlocks.
-    bool search(const QString &service, const QString &account, SecretSearchFlags flags, ItemList *found)
+    QCoro::Task<bool> search(const QString &service, const QString &account, SecretSearchFlags flags, ItemList *found)
     {
         const HashPtr attributes = attributesFor(service, account);
-        found->items = secret_service_search_sync(m_service.get(), quorlaSchema(), attributes.get(), flags,
-                                                  cancellable(), errorSlot());
-        return !failed();
+        const AnswerPtr answer = co_await GioAnswer([&](GAsyncReadyCallback done, gpointer call) {
+            secret_service_search(m_service.get(), quorlaSchema(), attributes.get(), flags, cancellable(), done, call);
+        });
+        found->items = secret_service_search_finish(m_service.get(), answer.get(), errorSlot());
+        co_return !failed();
     }
 
     // The object path of the default collection, empty when there is none.
-    bool defaultCollection(QByteArray *path)
+    QCoro::Task<bool> defaultCollection(QByteArray *path)
     {
-        const VariantPtr reply = callService("/org/freedesktop/secrets", "org.freedesktop.Secret.Service", "ReadAlias",
-                                             g_variant_new("(s)", SECRET_COLLECTION_DEFAULT), "(o)");
+        const VariantPtr reply = co_await callService("/org/freedesktop/secrets", "org.freedesktop.Secret.Service",
+                                                      "ReadAlias", g_variant_new("(s)", SECRET_COLLECTION_DEFAULT), "(o)");
         if (!reply)
-            return false;
+            co_return false;
         const gchar *objectPath = nullptr;
         g_variant_get(reply.get(), "(&o)", &objectPath);
         *path = qstrcmp(objectPath, "/") == 0 ? QByteArray() : QByteArray(objectPath);
-        return true;
+        co_return true;
     }
 
-    bool isCollectionLocked(const QByteArray &path, bool *locked)
+    QCoro::Task<bool> isCollectionLocked(QByteArray path, bool *locked)
     {
         const VariantPtr reply =
-            callService(path.constData(), "org.freedesktop.DBus.Properties", "Get",
-                        g_variant_new("(ss)", "org.freedesktop.Secret.Collection", "Locked"), "(v)");
+            co_await callService(path.constData(), "org.freedesktop.DBus.Properties", "Get",
+                                 g_variant_new("(ss)", "org.freedesktop.Secret.Collection", "Locked"), "(v)");
         if (!reply)
-            return false;
+            co_return false;
         GVariant *value = nullptr;
         g_variant_get(reply.get(), "(v)", &value);
         const VariantPtr owned(value);
         *locked = !g_variant_is_of_type(value, G_VARIANT_TYPE_BOOLEAN) || g_variant_get_boolean(value);
-        return true;
+        co_return true;
+    }
+
+    QCoro::Task<> setSecret(SecretItem *item, SecretValue *value)
+    {
+        const AnswerPtr answer = co_await GioAnswer([&](GAsyncReadyCallback done, gpointer call) {
+            secret_item_set_secret(item, value, cancellable(), done, call);
+        });
+        secret_item_set_secret_finish(item, answer.get(), errorSlot());
+    }
+
+    QCoro::Task<> store(GHashTable *attributes, QByteArray collection, QByteArray label, SecretValue *value)
+    {
+        const AnswerPtr answer = co_await GioAnswer([&](GAsyncReadyCallback done, gpointer call) {
+            secret_service_store(m_service.get(), quorlaSchema(), attributes, collection.constData(), label.constData(),
+                                 value, cancellable(), done, call);
+        });
+        secret_service_store_finish(m_service.get(), answer.get(), errorSlot());
+    }
+
+    QCoro::Task<> deleteItem(SecretItem *item)
+    {
+        const AnswerPtr answer = co_await GioAnswer([&](GAsyncReadyCallback done, gpointer call) {
+            secret_item_delete(item, cancellable(), done, call);
+        });
+        secret_item_delete_finish(item, answer.get(), errorSlot());
+    }
+
+    // The default collection as an object, null when there is none.
+    QCoro::Task<CollectionPtr> defaultCollectionObject()
+    {
+        const AnswerPtr answer = co_await GioAnswer([&](GAsyncReadyCallback done, gpointer call) {
+            secret_collection_for_alias(m_service.get(), SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE,
+                                        cancellable(), done, call);
+        });
+        co_return CollectionPtr(secret_collection_for_alias_finish(answer.get(), errorSlot()));
+    }
+
+    // Unlocks the objects, with the service's prompt if it wants one; whether any is open now.
+    QCoro::Task<bool> unlock(GList *objects)
+    {
+        const AnswerPtr answer = co_await GioAnswer([&](GAsyncReadyCallback done, gpointer call) {
+            secret_service_unlock(m_service.get(), objects, cancellable(), done, call);
+        });
+        GList *unlocked = nullptr;
+        secret_service_unlock_finish(m_service.get(), answer.get(), &unlocked, errorSlot());
+        const bool any = unlocked != nullptr;
+        g_list_free_full(unlocked, g_object_unref);
+        co_return any;
     }
 
 private:
     // A call whose reply GDBus has checked against replyType (null on failure).
-    VariantPtr callService(const char *path, const char *interface, const char *method, GVariant *parameters,
-                           const char *replyType)
+    QCoro::Task<VariantPtr> callService(const char *path, const char *interface, const char *method,
+                                        GVariant *parameters, const char *replyType)
     {
         GDBusProxy *proxy = G_DBUS_PROXY(m_service.get());
-        return VariantPtr(g_dbus_connection_call_sync(g_dbus_proxy_get_connection(proxy),
-                                                      g_dbus_proxy_get_name(proxy), path, interface, method,
-                                                      parameters, G_VARIANT_TYPE(replyType), G_DBUS_CALL_FLAGS_NONE,
-                                                      callLimitMs, cancellable(), errorSlot()));
+        GDBusConnection *connection = g_dbus_proxy_get_connection(proxy);
+        const AnswerPtr answer = co_await GioAnswer([&](GAsyncReadyCallback done, gpointer call) {
+            g_dbus_connection_call(connection, g_dbus_proxy_get_name(proxy), path, interface, method, parameters,
+                                   G_VARIANT_TYPE(replyType), G_DBUS_CALL_FLAGS_NONE, callLimitMs, cancellable(),
+                                   done, call);
+        });
+        co_return VariantPtr(g_dbus_connection_call_finish(connection, answer.get(), errorSlot()));
     }
 
     Deadline m_deadline;
@@ -227,124 +335,155 @@ ValuePtr secretValueFor(const QByteArray &value)
 // restarted keeps talking to the old process and hears "unknown name" for ever: drop
 // it and try once more on a fresh one.
 template <typename Operation>
-Result converse(Operation operation)
+QCoro::Task<Result> converse(Operation operation, bool limited = true)
 {
     for (int attempt = 0;; ++attempt) {
-        Conversation conversation;
-        const Result result = conversation.isOpen() ? operation(conversation) : conversation.failure();
-        if (result.outcome != Outcome::serviceUnavailable || !conversation.isOpen() || attempt > 0)
-            return result;
+        Conversation conversation(limited);
+        const bool open = co_await conversation.open();
+        Result result = conversation.failure();
+        if (open)
+            result = co_await operation(conversation);
+        if (result.outcome != Outcome::serviceUnavailable || !open || attempt > 0)
+            co_return result;
         secret_service_disconnect();
     }
 }
 
 // Runs use on the first matching item, when there is one and it is unlocked.
 template <typename Use>
-Result converseAboutItem(const QString &service, const QString &account, SecretSearchFlags flags, Use use)
+QCoro::Task<Result> converseAboutItem(QString service, QString account, SecretSearchFlags flags, Use use)
 {
-    return converse([&](Conversation &conversation) -> Result {
+    const auto operation = [&](Conversation &conversation) -> QCoro::Task<Result> {
         ItemList found;
-        if (!conversation.search(service, account, flags, &found))
-            return conversation.failure();
+        if (!co_await conversation.search(service, account, flags, &found))
+            co_return conversation.failure();
         SecretItem *item = firstItem(found);
         if (!item)
-            return {Outcome::itemNotFound, 0};
-        return secret_item_get_locked(item) ? lockedResult : use(conversation, item);
-    });
+            co_return Result{Outcome::itemNotFound, 0};
+        if (secret_item_get_locked(item))
+            co_return lockedResult;
+        co_return co_await use(conversation, item);
+    };
+    co_return co_await converse(operation);
+}
+
+// The default collection's path when it is there and open; a Result saying why not otherwise.
+QCoro::Task<Result> openDefaultCollection(Conversation &conversation, QByteArray *collection)
+{
+    if (!co_await conversation.defaultCollection(collection))
+        co_return conversation.failure();
+    if (collection->isEmpty())
+        co_return Result{Outcome::itemNotFound, SECRET_ERROR_NO_SUCH_OBJECT};
+    bool locked = true;
+    if (!co_await conversation.isCollectionLocked(*collection, &locked))
+        co_return conversation.failure();
+    co_return locked ? lockedResult : Result{};
 }
 
 } // namespace
 
-Result SecretServiceCredentialStore::update(const QString &service, const QString &account, const QByteArray &value)
+QCoro::Task<Result> SecretServiceCredentialStore::update(QString service, QString account, QByteArray value)
 {
-    return converseAboutItem(service, account, SECRET_SEARCH_NONE, [&](Conversation &conversation, SecretItem *item) {
+    const auto write = [&value](Conversation &conversation, SecretItem *item) -> QCoro::Task<Result> {
         const ValuePtr secret = secretValueFor(value);
-        secret_item_set_secret_sync(item, secret.get(), conversation.cancellable(), conversation.errorSlot());
-        return conversation.failed() ? conversation.failure() : Result{};
-    });
+        co_await conversation.setSecret(item, secret.get());
+        co_return conversation.failed() ? conversation.failure() : Result{};
+    };
+    co_return co_await converseAboutItem(service, account, SECRET_SEARCH_NONE, write);
 }
 
-Result SecretServiceCredentialStore::add(const QString &service, const QString &account, const QByteArray &value)
+QCoro::Task<Result> SecretServiceCredentialStore::add(QString service, QString account, QByteArray value)
 {
-    return converse([&](Conversation &conversation) -> Result {
+    const auto operation = [&](Conversation &conversation) -> QCoro::Task<Result> {
         // Storing into a missing or locked collection would ask the user to create or
         // unlock one: check first and fail instead.
         QByteArray collection;
-        if (!conversation.defaultCollection(&collection))
-            return conversation.failure();
-        if (collection.isEmpty())
-            return {Outcome::failure, SECRET_ERROR_NO_SUCH_OBJECT};
-        bool locked = true;
-        if (!conversation.isCollectionLocked(collection, &locked))
-            return conversation.failure();
-        if (locked)
-            return lockedResult;
-
+        Result open = co_await openDefaultCollection(conversation, &collection);
+        if (open.outcome == Outcome::itemNotFound)
+            open.outcome = Outcome::failure;
+        if (open.outcome != Outcome::success)
+            co_return open;
         const HashPtr attributes = attributesFor(service, account);
         const QByteArray label = QByteArray(QUORLA_APP_NAME ": ") + account.toUtf8();
         const ValuePtr secret = secretValueFor(value);
-        secret_service_store_sync(conversation.service(), quorlaSchema(), attributes.get(), collection.constData(),
-                                  label.constData(), secret.get(), conversation.cancellable(),
-                                  conversation.errorSlot());
-        return conversation.failed() ? conversation.failure() : Result{};
-    });
+        co_await conversation.store(attributes.get(), collection, label, secret.get());
+        co_return conversation.failed() ? conversation.failure() : Result{};
+    };
+    co_return co_await converse(operation);
 }
 
-Result SecretServiceCredentialStore::copy(const QString &service, const QString &account, QByteArray *value)
+QCoro::Task<Result> SecretServiceCredentialStore::copy(QString service, QString account)
 {
-    const auto read = [value](Conversation &, SecretItem *item) -> Result {
+    const auto read = [](Conversation &, SecretItem *item) -> QCoro::Task<Result> {
         const ValuePtr secret(secret_item_get_secret(item));
         if (!secret)
-            return {Outcome::itemNotFound, 0};
+            co_return Result{Outcome::itemNotFound, 0};
         gsize length = 0;
         const gchar *bytes = secret_value_get(secret.get(), &length);
-        *value = QByteArray(bytes, qsizetype(length));
-        return {};
+        co_return Result{Outcome::success, 0, QByteArray(bytes, qsizetype(length))};
     };
-    return converseAboutItem(service, account, SECRET_SEARCH_LOAD_SECRETS, read);
+    co_return co_await converseAboutItem(service, account, SECRET_SEARCH_LOAD_SECRETS, read);
 }
 
-Result SecretServiceCredentialStore::exists(const QString &service, const QString &account)
+QCoro::Task<Result> SecretServiceCredentialStore::exists(QString service, QString account)
 {
-    const auto found = [](Conversation &, SecretItem *) { return Result{}; };
-    return converseAboutItem(service, account, SECRET_SEARCH_NONE, found);
+    const auto found = [](Conversation &, SecretItem *) -> QCoro::Task<Result> { co_return Result{}; };
+    co_return co_await converseAboutItem(service, account, SECRET_SEARCH_NONE, found);
 }
 
-Result SecretServiceCredentialStore::remove(const QString &service, const QString &account)
+QCoro::Task<Result> SecretServiceCredentialStore::remove(QString service, QString account)
 {
-    return converse([&](Conversation &conversation) -> Result {
+    const auto operation = [&](Conversation &conversation) -> QCoro::Task<Result> {
         ItemList found;
-        if (!conversation.search(service, account, SECRET_SEARCH_ALL, &found))
-            return conversation.failure();
+        if (!co_await conversation.search(service, account, SECRET_SEARCH_ALL, &found))
+            co_return conversation.failure();
         if (!found.items)
-            return {Outcome::itemNotFound, 0};
+            co_return Result{Outcome::itemNotFound, 0};
         // Every copy goes, or a duplicate would bring the key back; a locked one would
         // need a prompt to delete.
         for (GList *node = found.items; node; node = node->next) {
             if (secret_item_get_locked(static_cast<SecretItem *>(node->data)))
-                return lockedResult;
+                co_return lockedResult;
         }
         for (GList *node = found.items; node; node = node->next) {
-            secret_item_delete_sync(static_cast<SecretItem *>(node->data), conversation.cancellable(),
-                                    conversation.errorSlot());
+            co_await conversation.deleteItem(static_cast<SecretItem *>(node->data));
             if (conversation.failed())
-                return conversation.failure();
+                co_return conversation.failure();
         }
-        return {};
-    });
+        co_return Result{};
+    };
+    co_return co_await converse(operation);
 }
 
-Result SecretServiceCredentialStore::defaultCollection()
+QCoro::Task<Result> SecretServiceCredentialStore::defaultCollection()
 {
-    return converse([](Conversation &conversation) -> Result {
+    const auto operation = [](Conversation &conversation) -> QCoro::Task<Result> {
         QByteArray collection;
-        if (!conversation.defaultCollection(&collection))
-            return conversation.failure();
-        if (collection.isEmpty())
-            return {Outcome::itemNotFound, SECRET_ERROR_NO_SUCH_OBJECT};
-        bool locked = true;
-        if (!conversation.isCollectionLocked(collection, &locked))
-            return conversation.failure();
-        return locked ? lockedResult : Result{};
-    });
+        co_return co_await openDefaultCollection(conversation, &collection);
+    };
+    co_return co_await converse(operation);
+}
+
+QCoro::Task<Result> SecretServiceCredentialStore::unlock(QString service, QString account)
+{
+    const auto operation = [&](Conversation &conversation) -> QCoro::Task<Result> {
+        ItemList found;
+        if (!co_await conversation.search(service, account, SECRET_SEARCH_ALL, &found))
+            co_return conversation.failure();
+        // What holds the key, or where a new key would go.
+        CollectionPtr collection;
+        if (!found.items) {
+            collection = co_await conversation.defaultCollectionObject();
+            if (conversation.failed())
+                co_return conversation.failure();
+            if (!collection)
+                co_return Result{Outcome::itemNotFound, SECRET_ERROR_NO_SUCH_OBJECT};
+        }
+        GList defaultOnly{collection.get(), nullptr, nullptr};
+        const bool unlocked = co_await conversation.unlock(found.items ? found.items : &defaultOnly);
+        if (conversation.failed())
+            co_return conversation.failure();
+        co_return unlocked ? Result{} : lockedResult;
+    };
+    co_return co_await converse(operation, false);
 }

@@ -3,17 +3,19 @@
 #include "platform/CredentialStore.h"
 
 // The credential store on the desktop's Secret Service (GNOME Keyring, KWallet,
-// KeePassXC) through libsecret. Items carry the attributes "service" and "account"
-// and live in the default collection. Nothing here unlocks a collection or answers a
-// prompt, and every call gives up after a few seconds, so a stuck service never
-// freezes the window. Status numbers are libsecret's GError codes.
+// KeePassXC) through libsecret's asynchronous calls, answered on the main thread's
+// GLib main context, which Qt's event dispatcher runs. Items carry the attributes
+// "service" and "account" and live in the default collection. Only unlock() unlocks
+// or shows a prompt; every other call gives up after a few seconds, so a stuck
+// service never holds up a dictation. Status numbers are libsecret's GError codes.
 class SecretServiceCredentialStore : public CredentialStore
 {
 public:
-    Result update(const QString &service, const QString &account, const QByteArray &value) override;
-    Result add(const QString &service, const QString &account, const QByteArray &value) override;
-    Result copy(const QString &service, const QString &account, QByteArray *value) override;
-    Result exists(const QString &service, const QString &account) override;
-    Result remove(const QString &service, const QString &account) override;
-    Result defaultCollection() override;
+    QCoro::Task<Result> update(QString service, QString account, QByteArray value) override;
+    QCoro::Task<Result> add(QString service, QString account, QByteArray value) override;
+    QCoro::Task<Result> copy(QString service, QString account) override;
+    QCoro::Task<Result> exists(QString service, QString account) override;
+    QCoro::Task<Result> remove(QString service, QString account) override;
+    QCoro::Task<Result> defaultCollection() override;
+    QCoro::Task<Result> unlock(QString service, QString account) override;
 };

@@ -47,6 +47,13 @@ ColumnLayout {
     RowLayout {
         Layout.fillWidth: true
         Button {
+            objectName: "unlockKeyButton"
+            visible: row.appModel.isKeychainLocked
+            text: row.presenter.unlockKeyTitle
+            Accessible.name: text
+            onClicked: row.appModel.unlockKeychain()
+        }
+        Button {
             objectName: "keyHelpButton"
             text: "How to get an API key"
             flat: true

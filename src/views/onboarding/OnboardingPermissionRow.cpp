@@ -85,8 +85,10 @@ QList<OnboardingPermissionRow> onboardingPermissionRows(PermissionState micropho
             accessibilityRow(accessibilityGranted)};
 }
 
-CredentialsStatus credentialsStatus(bool hasStoredAPIKey, const PlatformWords &words)
+CredentialsStatus credentialsStatus(bool hasStoredAPIKey, bool keychainLocked, const PlatformWords &words)
 {
+    if (keychainLocked)
+        return {QStringLiteral("Locked"), warning, words.credentialStoreLocked};
     if (hasStoredAPIKey)
         return {QStringLiteral("Saved"), success, QStringLiteral("You can replace or remove it later from Settings.")};
     return {needsAttention, warning, words.onboardingKeyStorage};

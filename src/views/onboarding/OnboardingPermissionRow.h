@@ -37,4 +37,4 @@ struct CredentialsStatus {
     QString tone;
     QString footnote;
 };
-CredentialsStatus credentialsStatus(bool hasStoredAPIKey, const PlatformWords &words);
+CredentialsStatus credentialsStatus(bool hasStoredAPIKey, bool keychainLocked, const PlatformWords &words);

@@ -13,6 +13,11 @@ QList<OnboardingPermissionRow> rowsOf(const AppModel &model)
                                     *model.services().words);
 }
 
+CredentialsStatus keyStatus(const AppModel &model)
+{
+    return credentialsStatus(model.hasStoredAPIKey(), model.isKeychainLocked(), *model.services().words);
+}
+
 } // namespace
 
 void OnboardingPresenter::observe(AppModel &model)
@@ -21,6 +26,7 @@ void OnboardingPresenter::observe(AppModel &model)
     connect(&model, &AppModel::triggerRegistrationErrorChanged, this, &OnboardingPresenter::permissionsChanged);
     connect(&model, &AppModel::accessibilityPermissionGrantedChanged, this, &OnboardingPresenter::permissionsChanged);
     connect(&model, &AppModel::hasStoredAPIKeyChanged, this, &OnboardingPresenter::keyChanged);
+    connect(&model, &AppModel::isKeychainLockedChanged, this, &OnboardingPresenter::keyChanged);
     // Bindings read before the model arrived are stale now.
     Q_EMIT permissionsChanged();
     Q_EMIT keyChanged();
@@ -45,17 +51,22 @@ QVariantList OnboardingPresenter::permissionRows() const
 
 QString OnboardingPresenter::keyStatusText() const
 {
-    return model() ? credentialsStatus(model()->hasStoredAPIKey(), *model()->services().words).statusText : QString();
+    return model() ? keyStatus(*model()).statusText : QString();
 }
 
 QString OnboardingPresenter::keyTone() const
 {
-    return model() ? credentialsStatus(model()->hasStoredAPIKey(), *model()->services().words).tone : QString();
+    return model() ? keyStatus(*model()).tone : QString();
 }
 
 QString OnboardingPresenter::keyFootnote() const
 {
-    return model() ? credentialsStatus(model()->hasStoredAPIKey(), *model()->services().words).footnote : QString();
+    return model() ? keyStatus(*model()).footnote : QString();
+}
+
+QString OnboardingPresenter::unlockKeyTitle() const
+{
+    return model() ? model()->services().words->unlockCredentialStoreAction : QString();
 }
 
 QString OnboardingPresenter::saveKeyStepText() const

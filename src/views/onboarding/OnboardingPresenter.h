@@ -16,6 +16,7 @@ class OnboardingPresenter : public ModelPresenter
     Q_PROPERTY(QString keyTone READ keyTone NOTIFY keyChanged)
     Q_PROPERTY(QString keyFootnote READ keyFootnote NOTIFY keyChanged)
     Q_PROPERTY(QString saveKeyStepText READ saveKeyStepText NOTIFY modelChanged)
+    Q_PROPERTY(QString unlockKeyTitle READ unlockKeyTitle NOTIFY modelChanged)
 
 public:
     using ModelPresenter::ModelPresenter;
@@ -25,6 +26,8 @@ public:
     [[nodiscard]] QString keyStatusText() const;
     [[nodiscard]] QString keyTone() const;
     [[nodiscard]] QString keyFootnote() const;
+    // The button that asks the credential store to unlock.
+    [[nodiscard]] QString unlockKeyTitle() const;
     // The help sheet's last step names the desktop's credential store.
     [[nodiscard]] QString saveKeyStepText() const;
 

@@ -42,6 +42,19 @@ DetailPage {
             }
         }
         Switch {
+            objectName: "listenOnTriggerDownSwitch"
+            text: "Start listening as soon as the trigger goes down"
+            checked: page.appModel.startListeningOnTriggerDown
+            Accessible.name: text
+            onToggled: page.appModel.startListeningOnTriggerDown = checked
+        }
+        Label {
+            Layout.fillWidth: true
+            text: "Keeps your first word; the microphone opens at each press that can start a dictation."
+            color: AppTheme.secondaryText
+            wrapMode: Text.Wrap
+        }
+        Switch {
             objectName: "polishSwitch"
             text: "Polish each transcript (fix punctuation and filler words)"
             checked: page.appModel.shouldPolishTranscript
