@@ -60,7 +60,8 @@ int main(int argc, char **argv)
     const QStringList arguments = app.arguments();
     const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 7;
     const QString wayland = arguments.contains(QStringLiteral("--wayland"))
-                              ? qEnvironmentVariable("QUORLA_TEST_WAYLAND_DISPLAY") : QString();
+                              ? qEnvironmentVariable("QUORLA_TEST_WAYLAND_DISPLAY")
+                              : QString();
     if (arguments.contains(QStringLiteral("--wayland")) && wayland.isEmpty()) {
         std::fprintf(stderr, "--wayland needs the headless sway of scripts/desktop-session\n");
         return 1;
@@ -103,7 +104,7 @@ int main(int argc, char **argv)
                                                                QStringLiteral("--name"), QStringLiteral("^Quorla$")})
                             == 0;
                     },
-                              20000));
+                                                     20000));
     std::unique_ptr<Workspace> workspace;
     if (wayland.isEmpty())
         workspace = std::make_unique<X11Workspace>();

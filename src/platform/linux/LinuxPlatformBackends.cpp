@@ -23,7 +23,6 @@
 
 namespace {
 
-
 std::shared_ptr<KeyboardHook> makeKeyboardHook(SessionBackends::Trigger source, const TriggerKey &trigger)
 {
     switch (source) {

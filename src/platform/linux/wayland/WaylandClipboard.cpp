@@ -24,38 +24,41 @@ using Selection = Clipboard::Selection;
 const QString passwordManagerHint = QStringLiteral("x-kde-passwordManagerHint");
 // The names text goes by: Wayland toolkits ask for the first ones, Xwayland bridges the others.
 const QStringList textTypes = {
-    QStringLiteral("text/plain;charset=utf-8"), QStringLiteral("text/plain"), QStringLiteral("UTF8_STRING"),
-    QStringLiteral("STRING"), QStringLiteral("TEXT"),
+    QStringLiteral("text/plain;charset=utf-8"),
+    QStringLiteral("text/plain"),
+    QStringLiteral("UTF8_STRING"),
+    QStringLiteral("STRING"),
+    QStringLiteral("TEXT"),
 };
 // An owner that sends nothing for this long, or more than this, is not waited for.
 constexpr std::chrono::milliseconds readLimit{2000};
 constexpr qsizetype readMaxBytes = 256 * 1024 * 1024;
 
 // The two protocols are the same protocol under two names: one set of code over both.
-#define QUORLA_DATA_CONTROL(Name, prefix, managerVersion)                                                          \
-    struct Name {                                                                                                   \
-        using Manager = prefix##_manager_v1;                                                                        \
-        using Device = prefix##_device_v1;                                                                          \
-        using Source = prefix##_source_v1;                                                                          \
-        using Offer = prefix##_offer_v1;                                                                            \
-        using DeviceListener = prefix##_device_v1_listener;                                                         \
-        using SourceListener = prefix##_source_v1_listener;                                                         \
-        using OfferListener = prefix##_offer_v1_listener;                                                           \
-        static constexpr uint32_t version = managerVersion;                                                         \
-        static const wl_interface *manager() { return &prefix##_manager_v1_interface; }                            \
-        static Device *device(Manager *m, wl_seat *seat) { return prefix##_manager_v1_get_data_device(m, seat); }  \
-        static Source *source(Manager *m) { return prefix##_manager_v1_create_data_source(m); }                    \
-        static void destroy(Manager *m) { prefix##_manager_v1_destroy(m); }                                         \
-        static void destroy(Device *d) { prefix##_device_v1_destroy(d); }                                           \
-        static void destroy(Source *s) { prefix##_source_v1_destroy(s); }                                           \
-        static void destroy(Offer *o) { prefix##_offer_v1_destroy(o); }                                             \
+#define QUORLA_DATA_CONTROL(Name, prefix, managerVersion)                                                                   \
+    struct Name {                                                                                                           \
+        using Manager = prefix##_manager_v1;                                                                                \
+        using Device = prefix##_device_v1;                                                                                  \
+        using Source = prefix##_source_v1;                                                                                  \
+        using Offer = prefix##_offer_v1;                                                                                    \
+        using DeviceListener = prefix##_device_v1_listener;                                                                 \
+        using SourceListener = prefix##_source_v1_listener;                                                                 \
+        using OfferListener = prefix##_offer_v1_listener;                                                                   \
+        static constexpr uint32_t version = managerVersion;                                                                 \
+        static const wl_interface *manager() { return &prefix##_manager_v1_interface; }                                     \
+        static Device *device(Manager *m, wl_seat *seat) { return prefix##_manager_v1_get_data_device(m, seat); }           \
+        static Source *source(Manager *m) { return prefix##_manager_v1_create_data_source(m); }                             \
+        static void destroy(Manager *m) { prefix##_manager_v1_destroy(m); }                                                 \
+        static void destroy(Device *d) { prefix##_device_v1_destroy(d); }                                                   \
+        static void destroy(Source *s) { prefix##_source_v1_destroy(s); }                                                   \
+        static void destroy(Offer *o) { prefix##_offer_v1_destroy(o); }                                                     \
         static void listen(Device *d, const DeviceListener *l, void *data) { prefix##_device_v1_add_listener(d, l, data); } \
         static void listen(Source *s, const SourceListener *l, void *data) { prefix##_source_v1_add_listener(s, l, data); } \
         static void listen(Offer *o, const OfferListener *l, void *data) { prefix##_offer_v1_add_listener(o, l, data); }    \
-        static void offer(Source *s, const char *type) { prefix##_source_v1_offer(s, type); }                      \
-        static void receive(Offer *o, const char *type, int fd) { prefix##_offer_v1_receive(o, type, fd); }        \
-        static void select(Device *d, Source *s) { prefix##_device_v1_set_selection(d, s); }                       \
-        static void selectPrimary(Device *d, Source *s) { prefix##_device_v1_set_primary_selection(d, s); }        \
+        static void offer(Source *s, const char *type) { prefix##_source_v1_offer(s, type); }                               \
+        static void receive(Offer *o, const char *type, int fd) { prefix##_offer_v1_receive(o, type, fd); }                 \
+        static void select(Device *d, Source *s) { prefix##_device_v1_set_selection(d, s); }                                \
+        static void selectPrimary(Device *d, Source *s) { prefix##_device_v1_set_primary_selection(d, s); }                 \
     };
 
 QUORLA_DATA_CONTROL(ExtDataControl, ext_data_control, 1)
@@ -76,7 +79,7 @@ public:
 
 namespace {
 
-template<class P>
+template <class P>
 class DataControl final : public WaylandClipboard::Protocol
 {
 public:
@@ -87,16 +90,11 @@ public:
     {
         static const typename P::DeviceListener listener = {
             .data_offer = &DataControl::offerIntroduced,
-            .selection = [](void *data, typename P::Device *, typename P::Offer *offer) {
-                static_cast<DataControl *>(data)->selected(Selection::clipboard, offer);
-            },
+            .selection = [](void *data, typename P::Device *, typename P::Offer *offer) { static_cast<DataControl *>(data)->selected(Selection::clipboard, offer); },
             .finished = [](void *data, typename P::Device *) {
                 qCWarning(lcWaylandClipboard) << "the compositor withdrew the clipboard";
-                static_cast<DataControl *>(data)->m_finished = true;
-            },
-            .primary_selection = [](void *data, typename P::Device *, typename P::Offer *offer) {
-                static_cast<DataControl *>(data)->selected(Selection::primary, offer);
-            },
+                static_cast<DataControl *>(data)->m_finished = true; },
+            .primary_selection = [](void *data, typename P::Device *, typename P::Offer *offer) { static_cast<DataControl *>(data)->selected(Selection::primary, offer); },
         };
         P::listen(m_device, &listener, this);
         m_connection->flush();
@@ -255,7 +253,7 @@ private:
     bool m_finished = false;
 };
 
-template<class P>
+template <class P>
 std::unique_ptr<WaylandClipboard::Protocol> dataControl(const std::shared_ptr<WaylandConnection> &connection)
 {
     auto *manager = static_cast<typename P::Manager *>(connection->bind(P::manager(), P::version));
