@@ -32,7 +32,7 @@ const QStringList textTypes = {
 };
 // An owner that sends nothing for this long, or more than this, is not waited for.
 constexpr std::chrono::milliseconds readLimit{2000};
-constexpr qsizetype readMaxBytes = 256 * 1024 * 1024;
+constexpr qsizetype readMaxBytes = qsizetype{256} * 1024 * 1024;
 
 // The two protocols are the same protocol under two names: one set of code over both.
 #define QUORLA_DATA_CONTROL(Name, prefix, managerVersion)                                                                   \
@@ -264,7 +264,7 @@ std::unique_ptr<WaylandClipboard::Protocol> dataControl(const std::shared_ptr<Wa
 
 } // namespace
 
-std::shared_ptr<WaylandClipboard> WaylandClipboard::create(std::shared_ptr<WaylandConnection> connection)
+std::shared_ptr<WaylandClipboard> WaylandClipboard::create(const std::shared_ptr<WaylandConnection> &connection)
 {
     if (!connection || !connection->seat())
         return nullptr;

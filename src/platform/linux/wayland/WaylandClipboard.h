@@ -14,7 +14,7 @@ class WaylandClipboard : public Clipboard
 {
 public:
     // Null when the compositor offers no data control or no seat.
-    static std::shared_ptr<WaylandClipboard> create(std::shared_ptr<WaylandConnection> connection);
+    static std::shared_ptr<WaylandClipboard> create(const std::shared_ptr<WaylandConnection> &connection);
     ~WaylandClipboard() override;
 
     QCoro::Task<ClipboardFormats> read(Selection selection) override;
