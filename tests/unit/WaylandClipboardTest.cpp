@@ -1,8 +1,9 @@
-// ext-data-control-v1 against a compositor of the test's own: no compositor here offers it.
+// The Wayland protocols no compositor here offers, against a compositor of the test's own.
 #include "platform/linux/wayland/WaylandClipboard.h"
 #include "platform/linux/wayland/WaylandConnection.h"
+#include "platform/linux/wayland/WaylandKeySynthesizers.h"
 
-#include "FakeDataControlCompositor.h"
+#include "FakeCompositor.h"
 
 #include <QCoro/QCoroTask>
 #include <gtest/gtest.h>
@@ -11,7 +12,7 @@ namespace {
 
 TEST(WaylandClipboard, copiesAndReadsEveryFormatThroughExtDataControl)
 {
-    FakeDataControlCompositor compositor;
+    FakeCompositor compositor;
     const auto mine = WaylandClipboard::create(compositor.connect());
     const auto theirs = WaylandClipboard::create(compositor.connect());
     ASSERT_TRUE(mine && theirs);
@@ -26,6 +27,24 @@ TEST(WaylandClipboard, copiesAndReadsEveryFormatThroughExtDataControl)
     ASSERT_TRUE(theirs->write(Clipboard::Selection::clipboard, copied));
     QCoro::waitFor(mine->read(Clipboard::Selection::clipboard)); // the cancellation has arrived
     EXPECT_FALSE(mine->holdsText(Clipboard::Selection::clipboard, "wörld"));
+}
+
+TEST(KWinFakeInputKeySynthesizer, sendsEachShortcutAsEvdevKeysOnceAuthenticated)
+{
+    FakeCompositor compositor;
+    const auto connection = compositor.connect();
+    const auto keys = KWinFakeInputKeySynthesizer::create(connection);
+    ASSERT_TRUE(keys);
+    using Shortcut = KeySynthesizer::PasteShortcut;
+    for (const Shortcut shortcut : {Shortcut::controlV, Shortcut::controlShiftV, Shortcut::shiftInsert})
+        EXPECT_TRUE(keys->sendPasteShortcut(shortcut));
+    EXPECT_TRUE(keys->sendBackspace());
+    ASSERT_TRUE(QCoro::waitFor(connection->sync()));
+    EXPECT_EQ(compositor.fakeInput(), QStringList({"authenticated",                          //
+                                                   "+29", "+47", "-47", "-29",               // Ctrl+V
+                                                   "+29", "+42", "+47", "-47", "-42", "-29", // Ctrl+Shift+V
+                                                   "+42", "+110", "-110", "-42",             // Shift+Insert
+                                                   "+14", "-14"}));                          // Backspace
 }
 
 } // namespace

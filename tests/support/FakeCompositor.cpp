@@ -1,9 +1,12 @@
-#include "FakeDataControlCompositor.h"
+#include "FakeCompositor.h"
 
 #include "platform/linux/wayland/WaylandConnection.h"
 
 #include <QByteArray>
 #include <QList>
+#include <QStringList>
+
+#include <mutex>
 
 #include <sys/socket.h>
 #include <thread>
@@ -11,13 +14,16 @@
 #include <wayland-server.h>
 
 #include "ext-data-control-v1-server-protocol.h"
+#include "fake-input-server-protocol.h"
 
-struct FakeDataControlCompositor::Impl {
+struct FakeCompositor::Impl {
     wl_display *m_display = wl_display_create();
     std::thread m_thread;
     QList<wl_resource *> m_devices;
     wl_resource *m_selection = nullptr;
     QList<int> m_clientSockets;
+    mutable std::mutex m_fakeInputMutex; // written on the compositor's thread
+    QStringList m_fakeInput;
 
     Impl()
     {
@@ -31,6 +37,11 @@ struct FakeDataControlCompositor::Impl {
                          [](wl_client *client, void *data, uint32_t version, uint32_t id) {
                              wl_resource *manager = wl_resource_create(client, &ext_data_control_manager_v1_interface, int(version), id);
                              wl_resource_set_implementation(manager, &managerImplementation, data, nullptr);
+                         });
+        wl_global_create(m_display, &org_kde_kwin_fake_input_interface, 4, this,
+                         [](wl_client *client, void *data, uint32_t version, uint32_t id) {
+                             wl_resource *input = wl_resource_create(client, &org_kde_kwin_fake_input_interface, int(version), id);
+                             wl_resource_set_implementation(input, &fakeInputImplementation, data, nullptr);
                          });
         // Clients join before the loop runs: libwayland-server is not to be touched from two threads.
         for (int i = 0; i < 2; ++i) {
@@ -81,6 +92,16 @@ struct FakeDataControlCompositor::Impl {
         }
     }
 
+    void recordFakeInput(QString event)
+    {
+        const std::lock_guard lock(m_fakeInputMutex);
+        m_fakeInput.append(std::move(event));
+    }
+
+    static constexpr struct org_kde_kwin_fake_input_interface fakeInputImplementation = {
+        .authenticate = [](wl_client *, wl_resource *input, const char *, const char *) { self(input)->recordFakeInput("authenticated"); },
+        .keyboard_key = [](wl_client *, wl_resource *input, uint32_t key, uint32_t state) { self(input)->recordFakeInput((state ? "+" : "-") + QString::number(key)); },
+    };
     static constexpr struct ext_data_control_source_v1_interface sourceImplementation = {
         [](wl_client *, wl_resource *resource, const char *type) { static_cast<Source *>(wl_resource_get_user_data(resource))->types.append(type); },
         destroy};
@@ -106,14 +127,20 @@ struct FakeDataControlCompositor::Impl {
         destroy};
 };
 
-FakeDataControlCompositor::FakeDataControlCompositor()
+FakeCompositor::FakeCompositor()
     : d(std::make_unique<Impl>())
 {
 }
 
-FakeDataControlCompositor::~FakeDataControlCompositor() = default;
+FakeCompositor::~FakeCompositor() = default;
 
-std::shared_ptr<WaylandConnection> FakeDataControlCompositor::connect()
+std::shared_ptr<WaylandConnection> FakeCompositor::connect()
 {
     return d->connect();
+}
+
+QStringList FakeCompositor::fakeInput() const
+{
+    const std::lock_guard lock(d->m_fakeInputMutex);
+    return d->m_fakeInput;
 }
