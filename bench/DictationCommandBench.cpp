@@ -2,10 +2,14 @@
 // command's process and D-Bus call, the recording's end, the upload to a local fake
 // service that answers at once, and the insertion. Also the command alone (its process
 // start to exit). Runs the built quorla in the headless desktop of scripts/desktop-session:
-//   bench_dictation_command [ROUNDS]
+//   bench_dictation_command [ROUNDS] [--wayland] [--quick]
+// --wayland: the entry is a native window on the desktop's headless sway, and Quorla takes
+// that session's routes (AT-SPI target, data control, virtual keyboard); --quick: a Qt Quick
+// field, which takes no text through AT-SPI and so is pasted into.
 
 #include "FakeOpenAIServer.h"
 #include "TextTarget.h"
+#include "platform/linux/AtSpiWorkspace.h"
 #include "platform/linux/X11Workspace.h"
 
 #include <QCoreApplication>
@@ -53,7 +57,15 @@ void report(const char *label, std::vector<double> samples)
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
+    const QStringList arguments = app.arguments();
     const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 7;
+    const QString wayland = arguments.contains(QStringLiteral("--wayland"))
+                              ? qEnvironmentVariable("QUORLA_TEST_WAYLAND_DISPLAY")
+                              : QString();
+    if (arguments.contains(QStringLiteral("--wayland")) && wayland.isEmpty()) {
+        std::fprintf(stderr, "--wayland needs the headless sway of scripts/desktop-session\n");
+        return 1;
+    }
     QTemporaryDir home;
     const QString speech = home.filePath(QStringLiteral("speech.wav"));
     const QString field = home.filePath(QStringLiteral("field.txt"));
@@ -70,18 +82,39 @@ int main(int argc, char **argv)
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
     environment.insert(QStringLiteral("QUORLA_API_BASE_URL"), server.baseURL().toString());
+    QProcessEnvironment targetEnvironment = QProcessEnvironment::systemEnvironment();
+    if (!wayland.isEmpty()) {
+        // Quorla's own window stays off screen, so it never takes the focus on sway.
+        for (QProcessEnvironment *e : {&environment, &targetEnvironment}) {
+            e->insert(QStringLiteral("WAYLAND_DISPLAY"), wayland);
+            e->insert(QStringLiteral("SWAYSOCK"), qEnvironmentVariable("QUORLA_TEST_SWAYSOCK"));
+            e->insert(QStringLiteral("QT_LINUX_ACCESSIBILITY_ALWAYS_ON"), QStringLiteral("1"));
+            e->remove(QStringLiteral("DISPLAY"));
+        }
+        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+        targetEnvironment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("wayland"));
+        targetEnvironment.insert(QStringLiteral("GDK_BACKEND"), QStringLiteral("wayland"));
+    }
     quorla.setProcessEnvironment(environment);
     quorla.start(QStringLiteral(QUORLA_BINARY), {});
     // Its window first, so that it does not take the focus from the entry afterwards.
     const bool up = waitUntil([] { return state() == QLatin1String("idle"); }, 20000)
-                 && waitUntil([] {
+                 && (!wayland.isEmpty() || waitUntil([] {
                         return run(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
                                                                QStringLiteral("--name"), QStringLiteral("^Quorla$")})
                             == 0;
                     },
-                              20000);
-    X11Workspace workspace;
-    TextTarget entry(workspace, QStringLiteral("/usr/bin/python3"), {QStringLiteral(QUORLA_GTK_TARGET), field, QString()});
+                                                     20000));
+    std::unique_ptr<Workspace> workspace;
+    if (wayland.isEmpty())
+        workspace = std::make_unique<X11Workspace>();
+    else
+        workspace = std::make_unique<AtSpiWorkspace>(nullptr);
+    const bool quick = arguments.contains(QStringLiteral("--quick"));
+    TextTarget entry(*workspace, quick ? QStringLiteral(QUORLA_TEXT_TARGET) : QStringLiteral("/usr/bin/python3"),
+                     quick ? QStringList{QStringLiteral("quick"), field, QString()}
+                           : QStringList{QStringLiteral(QUORLA_GTK_TARGET), field, QString()},
+                     targetEnvironment);
 
     std::vector<double> toText, command;
     for (int round = 0; up && entry.application() && round < rounds; ++round) {
@@ -116,7 +149,8 @@ int main(int argc, char **argv)
     quorla.waitForFinished(5000);
     run(QStringLiteral("secret-tool"), QStringList{QStringLiteral("clear")} + keyItem);
     if (toText.size() != size_t(rounds)) {
-        std::fprintf(stderr, "a dictation did not arrive (%zu of %d)\n", toText.size(), rounds);
+        std::fprintf(stderr, "a dictation did not arrive (%zu of %d); the field holds \"%s\"\n", toText.size(), rounds,
+                     fileContents(field).constData());
         return 1;
     }
     report("`dictation stop` to text in field", toText);

@@ -13,6 +13,7 @@
 #include "app/AppModel.h"
 #include "app/AppServicesFactory.h"
 #include "platform/PlatformBackends.h"
+#include "platform/QtClipboard.h"
 #include "platform/linux/AtSpiAccessibility.h"
 #include "platform/linux/SecretServiceCredentialStore.h"
 #include "stores/KeychainStore.h"
@@ -85,7 +86,7 @@ int main(int argc, char **argv)
     const PlatformBackends backends{std::make_shared<FakeKeyboardHook>(), workspace,
                                     std::make_shared<AtSpiAccessibility>(), std::make_shared<FakeAudioCapture>(),
                                     std::make_shared<FakeInputSourceProvider>(), credentials,
-                                    std::make_shared<FakeKeySynthesizer>()};
+                                    std::make_shared<FakeKeySynthesizer>(), std::make_shared<QtClipboard>()};
     const PlatformWords &words = PlatformWords::linuxDesktop();
     AppServices services = makeAppServices(backends, std::make_shared<PreferencesStore>(directory.filePath("p.json")),
                                            &network, &words, directory.filePath("recordings"));

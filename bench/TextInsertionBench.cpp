@@ -5,6 +5,7 @@
 
 #include "models/QuorlaError.h"
 #include "platform/linux/AtSpiAccessibility.h"
+#include "platform/QtClipboard.h"
 #include "platform/linux/X11KeySynthesizer.h"
 #include "platform/linux/X11Workspace.h"
 #include "services/TextInsertionService.h"
@@ -117,7 +118,7 @@ int main(int argc, char **argv)
         return 1;
     }
     X11Workspace workspace;
-    TextInsertionService service(accessibility, std::make_shared<X11KeySynthesizer>());
+    TextInsertionService service(accessibility, std::make_shared<X11KeySynthesizer>(), std::make_shared<QtClipboard>());
     int status = measure("accessibility route", QStringLiteral("widgets"), rounds, 0, service, workspace,
                          *accessibility);
     status |= measure("accessibility, 100 kB", QStringLiteral("rich"), rounds, 0, service, workspace, *accessibility,

@@ -4,6 +4,7 @@
 #include "models/CustomDictionary.h"
 #include "models/QuorlaError.h"
 #include "models/TranscriptHistory.h"
+#include "platform/Clipboard.h"
 #include "platform/Workspace.h"
 #include "services/AudioRecorder.h"
 #include "services/DictationPipeline.h"
@@ -13,10 +14,9 @@
 #include "services/SpeechService.h"
 #include "services/TextInserter.h"
 #include "services/TranslationLanguageCatalog.h"
+#include "support/PlatformWords.h"
 
-#include <QClipboard>
 #include <QFile>
-#include <QGuiApplication>
 #include <QPointer>
 #include <QScopeGuard>
 
@@ -359,9 +359,7 @@ QCoro::Task<> AppModel::stopRecordingAndTranscribe()
 
         // After insertion, so the clipboard ends up holding the transcript.
         if (m_autoCopyTranscript) {
-            QClipboard *clipboard = QGuiApplication::clipboard();
-            clipboard->clear();
-            clipboard->setText(transcript);
+            m_services.clipboard->writeText(Clipboard::Selection::clipboard, transcript, false);
         }
         setStatusMessage(finalStatusMessage(session, outcome));
     } catch (...) {
@@ -394,9 +392,12 @@ QCoro::Task<InsertionOutcome> AppModel::insertTranscriptIfNeeded(QString transcr
     }
     if (!failure)
         co_return InsertionOutcome::inserted(name);
-    if (self)
-        presentError(localizedMessage(failure));
-    co_return InsertionOutcome::insertionFailed(name);
+    InsertionOutcome outcome = InsertionOutcome::insertionFailed(name);
+    if (!self)
+        co_return outcome;
+    presentError(localizedMessage(failure));
+    outcome.leftOnClipboard = m_services.clipboard->holdsText(Clipboard::Selection::clipboard, transcript);
+    co_return outcome;
 }
 
 QString AppModel::finalStatusMessage(const std::optional<DictationSession> &session,
@@ -409,6 +410,9 @@ QString AppModel::finalStatusMessage(const std::optional<DictationSession> &sess
         return copied ? QStringLiteral("Transcript inserted into %1 and copied to the clipboard.").arg(outcome.applicationName)
                       : QStringLiteral("Transcript inserted into %1.").arg(outcome.applicationName);
     case InsertionOutcome::Kind::insertionFailed:
+        // Where no key can be pressed for the user, say how to paste it by hand.
+        if (outcome.leftOnClipboard && !m_services.words->noPasteRouteStatus.isEmpty())
+            return m_services.words->noPasteRouteStatus;
         return copied ? QStringLiteral("Typing into %1 failed, but the transcript was copied to the clipboard.")
                             .arg(outcome.applicationName)
                       : QStringLiteral("Typing into %1 failed. The transcript is still available in the app.")

@@ -2,11 +2,9 @@
 #include "AppModel.h"
 
 #include "models/TranscriptHistory.h"
+#include "platform/Clipboard.h"
 #include "stores/PreferenceKeys.h"
 #include "stores/PreferencesStore.h"
-
-#include <QClipboard>
-#include <QGuiApplication>
 
 void AppModel::recordInsertedTranscript(const QString &transcript)
 {
@@ -22,9 +20,7 @@ void AppModel::persistTypingStatistics()
 
 void AppModel::copyTranscript(const TranscriptEntry &entry)
 {
-    QClipboard *clipboard = QGuiApplication::clipboard();
-    clipboard->clear();
-    clipboard->setText(entry.text);
+    m_services.clipboard->writeText(Clipboard::Selection::clipboard, entry.text, false);
     const bool isNewest = !m_recentTranscripts.isEmpty() && m_recentTranscripts.first().id == entry.id;
     setStatusMessage(isNewest ? QStringLiteral("Transcript copied to the clipboard.")
                               : QStringLiteral("Saved transcript copied to the clipboard."));

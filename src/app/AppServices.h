@@ -7,6 +7,7 @@
 class Accessibility;
 class AppUpdateClient;
 class AudioRecorder;
+class Clipboard;
 class GlobalPushToTalkMonitor;
 class InputSourceLanguageDetector;
 class KeychainStore;
@@ -28,6 +29,7 @@ struct AppServices {
     std::shared_ptr<AppUpdateClient> appUpdateClient;
     std::shared_ptr<Accessibility> accessibility;
     std::shared_ptr<Workspace> workspace;
+    std::shared_ptr<Clipboard> clipboard;
     std::shared_ptr<PreferencesStore> preferences;
     const PlatformWords *words = nullptr;
     // The wall clock; tests pin it.

@@ -24,13 +24,14 @@ AppServices makeAppServices(const PlatformBackends &backends, std::shared_ptr<Pr
     services.keychainStore = std::make_shared<KeychainStore>(backends.credentialStore,
                                                              QStringLiteral(QUORLA_APP_ID), *services.words);
     services.pushToTalkMonitor = std::make_shared<GlobalPushToTalkMonitor>(backends.keyboardHook, backends.workspace);
-    services.textInsertionService = std::make_shared<TextInsertionService>(backends.accessibility,
-                                                                           backends.keySynthesizer);
+    services.textInsertionService = std::make_shared<TextInsertionService>(
+        backends.accessibility, backends.keySynthesizer, backends.clipboard);
     services.inputSourceLanguageDetector = std::make_shared<InputSourceLanguageDetector>(backends.inputSource);
     services.appUpdateClient = std::make_shared<AppUpdateClient>(
         network, ServiceAddress::configuredLatestReleaseURL(*preferences));
     services.accessibility = backends.accessibility;
     services.workspace = backends.workspace;
+    services.clipboard = backends.clipboard;
     services.preferences = std::move(preferences);
     return services;
 }

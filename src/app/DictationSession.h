@@ -53,6 +53,8 @@ struct InsertionOutcome {
 
     Kind kind = Kind::notAttempted;
     QString applicationName; // empty for notAttempted
+    // Failed with the transcript left on the clipboard by the paste route: pasting by hand works.
+    bool leftOnClipboard = false;
 
     static InsertionOutcome inserted(QString name) { return {Kind::inserted, std::move(name)}; }
     static InsertionOutcome insertionFailed(QString name) { return {Kind::insertionFailed, std::move(name)}; }

@@ -6,6 +6,7 @@
 
 class Accessibility;
 class AudioCapture;
+class Clipboard;
 class CredentialStore;
 class DesktopProbe;
 class InputSourceProvider;
@@ -22,6 +23,7 @@ struct PlatformBackends {
     std::shared_ptr<InputSourceProvider> inputSource;
     std::shared_ptr<CredentialStore> credentialStore;
     std::shared_ptr<KeySynthesizer> keySynthesizer;
+    std::shared_ptr<Clipboard> clipboard;
 };
 
 // The backends of the platform this build runs on, the keyboard hook watching `trigger`.

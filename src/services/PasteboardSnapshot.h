@@ -1,20 +1,18 @@
 #pragma once
 
-#include <QByteArray>
-#include <QClipboard>
-#include <QList>
-#include <QString>
-#include <utility>
+#include "platform/Clipboard.h"
+
+#include <QCoro/QCoroTask>
 
 // Every format the clipboard (or the primary selection) held, with its raw bytes, so it
 // can be put back as it was.
 struct PasteboardSnapshot {
-    QList<std::pair<QString, QByteArray>> formats;
+    ClipboardFormats formats;
 
-    [[nodiscard]] static PasteboardSnapshot capture(const QClipboard &clipboard,
-                                                    QClipboard::Mode mode = QClipboard::Clipboard);
+    [[nodiscard]] static QCoro::Task<PasteboardSnapshot> capture(std::shared_ptr<Clipboard> clipboard,
+                                                                 Clipboard::Selection selection);
     // Clears the clipboard when the snapshot is empty, so it never keeps the transcript.
-    void restore(QClipboard &clipboard, QClipboard::Mode mode = QClipboard::Clipboard) const;
+    bool restore(Clipboard &clipboard, Clipboard::Selection selection) const;
 
     friend bool operator==(const PasteboardSnapshot &, const PasteboardSnapshot &) = default;
 };

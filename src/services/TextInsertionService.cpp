@@ -2,14 +2,12 @@
 
 #include "models/QuorlaError.h"
 #include "platform/Accessibility.h"
+#include "platform/Clipboard.h"
 #include "platform/KeySynthesizer.h"
 #include "services/PasteboardSnapshot.h"
 #include "services/TextReplacement.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
 #include <QLoggingCategory>
-#include <QMimeData>
 #include <QTimer>
 
 #include <algorithm>
@@ -21,9 +19,6 @@
 Q_LOGGING_CATEGORY(lcInsertion, "quorla.insertion", QtWarningMsg)
 
 namespace {
-
-// KDE's marker, honoured by the common clipboard managers: they do not record the transcript.
-const QString passwordManagerHint = QStringLiteral("x-kde-passwordManagerHint");
 
 QCoro::Task<void> sleepPrecisely(std::chrono::milliseconds duration)
 {
@@ -58,21 +53,6 @@ QString bringToFrontMessage(const ApplicationHandle &application)
     return QStringLiteral("Couldn't bring ") + name + QStringLiteral(" back to the front.");
 }
 
-void writeTranscript(QClipboard &clipboard, const QString &text, QClipboard::Mode mode)
-{
-    auto *data = new QMimeData;
-    data->setText(text);
-    data->setData(passwordManagerHint, QByteArrayLiteral("secret"));
-    clipboard.setMimeData(data, mode);
-}
-
-// Ours until someone copies something else; that copy must survive the restore.
-bool holdsTranscript(const QClipboard &clipboard, const QString &text, QClipboard::Mode mode)
-{
-    const QMimeData *data = clipboard.mimeData(mode);
-    return data && data->data(passwordManagerHint) == "secret" && data->text() == text;
-}
-
 bool replaceSelection(const QString &text, AccessibleElement &element, bool replaceTriggerSpace)
 {
     if (!element.isValueSettable() || !element.isSelectionSettable())
@@ -92,9 +72,11 @@ bool replaceSelection(const QString &text, AccessibleElement &element, bool repl
 } // namespace
 
 TextInsertionService::TextInsertionService(std::shared_ptr<Accessibility> accessibility,
-                                           std::shared_ptr<KeySynthesizer> keys, TextInsertionTimings timings)
+                                           std::shared_ptr<KeySynthesizer> keys,
+                                           std::shared_ptr<Clipboard> clipboard, TextInsertionTimings timings)
     : m_accessibility(std::move(accessibility))
     , m_keys(std::move(keys))
+    , m_clipboard(std::move(clipboard))
     , m_timings(timings)
 {
 }
@@ -146,17 +128,18 @@ QCoro::Task<void> TextInsertionService::paste(QString text, ApplicationHandlePtr
 {
     if (!co_await keysReady(*m_keys))
         throw QuorlaError::textInsertionFailed(QStringLiteral("Couldn't synthesize the paste shortcut."));
-    QClipboard *clipboard = QGuiApplication::clipboard();
-    QList<QClipboard::Mode> modes{QClipboard::Clipboard};
+    const std::shared_ptr<Clipboard> clipboard = m_clipboard;
+    QList<Clipboard::Selection> selections{Clipboard::Selection::clipboard};
     // Shift+Insert pastes the primary selection: it carries the transcript too.
-    if (shortcut == KeySynthesizer::PasteShortcut::shiftInsert && clipboard->supportsSelection())
-        modes.append(QClipboard::Selection);
-    QList<std::pair<QClipboard::Mode, PasteboardSnapshot>> snapshots;
-    for (const QClipboard::Mode mode : std::as_const(modes)) {
-        if (restoreClipboard)
-            snapshots.append({mode, PasteboardSnapshot::capture(*clipboard, mode)});
-        writeTranscript(*clipboard, text, mode);
-        if (!holdsTranscript(*clipboard, text, mode))
+    if (shortcut == KeySynthesizer::PasteShortcut::shiftInsert && clipboard->hasPrimarySelection())
+        selections.append(Clipboard::Selection::primary);
+    QList<std::pair<Clipboard::Selection, PasteboardSnapshot>> snapshots;
+    for (const Clipboard::Selection selection : std::as_const(selections)) {
+        if (restoreClipboard) {
+            PasteboardSnapshot captured = co_await PasteboardSnapshot::capture(clipboard, selection);
+            snapshots.append({selection, std::move(captured)});
+        }
+        if (!clipboard->writeText(selection, text, true))
             throw QuorlaError::textInsertionFailed(QStringLiteral("Couldn't write the transcript to the clipboard."));
     }
 
@@ -180,13 +163,13 @@ QCoro::Task<void> TextInsertionService::paste(QString text, ApplicationHandlePtr
     if (snapshots.isEmpty())
         co_return;
     co_await sleepPrecisely(m_timings.clipboardRestoreDelay);
-    clipboard = QGuiApplication::clipboard();
-    for (const auto &[mode, snapshot] : std::as_const(snapshots)) {
-        if (holdsTranscript(*clipboard, text, mode)) {
-            snapshot.restore(*clipboard, mode);
-            qCInfo(lcInsertion) << "clipboard restored" << mode;
+    for (const auto &[selection, snapshot] : std::as_const(snapshots)) {
+        const char *const name = selection == Clipboard::Selection::primary ? "primary selection" : "clipboard";
+        if (clipboard->holdsText(selection, text)) {
+            snapshot.restore(*clipboard, selection);
+            qCInfo(lcInsertion) << name << "restored";
         } else {
-            qCInfo(lcInsertion) << "clipboard changed meanwhile: not restored" << mode;
+            qCInfo(lcInsertion) << name << "changed meanwhile: not restored";
         }
     }
 }

@@ -9,6 +9,7 @@
 
 class Accessibility;
 class AccessibleElement;
+class Clipboard;
 
 // How long each step of an insertion waits for the target application to react.
 struct TextInsertionTimings {
@@ -29,7 +30,7 @@ class TextInsertionService : public TextInserter
 {
 public:
     TextInsertionService(std::shared_ptr<Accessibility> accessibility, std::shared_ptr<KeySynthesizer> keys,
-                         TextInsertionTimings timings = {});
+                         std::shared_ptr<Clipboard> clipboard, TextInsertionTimings timings = {});
 
     QCoro::Task<void> insert(QString text, TextInsertionTarget target, bool restoreClipboard,
                              bool replaceTriggerSpace) override;
@@ -41,5 +42,6 @@ private:
 
     std::shared_ptr<Accessibility> m_accessibility;
     std::shared_ptr<KeySynthesizer> m_keys;
+    std::shared_ptr<Clipboard> m_clipboard;
     TextInsertionTimings m_timings;
 };

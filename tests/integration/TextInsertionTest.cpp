@@ -1,4 +1,5 @@
 #include "models/QuorlaError.h"
+#include "platform/QtClipboard.h"
 #include "platform/linux/AtSpiAccessibility.h"
 #include "platform/linux/X11KeySynthesizer.h"
 #include "platform/linux/X11Workspace.h"
@@ -77,7 +78,7 @@ protected:
     std::shared_ptr<X11Workspace> workspace = std::make_shared<X11Workspace>();
     // The product's waits, except a longer one before the clipboard goes back: a loaded CI
     // machine may take more than 180 ms to read a paste. bench/ measures the real waits.
-    TextInsertionService service{accessibility, std::make_shared<X11KeySynthesizer>(),
+    TextInsertionService service{accessibility, std::make_shared<X11KeySynthesizer>(), std::make_shared<QtClipboard>(),
                                  TextInsertionTimings{.clipboardRestoreDelay = std::chrono::milliseconds{600}}};
     std::optional<TextTarget> target;
 };

@@ -4,6 +4,7 @@
 #include "services/TextInserter.h"
 
 #include <QStringList>
+#include <functional>
 #include <optional>
 
 class FakeTextInserter : public TextInserter
@@ -17,6 +18,8 @@ public:
     QCoro::Task<void> insert(QString text, TextInsertionTarget, bool, bool replaceTriggerSpace) override
     {
         calls.append({text, replaceTriggerSpace});
+        if (onInsert)
+            onInsert(text);
         if (failure)
             throw *failure;
         co_return;
@@ -24,4 +27,5 @@ public:
 
     QList<Call> calls;
     std::optional<QuorlaError> failure;
+    std::function<void(const QString &)> onInsert; // what the insertion leaves behind
 };

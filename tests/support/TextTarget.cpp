@@ -21,8 +21,10 @@ QByteArray fileContents(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-TextTarget::TextTarget(Workspace &workspace, const QString &program, const QStringList &arguments)
+TextTarget::TextTarget(Workspace &workspace, const QString &program, const QStringList &arguments,
+                       const QProcessEnvironment &environment)
 {
+    m_process.setProcessEnvironment(environment);
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process.start(program, arguments);
     if (!m_process.waitForStarted(5000) || !waitUntil([&] { return m_process.readAllStandardOutput().contains("ready"); }))

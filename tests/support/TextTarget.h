@@ -18,7 +18,8 @@ class TextTarget
 {
 public:
     // It must first print "ready", as quorla_text_target and gtk_text_target.py do.
-    TextTarget(Workspace &workspace, const QString &program, const QStringList &arguments);
+    TextTarget(Workspace &workspace, const QString &program, const QStringList &arguments,
+               const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());
     TextTarget(const TextTarget &) = delete;
     TextTarget &operator=(const TextTarget &) = delete;
     ~TextTarget();

@@ -1,7 +1,9 @@
 #include "ModelFixture.h"
 
 #include "models/CustomDictionary.h"
+#include "platform/QtClipboard.h"
 #include "services/GlobalPushToTalkMonitor.h"
+#include "support/PlatformWords.h"
 
 #include <QClipboard>
 #include <QDir>
@@ -173,6 +175,17 @@ TEST_F(AppModelDictationTest, aFailedInsertionKeepsTheTranscript)
     EXPECT_EQ(model->statusMessage(), "Typing into TextEdit failed, but the transcript was copied to the clipboard.");
     EXPECT_EQ(model->errorMessage(), "TextEdit refused the text.");
     EXPECT_EQ(QGuiApplication::clipboard()->text(), model->recentTranscripts().value(0).text);
+}
+
+// Where no key can be pressed, the paste route leaves the transcript on the clipboard.
+TEST_F(AppModelDictationTest, aTranscriptLeftOnTheClipboardIsToBePastedByHand)
+{
+    fixture.words = &PlatformWords::linuxDesktop();
+    makeModel();
+    fixture.inserter->failure = QuorlaError::textInsertionFailed("Couldn't synthesize the paste shortcut.");
+    fixture.inserter->onInsert = [](const QString &text) { QtClipboard().writeText(Clipboard::Selection::clipboard, text, true); };
+    dictate(Source::fnHold);
+    EXPECT_EQ(model->statusMessage(), PlatformWords::linuxDesktop().noPasteRouteStatus);
 }
 
 TEST_F(AppModelDictationTest, triggersWhileRecordingOrBusyAreIgnored)

@@ -4,6 +4,7 @@
 
 #include "app/AppServicesFactory.h"
 #include "platform/PlatformBackends.h"
+#include "platform/QtClipboard.h"
 #include "stores/PreferenceKeys.h"
 #include "stores/PreferencesStore.h"
 #include "views/icons/SymbolIcon.h"
@@ -21,7 +22,7 @@ TEST(ServiceAddressSetting, aNewAddressServesTheNextRequest)
     ModelFixture fixture;
     FakeOpenAIServer first, second;
     PlatformBackends backends{fixture.keyboard, fixture.workspace, fixture.accessibility, fixture.audio,
-                              fixture.inputSource, fixture.credentials, fixture.keys};
+                              fixture.inputSource, fixture.credentials, fixture.keys, std::make_shared<QtClipboard>()};
     AppModel model(makeAppServices(backends, std::make_shared<PreferencesStore>(fixture.preferencesPath()), &fixture.network));
     for (FakeOpenAIServer *server : {&first, &second}) {
         server->setReply("/v1/chat/completions", FakeOpenAIServer::json(200, FakeOpenAIServer::chatBody(QStringLiteral("Hi."))));

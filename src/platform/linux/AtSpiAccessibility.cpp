@@ -179,3 +179,45 @@ std::unique_ptr<AccessibleElement> AtSpiAccessibility::focusedElement(qint64 pro
         return nullptr;
     return std::make_unique<AtSpiAccessibleElement>(focused, unit);
 }
+
+std::optional<AtSpiAccessibility::ActiveApplication> AtSpiAccessibility::activeApplication()
+{
+    if (!initialized())
+        return std::nullopt;
+    AtspiAccessible *desktop = atspi_get_desktop(0);
+    if (!desktop)
+        return std::nullopt;
+    std::optional<ActiveApplication> active;
+    GError *error = nullptr;
+    const gint count = atspi_accessible_get_child_count(desktop, &error);
+    g_clear_error(&error);
+    for (gint i = 0; i < count && !active; ++i) {
+        AtspiAccessible *application = atspi_accessible_get_child_at_index(desktop, i, &error);
+        g_clear_error(&error);
+        if (!application)
+            continue;
+        const guint pid = atspi_accessible_get_process_id(application, &error);
+        g_clear_error(&error);
+        if (pid > 0 && pid != QCoreApplication::applicationPid()) {
+            atspi_accessible_clear_cache(application);
+            const gint windows = atspi_accessible_get_child_count(application, &error);
+            g_clear_error(&error);
+            for (gint w = 0; w < windows && !active; ++w) {
+                AtspiAccessible *window = atspi_accessible_get_child_at_index(application, w, &error);
+                g_clear_error(&error);
+                bool showing = false;
+                if (window && hasState(window, ATSPI_STATE_ACTIVE, &showing)) {
+                    gchar *name = atspi_accessible_get_name(application, &error);
+                    g_clear_error(&error);
+                    active = ActiveApplication{pid, QString::fromUtf8(name)};
+                    g_free(name);
+                }
+                if (window)
+                    g_object_unref(window);
+            }
+        }
+        g_object_unref(application);
+    }
+    g_object_unref(desktop);
+    return active;
+}

@@ -2,7 +2,9 @@
 
 #include "platform/CommandOnlyKeyboardHook.h"
 #include "platform/DesktopSession.h"
+#include "platform/QtClipboard.h"
 #include "platform/linux/AtSpiAccessibility.h"
+#include "platform/linux/AtSpiWorkspace.h"
 #include "platform/linux/DesktopSessionProbe.h"
 #include "platform/linux/LinuxDesktopProbe.h"
 #include "platform/linux/PortalBackends.h"
@@ -16,6 +18,9 @@
 #include "platform/linux/SwayIpcConnection.h"
 #include "platform/linux/SwayKeyboardHook.h"
 #include "platform/linux/X11KeyboardHook.h"
+#include "platform/linux/wayland/WaylandClipboard.h"
+#include "platform/linux/wayland/WaylandConnection.h"
+#include "platform/linux/wayland/WaylandKeySynthesizers.h"
 
 namespace {
 
@@ -60,20 +65,39 @@ std::shared_ptr<InputSourceProvider> makeInputSource(SessionBackends::Layout sou
     return std::make_shared<SilentInputSourceProvider>();
 }
 
-std::shared_ptr<KeySynthesizer> makeKeySynthesizer(SessionBackends::Keys route)
+std::shared_ptr<KeySynthesizer> makeKeySynthesizer(SessionBackends::Keys source,
+                                                   const std::shared_ptr<WaylandConnection> &wayland)
 {
-    switch (route) {
+    std::shared_ptr<KeySynthesizer> keys;
+    switch (source) {
+    case SessionBackends::Keys::virtualKeyboard:
+        keys = VirtualKeyboardKeySynthesizer::create(wayland);
+        break;
+    case SessionBackends::Keys::kdeFakeInput:
+        keys = KWinFakeInputKeySynthesizer::create(wayland);
+        break;
     // The portal's keys reach native and Xwayland windows alike, once the user consents.
     case SessionBackends::Keys::remoteDesktopPortal:
-    case SessionBackends::Keys::xwaylandOnly:
     case SessionBackends::Keys::none:
         return makePortalKeySynthesizer();
+    // XTest reaches the Xwayland windows, the only ones anything here can type into.
     case SessionBackends::Keys::x11:
-    case SessionBackends::Keys::virtualKeyboard:
-    case SessionBackends::Keys::kdeFakeInput:
+    case SessionBackends::Keys::xwaylandOnly:
         break;
     }
-    return std::make_shared<X11KeySynthesizer>();
+    return keys ? keys : std::make_shared<X11KeySynthesizer>();
+}
+
+// Qt's clipboard is refused on Wayland; where the compositor offers nothing better it is
+// still the best try.
+std::shared_ptr<Clipboard> makeClipboard(SessionBackends::Clipboard source,
+                                         const std::shared_ptr<WaylandConnection> &wayland)
+{
+    if (source == SessionBackends::Clipboard::dataControl) {
+        if (auto clipboard = WaylandClipboard::create(wayland))
+            return clipboard;
+    }
+    return std::make_shared<QtClipboard>();
 }
 
 } // namespace
@@ -86,11 +110,19 @@ PlatformBackends makePlatformBackends(const TriggerKey &trigger)
     PlatformBackends backends;
     backends.keyboardHook = makeKeyboardHook(chosen.trigger, trigger);
     backends.workspace = std::make_shared<X11Workspace>();
+    if (chosen.workspace == SessionBackends::Workspace::accessibility)
+        backends.workspace = std::make_shared<AtSpiWorkspace>(backends.workspace);
     backends.accessibility = std::make_shared<AtSpiAccessibility>();
     backends.audioCapture = makeAudioCapture();
     backends.inputSource = makeInputSource(chosen.layout);
     backends.credentialStore = makeCredentialStore();
-    backends.keySynthesizer = makeKeySynthesizer(chosen.keys);
+    // One connection of Quorla's own for the compositor's keys and clipboard.
+    const bool needsWayland = chosen.keys == SessionBackends::Keys::virtualKeyboard
+                           || chosen.keys == SessionBackends::Keys::kdeFakeInput
+                           || chosen.clipboard == SessionBackends::Clipboard::dataControl;
+    const std::shared_ptr<WaylandConnection> wayland = needsWayland ? WaylandConnection::open() : nullptr;
+    backends.keySynthesizer = makeKeySynthesizer(chosen.keys, wayland);
+    backends.clipboard = makeClipboard(chosen.clipboard, wayland);
     return backends;
 }
 
