@@ -100,6 +100,15 @@ struct FakeCompositor::Impl {
 
     static constexpr struct org_kde_kwin_fake_input_interface fakeInputImplementation = {
         .authenticate = [](wl_client *, wl_resource *input, const char *, const char *) { self(input)->recordFakeInput("authenticated"); },
+        .pointer_motion = nullptr,
+        .button = nullptr,
+        .axis = nullptr,
+        .touch_down = nullptr,
+        .touch_motion = nullptr,
+        .touch_up = nullptr,
+        .touch_cancel = nullptr,
+        .touch_frame = nullptr,
+        .pointer_motion_absolute = nullptr,
         .keyboard_key = [](wl_client *, wl_resource *input, uint32_t key, uint32_t state) { self(input)->recordFakeInput((state ? "+" : "-") + QString::number(key)); },
     };
     static constexpr struct ext_data_control_source_v1_interface sourceImplementation = {
@@ -114,7 +123,7 @@ struct FakeCompositor::Impl {
     static constexpr struct ext_data_control_device_v1_interface deviceImplementation = {
         [](wl_client *, wl_resource *device, wl_resource *source) { self(device)->select(source); }, destroy, nullptr};
     static constexpr struct ext_data_control_manager_v1_interface managerImplementation = {
-        [](wl_client *client, wl_resource *manager, uint32_t id) {
+        [](wl_client *client, wl_resource *, uint32_t id) {
             wl_resource *source = wl_resource_create(client, &ext_data_control_source_v1_interface, 1, id);
             wl_resource_set_implementation(source, &sourceImplementation, new Source{source, {}},
                                            [](wl_resource *r) { delete static_cast<Source *>(wl_resource_get_user_data(r)); });
