@@ -26,7 +26,7 @@ AppModel::AppModel(AppServices services, QObject *parent)
     setTypingStatistics({preferences.integerValue(PreferenceKeys::typedCharacterCount).value_or(0),
                          preferences.integerValue(PreferenceKeys::typedWordCount).value_or(0)});
 
-    loadStoredAPIKeyMetadata();
+    checkStoredAPIKeyAtLaunch();
     refreshPermissions(true);
     setStatusMessage(defaultStatusMessage());
     startObservingInputSourceChanges();

@@ -117,6 +117,8 @@ public:
 
     // ---- services start (idempotent)
     Q_INVOKABLE void startAppServices();
+    // True once launch has asked the keyring whether a key is saved.
+    [[nodiscard]] bool hasCheckedStoredAPIKey() const { return m_hasCheckedStoredAPIKey; }
 
     // ---- dictation session
     QCoro::Task<> globalPressToTalkBegan();
@@ -188,6 +190,7 @@ public:
     void setTranscriptionModeName(const QString &raw) { setTranscriptionMode(transcriptionModeFromRawValue(raw)); }
 
 Q_SIGNALS:
+    void storedAPIKeyChecked();
     void apiKeyDraftChanged();
     void customDictionaryEntriesChanged();
     void recentTranscriptsChanged();
@@ -262,6 +265,8 @@ private:
     [[nodiscard]] QList<CustomDictionaryEntry> loadCustomDictionaryEntries() const;
     void persistTypingStatistics();
     QCoro::Task<> loadStoredAPIKeyMetadata();
+    QCoro::Task<> checkStoredAPIKeyAtLaunch();
+    bool m_hasCheckedStoredAPIKey = false;
     QCoro::Task<> storeAPIKeyDraft();
     QCoro::Task<> removeSavedAPIKey();
     QCoro::Task<> unlockSavedAPIKey();

@@ -166,6 +166,16 @@ void AppModel::rememberSavedAPIKey(const std::optional<QString> &key)
     m_services.preferences->setBool(PreferenceKeys::hasStoredAPIKey, key.has_value());
 }
 
+QCoro::Task<> AppModel::checkStoredAPIKeyAtLaunch()
+{
+    const QPointer<AppModel> self(this);
+    co_await loadStoredAPIKeyMetadata();
+    if (!self)
+        co_return;
+    m_hasCheckedStoredAPIKey = true;
+    Q_EMIT storedAPIKeyChecked();
+}
+
 QCoro::Task<> AppModel::loadStoredAPIKeyMetadata()
 {
     const bool marker = m_services.preferences->boolValue(PreferenceKeys::hasStoredAPIKey).value_or(false);

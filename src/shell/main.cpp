@@ -16,6 +16,7 @@
 #include <QApplication>
 #include <QIcon>
 #include <QNetworkAccessManager>
+#include <QTimer>
 
 int main(int argc, char *argv[])
 {
@@ -59,7 +60,19 @@ int main(int argc, char *argv[])
     QObject::connect(&tray, &TrayIcon::quitRequested, &app, &QApplication::quit);
 
     model.startAppServices();
-    if (!launch.background)
-        window.show();
+    if (!launch.background) {
+        // The window's first layout meets the settled setup state, not a guess the keyring
+        // answer rewrites while the window lays itself out. A slow keyring delays it 1 s at most.
+        const auto showOnce = [&window, shown = std::make_shared<bool>(false)] {
+            if (!std::exchange(*shown, true))
+                window.show();
+        };
+        if (model.hasCheckedStoredAPIKey()) {
+            showOnce();
+        } else {
+            QObject::connect(&model, &AppModel::storedAPIKeyChecked, &window, showOnce, Qt::SingleShotConnection);
+            QTimer::singleShot(1000, &window, showOnce);
+        }
+    }
     return QApplication::exec();
 }
