@@ -6,6 +6,7 @@
 #include "QtPrinters.h"
 #include "TextTarget.h"
 
+#include "platform/linux/AtSpiWorkspace.h"
 #include "platform/linux/SecretServiceCredentialStore.h"
 #include "platform/linux/X11Workspace.h"
 
@@ -171,6 +172,39 @@ TEST_F(QuorlaBinary, dictationCommandsTheAppsLifeDoctorAndTranscribe)
 
     server.setReply("/v1/audio/transcriptions", Server::json(200, Server::transcriptionBody("Would you like any changes?")));
     EXPECT_EQ(quorla({"transcribe", "dictation.m4a"}), Outcome(1, QString(), "OpenAI returned an empty transcription.\n"));
+}
+
+// In a sway session: the trigger held through sway's bindings, the text typed into a native GTK entry.
+TEST_F(QuorlaBinary, dictatesIntoANativeWaylandFieldWhileTheTriggerIsHeld)
+{
+    const QString display = qEnvironmentVariable("QUORLA_TEST_WAYLAND_DISPLAY");
+    if (display.isEmpty())
+        GTEST_SKIP() << "no headless sway (QUORLA_TEST_WAYLAND_DISPLAY)";
+    environment.remove("DISPLAY");
+    for (const auto &[name, value] : {std::pair("WAYLAND_DISPLAY", display), {"SWAYSOCK", qEnvironmentVariable("QUORLA_TEST_SWAYSOCK")},
+                                      {"XDG_SESSION_TYPE", "wayland"}, {"QT_QPA_PLATFORM", "wayland"}, {"GDK_BACKEND", "wayland"}})
+        environment.insert(name, value);
+    ASSERT_EQ(std::get<0>(run("espeak-ng", {"-w", home.filePath("speech.wav"), "hello world"})), 0);
+    ASSERT_EQ(QCoro::waitFor(keyring.add(QUORLA_APP_ID, "openai-api-key", "sk-sway")).outcome, CredentialStore::Outcome::success);
+    server.setReply("/v1/audio/transcriptions", Server::json(200, Server::transcriptionBody("Dictated in sway.")));
+    resident.setProcessEnvironment(environment);
+    resident.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    resident.start(QUORLA_BINARY, {"--background"});
+    ASSERT_TRUE(waitUntil([&] { return dictationState() == "idle"; }, 20000));
+
+    AtSpiWorkspace workspace{nullptr};
+    const QString field = home.filePath("field.txt");
+    TextTarget entry(workspace, "/usr/bin/python3", {QUORLA_GTK_TARGET, field, QString()}, environment);
+    ASSERT_TRUE(entry.application());
+    QProcess hand; // the trigger held while the speech plays; held again until Quorla has bound it
+    hand.setProcessEnvironment(environment);
+    ASSERT_TRUE(waitUntil([&] {
+        if (hand.state() == QProcess::NotRunning)
+            hand.start("wtype", {"-P", "Control_R", "-s", "6000", "-p", "Control_R"});
+        return dictationState() == "recording";
+    }, 40000));
+    EXPECT_EQ(std::get<0>(run("paplay", {"-d", "vsink", home.filePath("speech.wav")})), 0);
+    EXPECT_TRUE(waitUntil([&] { return fileContents(field) == "Dictated in sway."; }, 30000)) << fileContents(field).toStdString();
 }
 
 } // namespace
