@@ -181,8 +181,7 @@ TEST_F(QuorlaBinary, dictatesIntoANativeWaylandFieldWhileTheTriggerIsHeld)
     if (display.isEmpty())
         GTEST_SKIP() << "no headless sway (QUORLA_TEST_WAYLAND_DISPLAY)";
     environment.remove("DISPLAY");
-    for (const auto &[name, value] : {std::pair("WAYLAND_DISPLAY", display), {"SWAYSOCK", qEnvironmentVariable("QUORLA_TEST_SWAYSOCK")},
-                                      {"XDG_SESSION_TYPE", "wayland"}, {"QT_QPA_PLATFORM", "wayland"}, {"GDK_BACKEND", "wayland"}})
+    for (const auto &[name, value] : {std::pair("WAYLAND_DISPLAY", display), {"SWAYSOCK", qEnvironmentVariable("QUORLA_TEST_SWAYSOCK")}, {"XDG_SESSION_TYPE", "wayland"}, {"QT_QPA_PLATFORM", "wayland"}, {"GDK_BACKEND", "wayland"}})
         environment.insert(name, value);
     ASSERT_EQ(std::get<0>(run("espeak-ng", {"-w", home.filePath("speech.wav"), "hello world"})), 0);
     ASSERT_EQ(QCoro::waitFor(keyring.add(QUORLA_APP_ID, "openai-api-key", "sk-sway")).outcome, CredentialStore::Outcome::success);
@@ -202,7 +201,8 @@ TEST_F(QuorlaBinary, dictatesIntoANativeWaylandFieldWhileTheTriggerIsHeld)
         if (hand.state() == QProcess::NotRunning)
             hand.start("wtype", {"-P", "Control_R", "-s", "6000", "-p", "Control_R"});
         return dictationState() == "recording";
-    }, 40000));
+    },
+                          40000));
     EXPECT_EQ(std::get<0>(run("paplay", {"-d", "vsink", home.filePath("speech.wav")})), 0);
     EXPECT_TRUE(waitUntil([&] { return fileContents(field) == "Dictated in sway."; }, 30000)) << fileContents(field).toStdString();
 }
