@@ -276,6 +276,8 @@ private:
     void rememberAPIKeyLookup(const APIKeyLookup &lookup);
     // Marks the keychain locked when the error says so.
     void noteKeychainFailure(const std::exception_ptr &error);
+    // Shows a failed change of the saved key with `status`; false when nothing failed.
+    bool presentedKeychainFailure(const std::exception_ptr &failure, const QString &status);
     void refreshLocalPermissions(bool refreshInputLanguage);
     QCoro::Task<> refreshAccessibilityPermission();
     void refreshCurrentInputLanguageHint();

@@ -28,6 +28,16 @@ void AppModel::unlockKeychain()
     unlockSavedAPIKey();
 }
 
+bool AppModel::presentedKeychainFailure(const std::exception_ptr &failure, const QString &status)
+{
+    if (!failure)
+        return false;
+    noteKeychainFailure(failure);
+    presentError(localizedMessage(failure));
+    setStatusMessage(status);
+    return true;
+}
+
 QCoro::Task<> AppModel::storeAPIKeyDraft()
 {
     const QString key = m_apiKey.draft.trimmed();
@@ -45,12 +55,8 @@ QCoro::Task<> AppModel::storeAPIKeyDraft()
     }
     if (!self)
         co_return;
-    if (failure) {
-        noteKeychainFailure(failure);
-        presentError(localizedMessage(failure));
-        setStatusMessage(QStringLiteral("Couldn't save the API key."));
+    if (presentedKeychainFailure(failure, QStringLiteral("Couldn't save the API key.")))
         co_return;
-    }
     setApiKeyDraft(QString());
     rememberSavedAPIKey(key.isEmpty() ? std::nullopt : std::optional(key));
     setIsKeychainLocked(false);
@@ -70,12 +76,8 @@ QCoro::Task<> AppModel::removeSavedAPIKey()
     }
     if (!self)
         co_return;
-    if (failure) {
-        noteKeychainFailure(failure);
-        presentError(localizedMessage(failure));
-        setStatusMessage(QStringLiteral("Couldn't remove the saved API key."));
+    if (presentedKeychainFailure(failure, QStringLiteral("Couldn't remove the saved API key.")))
         co_return;
-    }
     rememberSavedAPIKey(std::nullopt);
     setIsKeychainLocked(false);
     setStatusMessage(QStringLiteral("Saved API key removed."));
