@@ -4,15 +4,24 @@
 #include "models/QuorlaError.h"
 #include "platform/linux/AtSpiAccessibility.h"
 #include "platform/linux/AtSpiWorkspace.h"
+#include "platform/linux/DesktopSessionProbe.h"
+#include "platform/linux/PortalKeySynthesizer.h"
+#include "platform/linux/PortalShortcutsHook.h"
 #include "platform/linux/wayland/WaylandClipboard.h"
 #include "platform/linux/wayland/WaylandConnection.h"
 #include "platform/linux/wayland/WaylandKeySynthesizers.h"
 #include "services/TextInsertionService.h"
 
 #include <QProcess>
+#include <QScopeGuard>
+#include <QTest>
 #include <QTimer>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <linux/input-event-codes.h>
+#include <wayland-client.h>
+
+#include "fake-input-client-protocol.h"
 
 namespace {
 
@@ -28,6 +37,7 @@ public:
     {
         QObject::connect(&poll, &QTimer::timeout, std::move(copyOncePasted));
     }
+    void prepare(const std::function<void(bool)> &ready) override { keys->prepare(ready); }
     bool sendBackspace() override { return keys->sendBackspace(); }
     bool sendPasteShortcut(PasteShortcut shortcut) override { return keys->sendPasteShortcut(shortcut) && (poll.start(5), true); }
     bool isAnyModifierPressed() override { return false; }
@@ -36,16 +46,39 @@ public:
     QTimer poll;
 };
 
-// Native Wayland windows on the headless sway beside the X11 desktop; the accessibility bus is shared.
-class WaylandInsertionTest : public ::testing::Test
+// The compositors of scripts/desktop-session and the keys each pastes with: sway's virtual
+// keyboard; KWin's fake input or KDE's remote desktop portal, on the KDE rig's own bus.
+struct Compositor {
+    const char *name, *displayVariable;
+    bool portalKeys = false;
+};
+const Compositor sway{"sway", "QUORLA_TEST_WAYLAND_DISPLAY"}, kwin{"kwinFakeInput", "QUORLA_TEST_KDE_WAYLAND_DISPLAY"},
+    kdePortal{"kdeRemoteDesktopPortal", "QUORLA_TEST_KDE_WAYLAND_DISPLAY", true};
+
+void PrintTo(const Compositor &compositor, std::ostream *out)
+{
+    *out << compositor.name;
+}
+
+// Native Wayland windows on a headless compositor beside the X11 desktop; the accessibility
+// bus is shared. CI always starts the compositors; elsewhere a missing one skips its tests.
+class WaylandTest : public ::testing::Test
 {
 protected:
+    explicit WaylandTest(const Compositor &compositor)
+        : display(qEnvironmentVariable(compositor.displayVariable))
+    {
+        if (compositor.portalKeys)
+            keys = std::make_shared<PortalKeySynthesizer>(directory.filePath("token"), bus);
+    }
+
     void SetUp() override
     {
-        if (display.isEmpty())
-            GTEST_SKIP() << "no headless sway (QUORLA_TEST_WAYLAND_DISPLAY)";
+        if (display.isEmpty() && qEnvironmentVariable("CI") != u"true")
+            GTEST_SKIP() << "no headless compositor: run scripts/desktop-session with sway and kwin-wayland installed";
+        ASSERT_FALSE(display.isEmpty()) << "CI needs the headless compositors";
         ASSERT_TRUE(QCoro::waitFor(accessibility->requestTrust())) << "the accessibility bus is off or unreachable";
-        ASSERT_TRUE(clipboard && keys && user) << "sway offers data control and virtual keyboards";
+        ASSERT_TRUE(clipboard && keys && user) << "the compositor offers data control and keys";
         environment.insert("WAYLAND_DISPLAY", display);
         environment.insert("QT_QPA_PLATFORM", "wayland");
         environment.insert("GDK_BACKEND", "wayland");
@@ -96,7 +129,7 @@ protected:
         return waitUntil([&] { return fileContents(output) == expected.toUtf8(); }, 5000);
     }
 
-    const QString display = qEnvironmentVariable("QUORLA_TEST_WAYLAND_DISPLAY");
+    const QString display;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     QTemporaryDir directory;
     QString output = directory.filePath("field.txt");
@@ -104,7 +137,11 @@ protected:
     AtSpiWorkspace workspace{nullptr};
     std::shared_ptr<WaylandConnection> connection = WaylandConnection::open(display.toUtf8());
     std::shared_ptr<WaylandClipboard> clipboard = WaylandClipboard::create(connection);
-    std::shared_ptr<VirtualKeyboardKeySynthesizer> keys = VirtualKeyboardKeySynthesizer::create(connection);
+    // KWin grants its fake input to this program by the desktop entry scripts/kde-session writes.
+    std::shared_ptr<KeySynthesizer> keys = connection && connection->offers("org_kde_kwin_fake_input")
+                                             ? std::shared_ptr<KeySynthesizer>(KWinFakeInputKeySynthesizer::create(connection))
+                                             : VirtualKeyboardKeySynthesizer::create(connection);
+    QDBusConnection bus = QDBusConnection::connectToBus(qEnvironmentVariable("QUORLA_TEST_KDE_BUS"), "kde");
     // Another client's clipboard: the user copying.
     std::shared_ptr<WaylandClipboard> user = WaylandClipboard::create(WaylandConnection::open(display.toUtf8()));
     // A longer wait before the clipboard goes back: a loaded CI machine may read a paste late.
@@ -112,8 +149,17 @@ protected:
     std::optional<TextTarget> target;
 };
 
+class WaylandInsertionTest : public WaylandTest, public ::testing::WithParamInterface<Compositor>
+{
+protected:
+    WaylandInsertionTest()
+        : WaylandTest(GetParam())
+    {
+    }
+};
+
 // Qt Quick's field takes no text through AT-SPI and is pasted into; the others are typed into.
-TEST_F(WaylandInsertionTest, theFocusedApplicationIsFoundAndTypedIntoInEachToolkit)
+TEST_P(WaylandInsertionTest, theFocusedApplicationIsFoundAndTypedIntoInEachToolkit)
 {
     TextInsertionService service(accessibility, keys, clipboard, timings);
     for (const QString toolkit : {"widgets", "quick", "gtk"}) {
@@ -125,7 +171,7 @@ TEST_F(WaylandInsertionTest, theFocusedApplicationIsFoundAndTypedIntoInEachToolk
     }
 }
 
-TEST_F(WaylandInsertionTest, pastesAndPutsEveryFormatBackUnlessTheUserCopiedMeanwhile)
+TEST_P(WaylandInsertionTest, pastesAndPutsEveryFormatBackUnlessTheUserCopiedMeanwhile)
 {
     // No field is offered through accessibility: the paste route.
     auto noField = std::make_shared<FakeAccessibility>();
@@ -153,6 +199,69 @@ TEST_F(WaylandInsertionTest, pastesAndPutsEveryFormatBackUnlessTheUserCopiedMean
         for (const auto &[type, bytes] : userCopy)
             EXPECT_EQ(pasted(type), bytes) << type.toStdString();
     }
+}
+
+INSTANTIATE_TEST_SUITE_P(Compositors, WaylandInsertionTest, ::testing::Values(sway, kwin, kdePortal),
+                         [](const auto &info) { return std::string(info.param.name); });
+
+class KdeTest : public WaylandTest
+{
+protected:
+    KdeTest()
+        : WaylandTest(kwin)
+    {
+    }
+
+    // Keys as a hand presses them, through KWin's fake input: upper case presses, lower case
+    // releases (c Ctrl, a Alt, d D, s Space); '.' holds what is down for a moment.
+    void press(const QString &steps)
+    {
+        auto *input = static_cast<org_kde_kwin_fake_input *>(connection->bind(&org_kde_kwin_fake_input_interface, 4));
+        org_kde_kwin_fake_input_authenticate(input, "tests", "keys");
+        const QHash<QChar, int> codes{{'c', KEY_LEFTCTRL}, {'a', KEY_LEFTALT}, {'d', KEY_D}, {'s', KEY_SPACE}};
+        for (const QChar step : steps) {
+            if (step == '.')
+                QTest::qWait(300);
+            else
+                org_kde_kwin_fake_input_keyboard_key(input, codes[step.toLower()], step.isUpper() ? WL_KEYBOARD_KEY_STATE_PRESSED : WL_KEYBOARD_KEY_STATE_RELEASED);
+            connection->flush();
+        }
+        wl_proxy_destroy(reinterpret_cast<wl_proxy *>(input));
+    }
+};
+
+// KDE binds both chords as the session opens and tells press and release; a held chord
+// repeats its press.
+TEST_F(KdeTest, theDesktopsShortcutsCarryHoldAndToggle)
+{
+    PortalShortcutsHook hook(nullptr, bus);
+    QStringList events;
+    KeyboardHook::Events handlers;
+    handlers.triggerChanged = [&](bool down) { events << (down ? "down" : "up"); };
+    handlers.toggleRequested = [&] { events << "toggle"; };
+    hook.install(handlers);
+    ASSERT_TRUE(waitUntil([&] { return hook.isSettled(); }));
+    const struct {
+        const char *keys;
+        QStringList events;
+    } rows[] = {{"CAD.dac", {"down", "up"}}, {"CAD.cad", {"down", "up"}}, {"CAS.sacCAS.sac", {"toggle", "toggle"}}};
+    for (const auto &row : rows) {
+        events.clear();
+        press(row.keys);
+        (void)waitUntil([&] { return events.size() >= row.events.size(); }, 3000);
+        EXPECT_EQ(events, row.events) << row.keys;
+    }
+}
+
+// A Plasma session: KDE's routes throughout.
+TEST_F(KdeTest, theProbePicksKdesBackends)
+{
+    qputenv("WAYLAND_DISPLAY", display.toUtf8());
+    const auto restore = qScopeGuard([] { qunsetenv("WAYLAND_DISPLAY"); });
+    const DesktopSession session = QCoro::waitFor(DesktopSessionProbe::withPortals(DesktopSessionProbe::displayServers(), bus));
+    using B = SessionBackends;
+    EXPECT_EQ(chosenBackends(session), (B{B::Trigger::globalShortcutsPortal, B::Keys::kdeFakeInput, B::Clipboard::dataControl, B::Workspace::accessibility, B::Layout::kde}));
+    EXPECT_GT(session.remoteDesktopPortal, 0);
 }
 
 } // namespace
