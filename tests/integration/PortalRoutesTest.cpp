@@ -23,7 +23,6 @@ TEST(PortalShortcutsHook, turnsTheDesktopsShortcutsIntoTriggerAndToggleEvents)
         QString steps;
         QStringList events, calls;
     } cases[] = {
-        {"hold, repeats ignored", true, "HHHh", {"down", "up"}, kde},
         {"toggle twice, repeats ignored", false, "GGgG", {"toggle", "toggle"}, kde + QStringList{"BindShortcuts"}},
         {"session closed while held", true, "HC", {"down", "up"}, kde},
     };
