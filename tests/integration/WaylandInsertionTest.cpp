@@ -5,6 +5,7 @@
 #include "platform/linux/AtSpiAccessibility.h"
 #include "platform/linux/AtSpiWorkspace.h"
 #include "platform/linux/DesktopSessionProbe.h"
+#include "platform/linux/KdeInputSourceProvider.h"
 #include "platform/linux/PortalKeySynthesizer.h"
 #include "platform/linux/PortalShortcutsHook.h"
 #include "platform/linux/wayland/WaylandClipboard.h"
@@ -12,6 +13,7 @@
 #include "platform/linux/wayland/WaylandKeySynthesizers.h"
 #include "services/TextInsertionService.h"
 
+#include <QDBusInterface>
 #include <QProcess>
 #include <QScopeGuard>
 #include <QTest>
@@ -251,6 +253,26 @@ TEST_F(KdeTest, theDesktopsShortcutsCarryHoldAndToggle)
         (void)waitUntil([&] { return events.size() >= row.events.size(); }, 3000);
         EXPECT_EQ(events, row.events) << row.keys;
     }
+}
+
+// KWin's layout service (scripts/kde-session gives it "us,de(nodeadkeys)"): the active
+// layout named from its long name, and every switch a change notice.
+TEST_F(KdeTest, theActiveLayoutFollowsKwin)
+{
+    KdeInputSourceProvider provider(bus);
+    int changes = 0;
+    provider.startObservingChanges([&] { ++changes; });
+    ASSERT_TRUE(waitUntil([&] { return std::exchange(changes, 0) > 0; })) << "the first layout is read";
+    QDBusInterface layouts("org.kde.keyboard", "/Layouts", "org.kde.KeyboardLayouts", bus);
+    const std::tuple<uint, QString, QString> steps[] = {{1, "xkb:de:nodeadkeys", "de"}, {0, "xkb:us", "en"}};
+    for (const auto &[index, identifier, language] : steps) {
+        layouts.call("setLayout", index);
+        (void)waitUntil([&, &identifier = identifier] { return provider.currentInputSource().value_or(InputSourceInfo{}).identifier == identifier; }, 5000);
+        const InputSourceInfo source = provider.currentInputSource().value_or(InputSourceInfo{});
+        EXPECT_EQ(source.identifier, identifier);
+        EXPECT_TRUE(source.languages.contains(language)) << source.languages.join(u' ').toStdString();
+    }
+    EXPECT_EQ(changes, 2);
 }
 
 // A Plasma session: KDE's routes throughout.
