@@ -27,13 +27,13 @@ constexpr double shortestSpeechSeconds = 0.22;
 constexpr double levelTestedUpToSeconds = 0.75;
 constexpr float quietestSpeechDecibels = -20.0f;
 
-QString startFailureStatus(DictationSource source, const QString &trigger)
+QString startFailureStatus(DictationSource source, const QString &trigger, const QString &toggle)
 {
     switch (source) {
     case DictationSource::fnHold:
         return QStringLiteral("Couldn't start dictation from %1.").arg(trigger);
     case DictationSource::fnToggle:
-        return QStringLiteral("Couldn't start dictation from %1 + Space.").arg(trigger);
+        return QStringLiteral("Couldn't start dictation from %1.").arg(toggle);
     case DictationSource::commandHold:
     case DictationSource::commandToggle:
         return QStringLiteral("Couldn't start dictation from %1.").arg(commandToStart(source));
@@ -43,14 +43,15 @@ QString startFailureStatus(DictationSource source, const QString &trigger)
     return QStringLiteral("Couldn't start recording.");
 }
 
-QString finishFailureStatus(const std::optional<DictationSession> &session, const QString &trigger)
+QString finishFailureStatus(const std::optional<DictationSession> &session, const QString &trigger,
+                            const QString &toggle)
 {
     const DictationSource source = session ? session->source : DictationSource::manual;
     switch (source) {
     case DictationSource::fnHold:
         return QStringLiteral("Couldn't finish dictation from %1.").arg(trigger);
     case DictationSource::fnToggle:
-        return QStringLiteral("Couldn't finish dictation from %1 + Space.").arg(trigger);
+        return QStringLiteral("Couldn't finish dictation from %1.").arg(toggle);
     case DictationSource::commandHold:
     case DictationSource::commandToggle:
         return QStringLiteral("Couldn't finish dictation from %1.").arg(commandToFinish(source));
@@ -139,7 +140,7 @@ QCoro::Task<> AppModel::startRecording(DictationSource source)
     const auto failStart = [this](DictationSource failedSource, const std::exception_ptr &error) {
         m_lastRecordingStartedAt.reset();
         presentError(localizedMessage(error));
-        setStatusMessage(startFailureStatus(failedSource, m_triggerDisplay));
+        setStatusMessage(startFailureStatus(failedSource, m_triggerDisplay, toggleDisplay()));
     };
 
     const QPointer<AppModel> self(this);
@@ -366,7 +367,7 @@ QCoro::Task<> AppModel::stopRecordingAndTranscribe()
         if (modelGone())
             co_return;
         presentError(localizedMessage(std::current_exception()));
-        setStatusMessage(finishFailureStatus(session, m_triggerDisplay));
+        setStatusMessage(finishFailureStatus(session, m_triggerDisplay, toggleDisplay()));
     }
     setIsBusy(false);
 }

@@ -14,7 +14,7 @@ const PlatformWords &PlatformWords::macOS()
             "%1 shortcut detection isn't available right now. Fix keyboard input monitoring and "
             "relaunch the app."),
         .microphoneDeniedStatus = QStringLiteral(
-            "Enable microphone access in System Settings, then try %1 or %1 + Space again."),
+            "Enable microphone access in System Settings, then try %1 or %2 again."),
         .accessibilityRequestStatus = QStringLiteral(
             "Enable Accessibility for Quorla, then quit and reopen the app if access does not "
             "update."),
@@ -52,6 +52,7 @@ const PlatformWords &PlatformWords::macOS()
         .triggerCommandOnlyStatus = QString(),
         .noPasteRouteStatus = QString(),
         .desktopShortcutsNote = QString(),
+        .desktopShortcutsInUseNote = QString(),
     };
     return words;
 }
@@ -69,7 +70,7 @@ const PlatformWords &PlatformWords::linuxDesktop()
             "%1 shortcut detection isn't available right now. Fix keyboard monitoring in your "
             "session and relaunch the app."),
         .microphoneDeniedStatus = QStringLiteral(
-            "Enable microphone access in Settings > Sound, then try %1 or %1 + Space again."),
+            "Enable microphone access in Settings > Sound, then try %1 or %2 again."),
         .accessibilityRequestStatus = QStringLiteral(
             "Enable Accessibility for Quorla, then quit and reopen the apps you type into if "
             "access does not update."),
@@ -115,6 +116,9 @@ const PlatformWords &PlatformWords::linuxDesktop()
             "Under Wayland, where the desktop offers global shortcuts, hold Ctrl+Alt+D to dictate "
             "and press Ctrl+Alt+Space to start or stop, or choose other keys in your desktop's "
             "shortcut settings."),
+        .desktopShortcutsInUseNote = QStringLiteral(
+            "Your desktop's global shortcuts start dictation here: hold %1 to dictate and press %2 to "
+            "start or stop. Choose other keys in your desktop's shortcut settings."),
     };
     return words;
 }

@@ -11,9 +11,9 @@
 
 namespace {
 
-// Steps: H/h the hold shortcut activated/deactivated, G/g the toggle's, C the desktop
-// closing the session. Each row ends on a step that gives an event; signals arrive in
-// order, so by then the repeats before it have been seen.
+// Steps: H/h the hold shortcut activated/deactivated, G/g the toggle's, R the user
+// rebinding both, C the desktop closing the session. Each row ends on a step that gives
+// an event; signals arrive in order, so by then the repeats before it have been seen.
 TEST(PortalShortcutsHook, turnsTheDesktopsShortcutsIntoTriggerAndToggleEvents)
 {
     const QStringList kde{"CreateSession", "ListShortcuts"};
@@ -23,9 +23,9 @@ TEST(PortalShortcutsHook, turnsTheDesktopsShortcutsIntoTriggerAndToggleEvents)
         QString steps;
         QStringList events, calls;
     } cases[] = {
-        {"hold, repeats ignored", true, "HHHh", {"down", "up"}, kde},
-        {"toggle twice, repeats ignored", false, "GGgG", {"toggle", "toggle"}, kde + QStringList{"BindShortcuts"}},
-        {"session closed while held", true, "HC", {"down", "up"}, kde},
+        {"hold, repeats ignored, rebound", true, "HHRHh", {"Ctrl+Alt+H Ctrl+Alt+T", "down", "Meta+H Meta+T", "up"}, kde},
+        {"toggle twice, repeats ignored", false, "GGgG", {"Ctrl+Alt+H Ctrl+Alt+T", "toggle", "toggle"}, kde + QStringList{"BindShortcuts"}},
+        {"session closed while held", true, "HC", {"Ctrl+Alt+H Ctrl+Alt+T", "down", "up"}, kde},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
@@ -36,14 +36,16 @@ TEST(PortalShortcutsHook, turnsTheDesktopsShortcutsIntoTriggerAndToggleEvents)
         KeyboardHook::Events handlers;
         handlers.triggerChanged = [&](bool down) { events << (down ? "down" : "up"); };
         handlers.toggleRequested = [&] { events << "toggle"; };
+        handlers.namesChanged = [&] { events << hook.triggerDisplayName() + ' ' + hook.toggleDisplayName(); };
         hook.install(handlers);
         // Bound once the desktop's name for the hold shortcut is known.
         ASSERT_TRUE(QTest::qWaitFor([&] { return hook.triggerDisplayName() == "Ctrl+Alt+H"; }));
         EXPECT_EQ(portal.calls, c.calls);
         EXPECT_EQ(portal.options["CreateSession"]["session_handle_token"].toString(), "quorla");
         for (const QChar step : c.steps)
-            portal.emitSignal(step == 'C' ? "Closed" : step.isUpper() ? "Activated"
-                                                                      : "Deactivated",
+            portal.emitSignal(step == 'C' ? "Closed" : step == 'R'  ? "ShortcutsChanged"
+                                                   : step.isUpper() ? "Activated"
+                                                                    : "Deactivated",
                               step.toUpper() == 'H' ? PortalShortcutsHook::holdId : PortalShortcutsHook::toggleId);
         ASSERT_TRUE(QTest::qWaitFor([&] { return events.size() >= c.events.size(); }));
         EXPECT_EQ(events, c.events);

@@ -17,7 +17,7 @@ public:
     ~FakePortal() override;
 
     [[nodiscard]] QString service() const { return m_bus.baseService(); }
-    // Activated or Deactivated of shortcut `id`, or Closed: from the last session.
+    // Activated or Deactivated of shortcut `id`, ShortcutsChanged, or Closed: from the last session.
     void emitSignal(const QString &name, const QString &id = {});
 
     uint consent = 0;          // the answer to requests that ask the user: BindShortcuts, Start
