@@ -317,8 +317,8 @@ private:
         return elapsed >= 0 && elapsed <= triggerCausedInputSourceChangeMs;
     }
     QCoro::Task<InsertionOutcome> insertTranscriptIfNeeded(QString transcript, std::optional<DictationSession> session);
-    [[nodiscard]] QString finalStatusMessage(const std::optional<DictationSession> &session,
-                                             const InsertionOutcome &outcome) const;
+    // `copyRefused`: the desktop refused the copy auto-copy asked for.
+    [[nodiscard]] QString finalStatusMessage(const InsertionOutcome &outcome, bool copyRefused) const;
 
     AppServices m_services;
     QString m_triggerDisplay;

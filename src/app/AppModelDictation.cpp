@@ -359,10 +359,9 @@ QCoro::Task<> AppModel::stopRecordingAndTranscribe()
                                                                                           : "no target");
 
         // After insertion, so the clipboard ends up holding the transcript.
-        if (m_autoCopyTranscript) {
-            m_services.clipboard->writeText(Clipboard::Selection::clipboard, transcript, false);
-        }
-        setStatusMessage(finalStatusMessage(session, outcome));
+        const bool copyRefused =
+            m_autoCopyTranscript && !m_services.clipboard->writeText(Clipboard::Selection::clipboard, transcript, false);
+        setStatusMessage(finalStatusMessage(outcome, copyRefused));
     } catch (...) {
         if (modelGone())
             co_return;
@@ -401,11 +400,11 @@ QCoro::Task<InsertionOutcome> AppModel::insertTranscriptIfNeeded(QString transcr
     co_return outcome;
 }
 
-QString AppModel::finalStatusMessage(const std::optional<DictationSession> &session,
-                                     const InsertionOutcome &outcome) const
+QString AppModel::finalStatusMessage(const InsertionOutcome &outcome, bool copyRefused) const
 {
-    Q_UNUSED(session)
-    const bool copied = m_autoCopyTranscript;
+    const bool copied = m_autoCopyTranscript && !copyRefused;
+    // Said only where it can happen: the transcript is in History and nowhere else.
+    const QString &onlyInHistory = m_services.words->clipboardRefusedStatus;
     switch (outcome.kind) {
     case InsertionOutcome::Kind::inserted:
         return copied ? QStringLiteral("Transcript inserted into %1 and copied to the clipboard.").arg(outcome.applicationName)
@@ -414,6 +413,8 @@ QString AppModel::finalStatusMessage(const std::optional<DictationSession> &sess
         // Where no key can be pressed for the user, say how to paste it by hand.
         if (outcome.leftOnClipboard && !m_services.words->noPasteRouteStatus.isEmpty())
             return m_services.words->noPasteRouteStatus;
+        if (copyRefused && !onlyInHistory.isEmpty())
+            return onlyInHistory;
         return copied ? QStringLiteral("Typing into %1 failed, but the transcript was copied to the clipboard.")
                             .arg(outcome.applicationName)
                       : QStringLiteral("Typing into %1 failed. The transcript is still available in the app.")
@@ -421,5 +422,7 @@ QString AppModel::finalStatusMessage(const std::optional<DictationSession> &sess
     case InsertionOutcome::Kind::notAttempted:
         break;
     }
+    if (copyRefused && !onlyInHistory.isEmpty())
+        return onlyInHistory;
     return copied ? QStringLiteral("Transcript ready and copied to the clipboard.") : QStringLiteral("Transcript ready.");
 }

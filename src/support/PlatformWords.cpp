@@ -51,6 +51,7 @@ const PlatformWords &PlatformWords::macOS()
             "Keychain."),
         .triggerCommandOnlyStatus = QString(),
         .noPasteRouteStatus = QString(),
+        .clipboardRefusedStatus = QString(),
         .desktopShortcutsNote = QString(),
         .desktopShortcutsInUseNote = QString(),
     };
@@ -112,6 +113,9 @@ const PlatformWords &PlatformWords::linuxDesktop()
         .noPasteRouteStatus = QStringLiteral(
             "This Wayland session doesn't let Quorla press keys, so the text stays on the clipboard "
             "and in History. Press Ctrl+V to paste it."),
+        .clipboardRefusedStatus = QStringLiteral(
+            "This Wayland session doesn't let Quorla set the clipboard from the background, so the "
+            "transcript is kept in History, where you can copy it."),
         .desktopShortcutsNote = QStringLiteral(
             "Under Wayland, where the desktop offers global shortcuts, hold Ctrl+Alt+D to dictate "
             "and press Ctrl+Alt+Space to start or stop, or choose other keys in your desktop's "

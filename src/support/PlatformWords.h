@@ -35,6 +35,8 @@ struct PlatformWords {
     QString triggerCommandOnlyStatus; // %1 = trigger
     // Sessions where no key can be pressed for Quorla, so nothing is pasted for the user.
     QString noPasteRouteStatus;
+    // Sessions where Quorla can't set the clipboard from the background: the copy was refused.
+    QString clipboardRefusedStatus;
     QString desktopShortcutsNote;      // the desktop's own shortcuts trigger dictation; empty where none do
     QString desktopShortcutsInUseNote; // they do here: %1 = hold, %2 = toggle, as the desktop names them
 
