@@ -51,9 +51,9 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
         return m_bus.send(message.createErrorReply(QDBusError::UnknownInterface, method));
     if (method == QLatin1String("Get"))
         return m_bus.send(message.createReply(QVariant::fromValue(QDBusVariant(version))));
-    if (method == QLatin1String("NotifyKeyboardKeycode"))
+    if (method == QLatin1String("NotifyKeyboardKeysym"))
         keys.append({arguments.value(2).toInt(), arguments.value(3).toUInt()});
-    if (method == QLatin1String("NotifyKeyboardKeycode") || method == QLatin1String("Close"))
+    if (method.startsWith(QLatin1String("NotifyKeyboard")) || method == QLatin1String("Close"))
         return m_bus.send(message.createReply());
 
     const QVariantMap given = options[method] = qdbus_cast<QVariantMap>(arguments.last());

@@ -26,7 +26,7 @@ public:
     bool globalShortcuts = true;         // false: GNOME before 48, sway
     QStringList calls;                   // method names, in order
     QHash<QString, QVariantMap> options; // the last options, by method
-    QList<QPair<int, uint>> keys;        // NotifyKeyboardKeycode: key code, pressed
+    QList<QPair<int, uint>> keys;        // NotifyKeyboardKeysym: keysym, pressed
 
     QString introspect(const QString &) const override { return {}; }
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &) override;
