@@ -2,7 +2,6 @@
 
 #include "app/AppServicesFactory.h"
 #include "platform/PlatformBackends.h"
-#include "platform/QtClipboard.h"
 #include "stores/PreferencesStore.h"
 #include "support/PlatformWords.h"
 
