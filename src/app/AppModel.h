@@ -340,6 +340,7 @@ private:
     bool m_isToggleRecordingRequested = false;
     bool m_isCommandRecordingRequested = false;
     bool m_isObservingInputSource = false;
+    bool m_hadInputSource = false;
     std::optional<QDateTime> m_lastInputSourceChangeAt;
     std::optional<QDateTime> m_lastRecordingStartedAt;
     std::shared_ptr<LiveTranscription> m_warmLiveTranscription;
