@@ -32,6 +32,7 @@ struct PlatformWords {
     QString helpSaveKeyStep;
     // Sessions where the trigger key can't be watched (Wayland without a way to bind keys).
     QString triggerCommandOnlyStatus; // %1 = trigger
+    QString swayIpcUnreachable;       // %1 = trigger
     // Sessions where no key can be pressed for Quorla, so nothing is pasted for the user.
     QString noPasteRouteStatus;
     QString desktopShortcutsNote; // the desktop's own shortcuts trigger dictation; empty where none do

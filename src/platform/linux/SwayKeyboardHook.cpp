@@ -2,6 +2,7 @@
 
 #include "SwayIpcConnection.h"
 #include "models/QuorlaError.h"
+#include "support/PlatformWords.h"
 
 #include <QHash>
 #include <QJsonArray>
@@ -98,10 +99,7 @@ KeyboardHook::InstallOutcome SwayKeyboardHook::install(Events events)
 {
     uninstall();
     if (m_socketPath.isEmpty())
-        throw QuorlaError::hotkeyRegistrationFailed(
-            QStringLiteral("Quorla can't reach sway's IPC socket, so %1 and %1 + Space don't work. Run Quorla "
-                           "inside your sway session (SWAYSOCK), or start dictation with a command.")
-                .arg(m_trigger.displayName));
+        throw QuorlaError::hotkeyRegistrationFailed(PlatformWords::current().swayIpcUnreachable.arg(m_trigger.displayName));
     m_events = std::move(events);
     m_triggerDown = m_releaseMayBeLost = m_ignoreNextRelease = m_spaceBound = false;
     m_connection = new SwayIpcConnection(m_socketPath);
