@@ -22,6 +22,12 @@ public:
     bool isInstalled() const override { return m_installed; }
     void setSpaceCaptureWanted(bool wanted) override { spaceCaptureWanted = wanted; }
     QString triggerDisplayName() const override { return triggerName; }
+    bool endStuckTrigger() override
+    {
+        if (losesReleases)
+            trigger(false);
+        return losesReleases;
+    }
     InstallOutcome setTriggerKey(const TriggerKey &key) override
     {
         triggerName = key.displayName;
@@ -46,6 +52,7 @@ public:
     std::optional<QuorlaError> triggerKeyFailure;
     std::optional<QString> installNotice;
     bool spaceCaptureWanted = false;
+    bool losesReleases = false;
 
 private:
     Events m_events;

@@ -163,6 +163,14 @@ KeyboardHook::InstallOutcome SwayKeyboardHook::setTriggerKey(const TriggerKey &k
     return {};
 }
 
+bool SwayKeyboardHook::endStuckTrigger()
+{
+    if (m_triggerDown)
+        deliverTriggerUp();
+    m_ignoreNextRelease = false;
+    return true;
+}
+
 bool SwayKeyboardHook::isSettled() const
 {
     return m_connection && m_connection->pendingReplies() == 0;

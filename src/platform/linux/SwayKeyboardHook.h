@@ -15,7 +15,8 @@
 // sway drops the release binding when another key was pressed while the trigger was held,
 // so a Space during the hold ends the trigger at the Space's release (or, should that be
 // lost too, a moment later), and a press of a trigger we still think is down stands for the
-// release we never saw.
+// release we never saw. Other keys are never reported, so a hold that falls silent for long
+// is ended through endStuckTrigger().
 class SwayKeyboardHook : public KeyboardHook
 {
 public:
@@ -28,6 +29,7 @@ public:
     void setSpaceCaptureWanted(bool wanted) override;
     [[nodiscard]] QString triggerDisplayName() const override { return m_trigger.displayName; }
     InstallOutcome setTriggerKey(const TriggerKey &key) override;
+    bool endStuckTrigger() override;
 
     // Test hook: sway has carried out every binding change asked for so far.
     [[nodiscard]] bool isSettled() const;
