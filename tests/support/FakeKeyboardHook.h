@@ -22,12 +22,7 @@ public:
     bool isInstalled() const override { return m_installed; }
     void setSpaceCaptureWanted(bool wanted) override { spaceCaptureWanted = wanted; }
     QString triggerDisplayName() const override { return triggerName; }
-    bool endStuckTrigger() override
-    {
-        if (losesReleases)
-            trigger(false);
-        return losesReleases;
-    }
+    bool endStuckTrigger() override { return losesReleases && (trigger(false), true); } // a held trigger goes up
     InstallOutcome setTriggerKey(const TriggerKey &key) override
     {
         triggerName = key.displayName;
