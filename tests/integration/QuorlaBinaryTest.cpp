@@ -200,8 +200,8 @@ TEST_F(QuorlaBinary, dictatesIntoANativeWaylandFieldWhileTheTriggerIsHeld)
     ASSERT_TRUE(entry.application());
     QProcess hand; // the trigger held once, while the speech plays
     hand.setProcessEnvironment(environment);
-    hand.start("wtype", {"-P", "Control_R", "-s", "6000", "-p", "Control_R"});
-    ASSERT_TRUE(waitUntil([&] { return dictationState() == "recording"; }, 5000));
+    hand.start("wtype", {"-P", "Control_R", "-s", "8000", "-p", "Control_R"});
+    ASSERT_TRUE(waitUntil([&] { return dictationState() == "recording"; }, 7000));
     EXPECT_EQ(std::get<0>(run("paplay", {"-d", "vsink", home.filePath("speech.wav")})), 0);
     EXPECT_TRUE(waitUntil([&] { return fileContents(field) == "Dictated in sway."; }, 30000)) << fileContents(field).toStdString();
 }
