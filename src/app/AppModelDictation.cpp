@@ -263,8 +263,9 @@ QCoro::Task<> AppModel::startRecording(DictationSource source)
     setStatusMessage(recordingStatusMessage(session));
 }
 
-// sway drops the trigger's release when another key met the held trigger, and the hold
-// would record on: a long silence ends it as the release would, so nothing is lost.
+// sway drops the trigger's release when another key met the held trigger; where no
+// application reported that key, the hold would record on: a long silence ends it as the
+// release would, so nothing is lost.
 void AppModel::endSilentHold()
 {
     if (!m_isRecording || !m_activeSession || m_activeSession->source != DictationSource::fnHold)

@@ -203,7 +203,12 @@ TEST_F(QuorlaBinary, dictatesIntoANativeWaylandFieldWhileTheTriggerIsHeld)
     hand.start("wtype", {"-P", "Control_R", "-s", "8000", "-p", "Control_R"});
     ASSERT_TRUE(waitUntil([&] { return dictationState() == "recording"; }, 7000));
     EXPECT_EQ(std::get<0>(run("paplay", {"-d", "vsink", home.filePath("speech.wav")})), 0);
-    EXPECT_TRUE(waitUntil([&] { return fileContents(field) == "Dictated in sway."; }, 30000)) << fileContents(field).toStdString();
+    EXPECT_TRUE(waitUntil([&] { return fileContents(field) == "Dictated in sway." && dictationState() == "idle"; }, 30000)) << fileContents(field).toStdString();
+
+    // The trigger with another key is that key's shortcut: the hold is dropped, nothing stays held.
+    run("wtype", {"-P", "Control_R", "-s", "600", "-k", "a", "-s", "300", "-p", "Control_R"}, environment);
+    EXPECT_TRUE(waitUntil([&] { return fileContents(field) == "Dictated in sway.a" && dictationState() == "idle"; }, 5000));
+    EXPECT_EQ(server.requests().size(), 1);
 }
 
 } // namespace

@@ -88,6 +88,7 @@ SwayKeyboardHook::SwayKeyboardHook(TriggerKey trigger, QString socketPath)
         if (m_triggerDown && m_releaseMayBeLost)
             deliverTriggerUp();
     });
+    QObject::connect(&m_keystrokes, &AtSpiKeystrokeWatch::keyPressed, &m_keystrokes, [this] { otherKeyPressed(); });
 }
 
 SwayKeyboardHook::~SwayKeyboardHook()
@@ -138,6 +139,7 @@ void SwayKeyboardHook::uninstall()
     m_spaceBound = false;
     m_triggerDown = false;
     m_lostReleaseTimer.stop();
+    m_keystrokes.stop();
 }
 
 void SwayKeyboardHook::setSpaceCaptureWanted(bool wanted)
@@ -160,6 +162,7 @@ KeyboardHook::InstallOutcome SwayKeyboardHook::setTriggerKey(const TriggerKey &k
     }
     m_trigger = key;
     m_triggerDown = m_releaseMayBeLost = m_ignoreNextRelease = false;
+    m_keystrokes.stop();
     return {};
 }
 
@@ -225,8 +228,20 @@ void SwayKeyboardHook::triggerPressed()
     }
     m_ignoreNextRelease = false;
     m_triggerDown = true;
+    m_keystrokes.start();
     if (m_events.triggerChanged)
         m_events.triggerChanged(true);
+}
+
+void SwayKeyboardHook::otherKeyPressed()
+{
+    // A bound Space never reaches an application, so this is another key: sway will not
+    // report the trigger's release, and the gesture is that key's shortcut.
+    if (!m_triggerDown)
+        return;
+    if (m_events.otherKeyDown)
+        m_events.otherKeyDown();
+    deliverTriggerUp();
 }
 
 void SwayKeyboardHook::triggerReleased()
@@ -239,6 +254,7 @@ void SwayKeyboardHook::triggerReleased()
 void SwayKeyboardHook::deliverTriggerUp()
 {
     m_lostReleaseTimer.stop();
+    m_keystrokes.stop();
     m_triggerDown = false;
     m_releaseMayBeLost = false;
     if (m_events.triggerChanged)
