@@ -39,6 +39,8 @@ AppModel::AppModel(AppServices services, QObject *parent)
     });
     m_liveTranscriptionRelease.setSingleShot(true);
     connect(&m_liveTranscriptionRelease, &QTimer::timeout, this, [this] { m_warmLiveTranscription.reset(); });
+    m_silentHoldCheck.setInterval(1000);
+    connect(&m_silentHoldCheck, &QTimer::timeout, this, &AppModel::endSilentHold);
     connect(m_services.pushToTalkMonitor.get(), &GlobalPushToTalkMonitor::triggerKeyChanged, this,
             &AppModel::handleTriggerKeyChanged);
     connect(m_services.pushToTalkMonitor.get(), &GlobalPushToTalkMonitor::routeChanged, this,

@@ -300,6 +300,7 @@ private:
     void handleTriggerKeyChanged(bool down);
     // Stops the running recording and deletes its file; no status line.
     void discardRecording();
+    void endSilentHold();
     // What the dictation pipeline gets, taken from the settings and the dictionary now.
     [[nodiscard]] DictationRequest dictationRequest(const QString &recordingPath, const QString &apiKey,
                                                     const std::optional<InputLanguageHint> &language) const;
@@ -351,8 +352,11 @@ private:
     bool m_isToggleRecordingRequested = false;
     bool m_isCommandRecordingRequested = false;
     bool m_isObservingInputSource = false;
+    bool m_hadInputSource = false;
     std::optional<QDateTime> m_lastInputSourceChangeAt;
     std::optional<QDateTime> m_lastRecordingStartedAt;
     std::shared_ptr<LiveTranscription> m_warmLiveTranscription;
     QTimer m_liveTranscriptionRelease;
+    // Watches a hold for the long silence that ends one whose release the desktop dropped.
+    QTimer m_silentHoldCheck;
 };

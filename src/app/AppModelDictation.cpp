@@ -26,6 +26,8 @@ namespace {
 constexpr double shortestSpeechSeconds = 0.22;
 constexpr double levelTestedUpToSeconds = 0.75;
 constexpr float quietestSpeechDecibels = -20.0f;
+// A hold this long silent is taken for one whose release the desktop dropped.
+constexpr double longestSilentHoldSeconds = 20;
 
 QString startFailureStatus(DictationSource source, const QString &trigger, const QString &toggle)
 {
@@ -256,7 +258,21 @@ QCoro::Task<> AppModel::startRecording(DictationSource source)
     m_activeSession = session;
     m_lastRecordingStartedAt = m_services.now();
     setIsRecording(true);
+    if (session.source == DictationSource::fnHold)
+        m_silentHoldCheck.start();
     setStatusMessage(recordingStatusMessage(session));
+}
+
+// sway drops the trigger's release when another key met the held trigger; where no
+// application reported that key, the hold would record on: a long silence ends it as the
+// release would, so nothing is lost.
+void AppModel::endSilentHold()
+{
+    if (!m_isRecording || !m_activeSession || m_activeSession->source != DictationSource::fnHold)
+        return m_silentHoldCheck.stop();
+    if (m_services.audioRecorder->silentSeconds() >= longestSilentHoldSeconds
+        && !m_services.pushToTalkMonitor->endStuckTrigger())
+        m_silentHoldCheck.stop(); // this desktop always reports the release
 }
 
 // ---- finish

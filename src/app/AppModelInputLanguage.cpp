@@ -17,6 +17,7 @@ void AppModel::startObservingInputSourceChanges()
     if (m_isObservingInputSource)
         return;
     m_isObservingInputSource = true;
+    m_hadInputSource = m_services.inputSourceLanguageDetector->hasInputSource();
     m_services.inputSourceLanguageDetector->startObservingChanges([model = QPointer<AppModel>(this)] {
         if (!model)
             return;
@@ -32,8 +33,12 @@ void AppModel::startObservingInputSourceChanges()
 
 void AppModel::handleInputSourceChange(const QDateTime &now)
 {
-    m_lastInputSourceChangeAt = now;
     refreshCurrentInputLanguageHint();
+    // The first source to come into sight (the compositor's first answer, or a first keyboard
+    // appearing as a key goes down) is not a switch the trigger could have made.
+    if (!std::exchange(m_hadInputSource, m_services.inputSourceLanguageDetector->hasInputSource()))
+        return;
+    m_lastInputSourceChangeAt = now;
     if (!m_isRecording || !m_activeSession || m_activeSession->source != DictationSource::fnHold)
         return;
     if (!m_lastRecordingStartedAt)

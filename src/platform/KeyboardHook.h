@@ -52,6 +52,10 @@ public:
     // True while a Space press would be consumed (trigger held for no shortcut, or toggle
     // running): backends that cannot decide each press synchronously take Space only then.
     virtual void setSpaceCaptureWanted(bool wanted) = 0;
+    // Where the desktop can drop the trigger's release, ends a trigger still down as if it
+    // were released and returns true; its real release, should it come, changes nothing.
+    // Elsewhere a held trigger always ends with its release: returns false.
+    virtual bool endStuckTrigger() { return false; }
     // The trigger key's name as shown to the user ("Fn", "Right Ctrl", ...).
     [[nodiscard]] virtual QString triggerDisplayName() const = 0;
     // The toggle's own shortcut as shown to the user, where the desktop binds it apart from

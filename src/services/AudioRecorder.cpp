@@ -9,6 +9,13 @@
 #include <QUuid>
 #include <algorithm>
 
+namespace {
+
+// Louder than this is more than a quiet room: speech, or at least someone there.
+constexpr float quietestSoundDecibels = -40.0f;
+
+} // namespace
+
 AudioRecorder::AudioRecorder(std::shared_ptr<AudioCapture> capture, QString recordingsDirectory, QObject *parent)
     : QObject(parent)
     , m_capture(std::move(capture))
@@ -54,6 +61,7 @@ void AudioRecorder::startRecording(PcmTap tap)
     m_capture->start(url); // throws; nothing is stored then
     m_releaseTimer.stop();
     m_maxPeakPower = -160.0f;
+    m_lastSoundAt = 0;
     m_currentRecordingURL = url;
     foldPeakPower();
     m_meterTimer.start();
@@ -70,7 +78,10 @@ void AudioRecorder::meterTick()
 
 void AudioRecorder::foldPeakPower()
 {
-    m_maxPeakPower = std::max({m_maxPeakPower, m_capture->takePeakPower(), -160.0f});
+    const float peak = m_capture->takePeakPower();
+    m_maxPeakPower = std::max({m_maxPeakPower, peak, -160.0f});
+    if (peak > quietestSoundDecibels)
+        m_lastSoundAt = m_capture->currentTime();
 }
 
 AudioRecorder::FinishedRecording AudioRecorder::stopRecording()

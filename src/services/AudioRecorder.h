@@ -57,6 +57,8 @@ public:
 
     [[nodiscard]] bool isRecording() const { return m_currentRecordingURL.has_value(); }
     [[nodiscard]] float maxPeakPower() const { return m_maxPeakPower; }
+    // How long the running recording has heard nothing louder than a quiet room.
+    [[nodiscard]] double silentSeconds() const { return m_capture->currentTime() - m_lastSoundAt; }
     [[nodiscard]] AudioCapture &capture() const { return *m_capture; }
 
 Q_SIGNALS:
@@ -75,5 +77,6 @@ private:
     QTimer m_meterTimer;
     QTimer m_releaseTimer;
     float m_maxPeakPower = -160.0f;
+    double m_lastSoundAt = 0;
     QString m_recordingsDirectory;
 };

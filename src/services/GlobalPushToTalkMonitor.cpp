@@ -71,6 +71,11 @@ void GlobalPushToTalkMonitor::setTriggerKey(const TriggerKey &key)
     m_installNotice = m_hook->setTriggerKey(key).notice;
 }
 
+bool GlobalPushToTalkMonitor::endStuckTrigger()
+{
+    return m_hook->endStuckTrigger();
+}
+
 void GlobalPushToTalkMonitor::endGestureInProgress()
 {
     const PushToTalkTriggerPhase phase = m_triggerState.phase;

@@ -52,6 +52,10 @@ public:
     // Throws QuorlaError::hotkeyRegistrationFailed when the new key cannot be observed.
     void setTriggerKey(const TriggerKey &key);
 
+    // Ends a held trigger whose release the desktop may have dropped, as its release would;
+    // false where releases are never dropped.
+    bool endStuckTrigger();
+
     // Feeds one input and performs the returned actions in order.
     PushToTalkTriggerStateMachine::Actions apply(PushToTalkTriggerInput input);
 

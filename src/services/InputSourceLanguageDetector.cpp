@@ -29,6 +29,11 @@ std::optional<InputLanguageHint> InputSourceLanguageDetector::currentLanguageHin
     return std::nullopt;
 }
 
+bool InputSourceLanguageDetector::hasInputSource() const
+{
+    return m_provider->currentInputSource().has_value();
+}
+
 void InputSourceLanguageDetector::startObservingChanges(std::function<void()> onChange)
 {
     m_provider->startObservingChanges(std::move(onChange));

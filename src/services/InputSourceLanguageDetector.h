@@ -24,6 +24,8 @@ public:
 
     // The hint for the selected source in the user's current locale; absent when none can be derived.
     [[nodiscard]] std::optional<InputLanguageHint> currentLanguageHint() const;
+    // Whether any input source can be read now.
+    [[nodiscard]] bool hasInputSource() const;
     // onChange runs on the main thread after every change of the selected source.
     void startObservingChanges(std::function<void()> onChange);
 

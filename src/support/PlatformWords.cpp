@@ -50,6 +50,7 @@ const PlatformWords &PlatformWords::macOS()
             "Paste the key into the API key field and press Save. Quorla stores it in macOS "
             "Keychain."),
         .triggerCommandOnlyStatus = QString(),
+        .swayIpcUnreachable = QString(),
         .noPasteRouteStatus = QString(),
         .clipboardRefusedStatus = QString(),
         .desktopShortcutsNote = QString(),
@@ -110,6 +111,9 @@ const PlatformWords &PlatformWords::linuxDesktop()
         .triggerCommandOnlyStatus = QStringLiteral(
             "This Wayland session doesn't let Quorla watch %1. Bind \"quorla dictation toggle\" to a "
             "key in your desktop's keyboard shortcuts: see Settings > Use another key or a command."),
+        .swayIpcUnreachable = QStringLiteral(
+            "Quorla can't reach sway's IPC socket, so %1 and %1 + Space don't work. Run Quorla "
+            "inside your sway session (SWAYSOCK), or start dictation with a command."),
         .noPasteRouteStatus = QStringLiteral(
             "This Wayland session doesn't let Quorla press keys, so the text stays on the clipboard "
             "and in History. Press Ctrl+V to paste it."),

@@ -33,6 +33,7 @@ struct PlatformWords {
     QString helpSaveKeyStep;
     // Sessions where the trigger key can't be watched (Wayland without a way to bind keys).
     QString triggerCommandOnlyStatus; // %1 = trigger
+    QString swayIpcUnreachable;       // %1 = trigger
     // Sessions where no key can be pressed for Quorla, so nothing is pasted for the user.
     QString noPasteRouteStatus;
     // Sessions where Quorla can't set the clipboard from the background: the copy was refused.

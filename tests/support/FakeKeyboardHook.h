@@ -23,6 +23,7 @@ public:
     void setSpaceCaptureWanted(bool wanted) override { spaceCaptureWanted = wanted; }
     QString triggerDisplayName() const override { return triggerName; }
     QString toggleDisplayName() const override { return toggleName; }
+    bool endStuckTrigger() override { return losesReleases && (trigger(false), true); } // a held trigger goes up
     InstallOutcome setTriggerKey(const TriggerKey &key) override
     {
         triggerName = key.displayName;
@@ -49,6 +50,7 @@ public:
     std::optional<QuorlaError> triggerKeyFailure;
     std::optional<QString> installNotice;
     bool spaceCaptureWanted = false;
+    bool losesReleases = false;
 
 private:
     Events m_events;

@@ -154,9 +154,13 @@ TEST_F(AppModelDictationTest, spaceDuringAHoldTurnsItIntoAToggle)
 
 TEST_F(AppModelDictationTest, anInputSourceChangeRightAfterAHoldStartCancelsIt)
 {
+    // The first source to come into sight is no switch.
     fixture.inputSource->source = InputSourceInfo{"fr", {}, "French", {"fr"}};
-    model->handleInputSourceChange(fixture.now.addSecs(-60));
+    model->handleInputSourceChange(fixture.now);
     EXPECT_EQ(model->currentInputLanguageHint(), (InputLanguageHint{"fr", "French"}));
+    QCoro::waitFor(press(Source::fnHold, true));
+    EXPECT_TRUE(model->isRecording());
+    QCoro::waitFor(press(Source::fnHold, false));
     for (const auto &[gapMs, cancelled] : std::initializer_list<std::pair<qint64, bool>>{{501, false}, {500, true}, {0, true}}) {
         SCOPED_TRACE(gapMs);
         QCoro::waitFor(press(Source::fnHold, true));

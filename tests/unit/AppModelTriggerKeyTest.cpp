@@ -81,6 +81,12 @@ TEST_F(AppModelTriggerKeyTest, holdingTheTriggerRecordsUntilItIsReleased)
     QTest::qWait(200);
     EXPECT_FALSE(model.isRecording());
     EXPECT_EQ(fixture.speech->requests.size(), 1);
+
+    fixture.keyboard->losesReleases = true; // a long silence sends a hold whose release may be lost
+    fixture.keyboard->trigger(true);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return model.isRecording(); }, 2000));
+    std::tie(fixture.audio->peakPower, fixture.audio->duration) = std::tuple(-60.0f, 30.0);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return fixture.speech->requests.size() == 2; }, 3000));
 }
 
 // The microphone opens with the key only for a press that can start a dictation now,

@@ -2,6 +2,7 @@
 
 #include "SwayIpcConnection.h"
 #include "models/QuorlaError.h"
+#include "support/PlatformWords.h"
 
 #include <QHash>
 #include <QJsonArray>
@@ -87,6 +88,7 @@ SwayKeyboardHook::SwayKeyboardHook(TriggerKey trigger, QString socketPath)
         if (m_triggerDown && m_releaseMayBeLost)
             deliverTriggerUp();
     });
+    QObject::connect(&m_keystrokes, &AtSpiKeystrokeWatch::keyPressed, &m_keystrokes, [this] { otherKeyPressed(); });
 }
 
 SwayKeyboardHook::~SwayKeyboardHook()
@@ -98,10 +100,7 @@ KeyboardHook::InstallOutcome SwayKeyboardHook::install(Events events)
 {
     uninstall();
     if (m_socketPath.isEmpty())
-        throw QuorlaError::hotkeyRegistrationFailed(
-            QStringLiteral("Quorla can't reach sway's IPC socket, so %1 and %1 + Space don't work. Run Quorla "
-                           "inside your sway session (SWAYSOCK), or start dictation with a command.")
-                .arg(m_trigger.displayName));
+        throw QuorlaError::hotkeyRegistrationFailed(PlatformWords::current().swayIpcUnreachable.arg(m_trigger.displayName));
     m_events = std::move(events);
     m_triggerDown = m_releaseMayBeLost = m_ignoreNextRelease = m_spaceBound = false;
     m_connection = new SwayIpcConnection(m_socketPath);
@@ -140,6 +139,7 @@ void SwayKeyboardHook::uninstall()
     m_spaceBound = false;
     m_triggerDown = false;
     m_lostReleaseTimer.stop();
+    m_keystrokes.stop();
 }
 
 void SwayKeyboardHook::setSpaceCaptureWanted(bool wanted)
@@ -162,7 +162,16 @@ KeyboardHook::InstallOutcome SwayKeyboardHook::setTriggerKey(const TriggerKey &k
     }
     m_trigger = key;
     m_triggerDown = m_releaseMayBeLost = m_ignoreNextRelease = false;
+    m_keystrokes.stop();
     return {};
+}
+
+bool SwayKeyboardHook::endStuckTrigger()
+{
+    if (m_triggerDown)
+        deliverTriggerUp();
+    m_ignoreNextRelease = false;
+    return true;
 }
 
 bool SwayKeyboardHook::isSettled() const
@@ -219,8 +228,20 @@ void SwayKeyboardHook::triggerPressed()
     }
     m_ignoreNextRelease = false;
     m_triggerDown = true;
+    m_keystrokes.start();
     if (m_events.triggerChanged)
         m_events.triggerChanged(true);
+}
+
+void SwayKeyboardHook::otherKeyPressed()
+{
+    // A bound Space never reaches an application, so this is another key: sway will not
+    // report the trigger's release, and the gesture is that key's shortcut.
+    if (!m_triggerDown)
+        return;
+    if (m_events.otherKeyDown)
+        m_events.otherKeyDown();
+    deliverTriggerUp();
 }
 
 void SwayKeyboardHook::triggerReleased()
@@ -233,6 +254,7 @@ void SwayKeyboardHook::triggerReleased()
 void SwayKeyboardHook::deliverTriggerUp()
 {
     m_lostReleaseTimer.stop();
+    m_keystrokes.stop();
     m_triggerDown = false;
     m_releaseMayBeLost = false;
     if (m_events.triggerChanged)

@@ -2,6 +2,7 @@
 
 #include "models/TriggerKey.h"
 #include "platform/KeyboardHook.h"
+#include "platform/linux/AtSpiKeystrokeWatch.h"
 #include "platform/linux/SwayIpcConnection.h"
 
 #include <QPointer>
@@ -15,7 +16,10 @@
 // sway drops the release binding when another key was pressed while the trigger was held,
 // so a Space during the hold ends the trigger at the Space's release (or, should that be
 // lost too, a moment later), and a press of a trigger we still think is down stands for the
-// release we never saw.
+// release we never saw. While the trigger is down, keys that applications report to the
+// accessibility bus make the gesture a shortcut whose release is known lost; keys of other
+// applications are never heard, so a hold that falls silent for long is ended through
+// endStuckTrigger().
 class SwayKeyboardHook : public KeyboardHook
 {
 public:
@@ -28,6 +32,7 @@ public:
     void setSpaceCaptureWanted(bool wanted) override;
     [[nodiscard]] QString triggerDisplayName() const override { return m_trigger.displayName; }
     InstallOutcome setTriggerKey(const TriggerKey &key) override;
+    bool endStuckTrigger() override;
 
     // Test hook: sway has carried out every binding change asked for so far.
     [[nodiscard]] bool isSettled() const;
@@ -38,6 +43,7 @@ private:
     void triggerPressed();
     void triggerReleased();
     void deliverTriggerUp();
+    void otherKeyPressed();
 
     TriggerKey m_trigger;
     QString m_socketPath;
@@ -51,4 +57,5 @@ private:
     bool m_ignoreNextRelease = false;
     // Ends a trigger whose release may be lost, once the Space that met it fell silent.
     QTimer m_lostReleaseTimer;
+    AtSpiKeystrokeWatch m_keystrokes;
 };
