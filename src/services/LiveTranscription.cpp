@@ -9,6 +9,7 @@
 #include <QNetworkRequest>
 #include <QUrlQuery>
 #include <algorithm>
+#include <utility>
 
 Q_LOGGING_CATEGORY(lcLiveTranscription, "quorla.live")
 
@@ -107,17 +108,24 @@ void LiveTranscription::configure(const LiveTranscriptionSettings &settings)
 
 void LiveTranscription::append(std::span<const std::int16_t> samples)
 {
-    if (m_failure)
-        return; // the upload takes over: nothing to keep
+    if (m_failure || m_speechEnded)
+        return; // the upload takes over, or this is after the release
     m_pendingAudio.append(reinterpret_cast<const char *>(samples.data()), qsizetype(samples.size_bytes()));
     sendPendingAudio(false);
+}
+
+void LiveTranscription::commit()
+{
+    if (std::exchange(m_speechEnded, true))
+        return;
+    m_commitWanted = true;
+    commitWhenPossible();
 }
 
 QCoro::Task<QString> LiveTranscription::finish()
 {
     m_finishing = true;
-    m_commitWanted = true;
-    commitWhenPossible();
+    commit();
     m_deadline.start();
     checkSettled();
     // Emitted once only: QCoro's signal awaiter must not see a second emission.
@@ -168,6 +176,8 @@ void LiveTranscription::commitWhenPossible()
     // anything, and it answers an empty commit with an error that is no fault.
     sendJson(compact({{"type", "input_audio_buffer.commit"}}));
     m_commitAwaited = true;
+    // Out now rather than at the event loop's next turn: the release has more to do first.
+    m_socket.flush();
 }
 
 void LiveTranscription::handleMessage(const QString &message)

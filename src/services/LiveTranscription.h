@@ -60,10 +60,14 @@ public:
     void open(const QUrl &apiBaseURL, const QString &apiKey);
     // Sends the configuration as soon as the socket is open, before any audio.
     void configure(const LiveTranscriptionSettings &settings);
-    // Mono 16-bit PCM at sampleRate; kept while the socket is still opening.
+    // Mono 16-bit PCM at sampleRate; kept while the socket is still opening. Dropped
+    // once the speech has ended.
     void append(std::span<const std::int16_t> samples);
-    // Commits the speech not yet committed and waits for every segment's transcript,
-    // at most the deadline. Throws LiveTranscriptionFailure.
+    // The speech has ended (the release): what is held back goes out with the commit of
+    // the speech not yet committed, at once or as soon as the socket is open.
+    void commit();
+    // Commits (when commit() has not) and waits for every segment's transcript, at most
+    // the deadline. Throws LiveTranscriptionFailure.
     QCoro::Task<QString> finish();
     // Closes the socket; what is still on its way is dropped.
     void close();
@@ -89,6 +93,7 @@ private:
     bool m_connected = false;
     bool m_closing = false;
     QByteArray m_pendingAudio;
+    bool m_speechEnded = false;
     bool m_commitWanted = false;
     bool m_commitAwaited = false;
     QStringList m_segmentOrder;

@@ -48,6 +48,8 @@ TEST(LiveTranscriptionTest, transcribesWhileRecordingAndFallsBackToTheUpload)
         request.live->configure({"gpt-4o-mini-transcribe", c.language, transcriptionPrompt(c.guidance)});
         for (int chunk = 0; chunk < 50; ++chunk) // 40 ms each
             request.live->append(std::vector<std::int16_t>(960, 1000));
+        request.live->commit(); // the release: what comes after is not sent
+        request.live->append(std::vector<std::int16_t>(960, 1000));
 
         const auto result = waitForResult(DictationPipeline(std::make_shared<OpenAIClient>(&network, http.baseURL())).run(request));
         EXPECT_EQ(result.value.value_or(result.errorText()), c.result);
