@@ -70,7 +70,7 @@ private:
             if (fault == Fault::closeMidDictation && receivedSamples >= 12000)
                 m_socket->close(QWebSocketProtocol::CloseCodeAbnormalDisconnection);
             while (nextPause < pauses.size() && pauses[nextPause].afterSamples <= receivedSamples) {
-                send({{"type", "input_audio_buffer.speech_stopped"}, {"item_id", QString::number(segments + 1)}});
+                send({{"type", "input_audio_buffer.speech_stopped"}, {"item_id", QString::number(segments + 1)}, {"audio_end_ms", receivedSamples / 24}});
                 commit(pauses[nextPause++].text);
             }
         } else if (type == u"input_audio_buffer.commit" && uncommittedSamples < 2400) {
