@@ -297,6 +297,12 @@ QCoro::Task<> AppModel::stopRecordingAndTranscribe()
 {
     if (m_isBusy)
         co_return;
+    // The speech ended with the release: its last audio and the commit go out before the
+    // file is finished and the window follows, so the service starts on it at once.
+    if (m_activeSession && m_activeSession->live) {
+        m_services.audioRecorder->endPcmTap();
+        m_activeSession->live->commit();
+    }
     setErrorMessage(std::nullopt);
     setIsRecording(false);
     setIsBusy(true);

@@ -41,6 +41,9 @@ public:
     // before it included, to tap, converted to tap.sampleRate; its stop() delivers the
     // last ones. An empty tap (the default) delivers nothing.
     virtual void setPcmTap(PcmTap tap) = 0;
+    // Hands the running recording's tap what was captured up to now and nothing after;
+    // the file goes on until stop(). Does nothing without a recording or a tap.
+    virtual void endPcmTap() = 0;
     // Seconds recorded since start() (after stop(), in the finished file), not counting
     // the prepared audio the file begins with.
     [[nodiscard]] virtual double currentTime() const = 0;

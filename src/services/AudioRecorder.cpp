@@ -104,6 +104,12 @@ AudioRecorder::FinishedRecording AudioRecorder::stopRecording()
     return result;
 }
 
+void AudioRecorder::endPcmTap()
+{
+    if (isRecording())
+        m_capture->endPcmTap();
+}
+
 void AudioRecorder::cancelRecording()
 {
     if (!m_currentRecordingURL)

@@ -46,6 +46,9 @@ public:
     // Throws QuorlaError::noRecordingInProgress when idle, or the fault that broke the
     // recording (its file is deleted and the recorder is idle again).
     FinishedRecording stopRecording();
+    // The tap's consumer gets the audio captured up to now and nothing after, while the
+    // file goes on to stopRecording(); does nothing when idle.
+    void endPcmTap();
     // Ends the recording and deletes its file; does nothing when idle.
     void cancelRecording();
 

@@ -9,6 +9,8 @@
 #include <QNetworkRequest>
 #include <QUrlQuery>
 #include <algorithm>
+#include <cstdlib>
+#include <utility>
 
 Q_LOGGING_CATEGORY(lcLiveTranscription, "quorla.live")
 
@@ -19,6 +21,9 @@ constexpr qsizetype bytesPerSample = 2;
 // a second (a socket that opened late sends its backlog in bounded messages).
 constexpr qsizetype smallestAppendBytes = LiveTranscription::sampleRate / 10 * bytesPerSample;
 constexpr qsizetype largestAppendBytes = LiveTranscription::sampleRate * bytesPerSample;
+// Audio whose samples all stay below -40 dBFS holds no speech: 20 dB under what a
+// short recording must reach to count as speech at all.
+constexpr int quietestSound = 328;
 
 QByteArray compact(const QJsonObject &object)
 {
@@ -107,17 +112,33 @@ void LiveTranscription::configure(const LiveTranscriptionSettings &settings)
 
 void LiveTranscription::append(std::span<const std::int16_t> samples)
 {
-    if (m_failure)
-        return; // the upload takes over: nothing to keep
+    if (m_failure || m_speechEnded)
+        return; // the upload takes over, or this is after the release
+    m_appendedSamples += qint64(samples.size());
+    if (std::any_of(samples.begin(), samples.end(), [](std::int16_t sample) { return std::abs(sample) >= quietestSound; }))
+        m_lastSoundAt = m_appendedSamples;
     m_pendingAudio.append(reinterpret_cast<const char *>(samples.data()), qsizetype(samples.size_bytes()));
     sendPendingAudio(false);
+}
+
+void LiveTranscription::commit()
+{
+    if (std::exchange(m_speechEnded, true))
+        return;
+    // Only silence since the service's last cut at a pause: its commit would add a
+    // segment of silence to wait for, and invite a transcript of it.
+    if (m_silenceSince && m_lastSoundAt <= *m_silenceSince) {
+        m_pendingAudio.clear();
+        return;
+    }
+    m_commitWanted = true;
+    commitWhenPossible();
 }
 
 QCoro::Task<QString> LiveTranscription::finish()
 {
     m_finishing = true;
-    m_commitWanted = true;
-    commitWhenPossible();
+    commit();
     m_deadline.start();
     checkSettled();
     // Emitted once only: QCoro's signal awaiter must not see a second emission.
@@ -168,6 +189,8 @@ void LiveTranscription::commitWhenPossible()
     // anything, and it answers an empty commit with an error that is no fault.
     sendJson(compact({{"type", "input_audio_buffer.commit"}}));
     m_commitAwaited = true;
+    // Out now rather than at the event loop's next turn: the release has more to do first.
+    m_socket.flush();
 }
 
 void LiveTranscription::handleMessage(const QString &message)
@@ -175,8 +198,17 @@ void LiveTranscription::handleMessage(const QString &message)
     const QJsonObject event = QJsonDocument::fromJson(message.toUtf8()).object();
     const QString type = event.value("type").toString();
     const QString segment = event.value("item_id").toString();
-    if (type == u"input_audio_buffer.speech_stopped") {
+    if (type == u"input_audio_buffer.speech_started") {
+        m_silenceSince.reset();
+        return;
+    } else if (type == u"input_audio_buffer.speech_stopped") {
+        // Awaited from now on: the release may come before the service commits it.
         m_segmentsCutAtPauses.insert(segment);
+        if (!m_segmentOrder.contains(segment))
+            m_segmentOrder.append(segment);
+        // The segment ends here, its closing silence included; what follows is uncommitted.
+        const QJsonValue end = event.value("audio_end_ms");
+        m_silenceSince = end.isDouble() ? std::optional(qint64(end.toDouble()) * sampleRate / 1000) : std::nullopt;
         return;
     } else if (type == u"input_audio_buffer.committed") {
         if (!m_segmentOrder.contains(segment))

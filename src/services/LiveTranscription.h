@@ -60,10 +60,15 @@ public:
     void open(const QUrl &apiBaseURL, const QString &apiKey);
     // Sends the configuration as soon as the socket is open, before any audio.
     void configure(const LiveTranscriptionSettings &settings);
-    // Mono 16-bit PCM at sampleRate; kept while the socket is still opening.
+    // Mono 16-bit PCM at sampleRate; kept while the socket is still opening. Dropped
+    // once the speech has ended.
     void append(std::span<const std::int16_t> samples);
-    // Commits the speech not yet committed and waits for every segment's transcript,
-    // at most the deadline. Throws LiveTranscriptionFailure.
+    // The speech has ended (the release): what is held back goes out with the commit of
+    // the speech not yet committed, at once or as soon as the socket is open. Nothing is
+    // committed when all since the service's last cut at a pause is silence.
+    void commit();
+    // Commits (when commit() has not) and waits for every segment's transcript, at most
+    // the deadline. Throws LiveTranscriptionFailure.
     QCoro::Task<QString> finish();
     // Closes the socket; what is still on its way is dropped.
     void close();
@@ -89,6 +94,12 @@ private:
     bool m_connected = false;
     bool m_closing = false;
     QByteArray m_pendingAudio;
+    bool m_speechEnded = false;
+    // In samples appended: the end of the last audio loud enough to be speech, and where
+    // the service last cut a segment at a pause while it has heard no speech since.
+    qint64 m_appendedSamples = 0;
+    qint64 m_lastSoundAt = 0;
+    std::optional<qint64> m_silenceSince;
     bool m_commitWanted = false;
     bool m_commitAwaited = false;
     QStringList m_segmentOrder;

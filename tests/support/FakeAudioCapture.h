@@ -24,6 +24,7 @@ public:
         std::tie(recording, prepared, fault) = std::tuple(true, false, nullptr);
     }
     void setPcmTap(PcmTap tap) override { pcmTap = std::move(tap); }
+    void endPcmTap() override { pcmTap = {}; }
     double currentTime() const override { return duration; }
     float takePeakPower() override { return peakPower; }
     void stop() override

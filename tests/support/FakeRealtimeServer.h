@@ -6,6 +6,7 @@
 #include <QTimer>
 #include <QWebSocket>
 #include <QWebSocketServer>
+#include <chrono>
 
 // The realtime transcription endpoint on 127.0.0.1 for tests and benchmarks: records
 // the request and the session configuration, takes the audio, cuts a segment where
@@ -53,6 +54,7 @@ public:
     QJsonObject configuration;
     qint64 receivedSamples = 0, uncommittedSamples = 0, receivedBytes = 0;
     int nextPause = 0, segments = 0, transcribed = 0;
+    std::chrono::steady_clock::time_point commitReceivedAt, transcriptSentAt; // the last ones
 
 private:
     void handle(const QString &message)
@@ -60,6 +62,8 @@ private:
         receivedBytes += message.toUtf8().size();
         const QJsonObject event = QJsonDocument::fromJson(message.toUtf8()).object();
         const QString type = event["type"].toString();
+        if (type == u"input_audio_buffer.commit")
+            commitReceivedAt = std::chrono::steady_clock::now();
         if (type == u"session.update") {
             configuration = event["session"].toObject();
         } else if (type == u"input_audio_buffer.append") {
@@ -70,7 +74,7 @@ private:
             if (fault == Fault::closeMidDictation && receivedSamples >= 12000)
                 m_socket->close(QWebSocketProtocol::CloseCodeAbnormalDisconnection);
             while (nextPause < pauses.size() && pauses[nextPause].afterSamples <= receivedSamples) {
-                send({{"type", "input_audio_buffer.speech_stopped"}, {"item_id", QString::number(segments + 1)}});
+                send({{"type", "input_audio_buffer.speech_stopped"}, {"item_id", QString::number(segments + 1)}, {"audio_end_ms", receivedSamples / 24}});
                 commit(pauses[nextPause++].text);
             }
         } else if (type == u"input_audio_buffer.commit" && uncommittedSamples < 2400) {
@@ -88,6 +92,7 @@ private:
         if (text)
             QTimer::singleShot(delay, Qt::PreciseTimer, this, [this, item, text] {
                 ++transcribed;
+                transcriptSentAt = std::chrono::steady_clock::now();
                 send({{"type", "conversation.item.input_audio_transcription.completed"}, {"item_id", item}, {"transcript", *text}});
             });
     }

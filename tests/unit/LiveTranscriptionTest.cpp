@@ -9,6 +9,7 @@
 
 #include <QNetworkAccessManager>
 #include <QTemporaryDir>
+#include <QTest>
 #include <gtest/gtest.h>
 
 namespace {
@@ -27,10 +28,12 @@ TEST(LiveTranscriptionTest, transcribesWhileRecordingAndFallsBackToTheUpload)
         std::optional<QString> language, guidance;
         QString result;
         QByteArray configuration; // the transcription part, when all audio came in
+        int spokenChunks = 50;    // silence after them
     } cases[] = {
         {"one segment at the release", Fault::none, {}, {}, {}, live, R"({"model":"gpt-4o-mini-transcribe"})"},
         {"a pause splits the dictation", Fault::none, {{24000, " First. "}}, "de", {}, "First. " + live, R"({"language":"de","model":"gpt-4o-mini-transcribe"})"},
         {"the speech ends at the pause", Fault::none, {{47000, "All."}}, {}, {}, "All.", R"({"model":"gpt-4o-mini-transcribe"})"},
+        {"silence from the pause on", Fault::none, {{24000, "All."}}, {}, {}, "All.", R"({"model":"gpt-4o-mini-transcribe"})", 25},
         {"closed mid-dictation", Fault::closeMidDictation, {}, {}, {}, uploaded, {}},
         {"error event", Fault::errorEvent, {{24000, "First."}}, {}, {}, uploaded, {}},
         {"no final transcript", Fault::noFinalTranscript, {{24000, "First."}}, "de", "- Acme", uploaded, R"({"language":"de","model":"gpt-4o-mini-transcribe","prompt":"You are transcribing spoken audio.\nApply these dictionary rules directly in the transcript you return.\nThe transcript may include names, email addresses, company names, or product terms.\n- Acme\nReturn only the transcript text."})"},
@@ -47,7 +50,13 @@ TEST(LiveTranscriptionTest, transcribesWhileRecordingAndFallsBackToTheUpload)
         request.live->open(realtime.baseURL(), "sk");
         request.live->configure({"gpt-4o-mini-transcribe", c.language, transcriptionPrompt(c.guidance)});
         for (int chunk = 0; chunk < 50; ++chunk) // 40 ms each
-            request.live->append(std::vector<std::int16_t>(960, 1000));
+            request.live->append(std::vector<std::int16_t>(960, chunk < c.spokenChunks ? 1000 : 0));
+        // The release, once the service has told where it cut; what comes after is not sent.
+        static_cast<void>(QTest::qWaitFor([&] { return realtime.transcribed == c.pauses.size() || c.fault != Fault::none; }));
+        for (int turn = 0; turn < 5; ++turn) // the events sent reach the client
+            QCoreApplication::processEvents();
+        request.live->commit();
+        request.live->append(std::vector<std::int16_t>(960, 1000));
 
         const auto result = waitForResult(DictationPipeline(std::make_shared<OpenAIClient>(&network, http.baseURL())).run(request));
         EXPECT_EQ(result.value.value_or(result.errorText()), c.result);

@@ -150,6 +150,7 @@ void AacFileWriter::setPcmTap(int sampleRate, std::function<void(std::span<const
     if (!m_codec)
         return;
     Codec &c = *m_codec;
+    tapSamples({});
     swr_free(&c.tapConverter);
     c.tap = std::move(deliver);
     c.tapRate = sampleRate;

@@ -26,8 +26,8 @@ public:
     virtual void abort() noexcept = 0;
 
     // Also hands every sample written from now on to deliver, converted to sampleRate;
-    // finish() delivers the last ones. Throws like the constructor when the converter
-    // cannot be set up.
+    // finish() delivers the last ones, and so does replacing or removing (an empty
+    // deliver) the tap. Throws like the constructor when the converter cannot be set up.
     virtual void setPcmTap(int sampleRate, std::function<void(std::span<const std::int16_t>)> deliver) = 0;
 
     [[nodiscard]] virtual std::int64_t samplesWritten() const = 0;

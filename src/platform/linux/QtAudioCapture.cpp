@@ -141,6 +141,14 @@ void QtAudioCapture::stop()
     writer->finish(); // throws PlatformError; the writer removes its file
 }
 
+void QtAudioCapture::endPcmTap()
+{
+    if (m_writer)
+        readAvailable();
+    if (m_writer) // still there, unless that broke the recording
+        m_writer->setPcmTap(0, {});
+}
+
 bool QtAudioCapture::openInput()
 {
     if (m_source)

@@ -45,6 +45,7 @@ public:
     void release() override;
     void start(const QString &filePath) override;
     void setPcmTap(PcmTap tap) override { m_pcmTap = std::move(tap); }
+    void endPcmTap() override;
     double currentTime() const override;
     float takePeakPower() override;
     void stop() override;
