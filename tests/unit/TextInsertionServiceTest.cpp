@@ -1,8 +1,8 @@
 #include "FakeAccessibility.h"
 #include "FakeKeySynthesizer.h"
 #include "FakeWorkspace.h"
+#include "TaskResult.h"
 
-#include "models/QuorlaError.h"
 #include "platform/QtClipboard.h"
 #include "services/TextInsertionService.h"
 
@@ -14,15 +14,6 @@
 namespace {
 
 using std::chrono::milliseconds;
-
-QCoro::Task<void> catching(QCoro::Task<void> task, std::optional<QuorlaError> *error)
-{
-    try {
-        co_await std::move(task);
-    } catch (const QuorlaError &e) {
-        *error = e;
-    }
-}
 
 std::optional<QuorlaError> failed(const char *message)
 {
@@ -40,9 +31,7 @@ protected:
 
     std::optional<QuorlaError> insert(const QString &text, bool restoreClipboard = true, bool replaceSpace = true)
     {
-        std::optional<QuorlaError> error;
-        QCoro::waitFor(catching(service.insert(text, TextInsertionTarget{editor}, restoreClipboard, replaceSpace), &error));
-        return error;
+        return quorlaErrorOf(service.insert(text, TextInsertionTarget{editor}, restoreClipboard, replaceSpace));
     }
 
     FakeTextField &focus(const QString &value, TextRange selection)
