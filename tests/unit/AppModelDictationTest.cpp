@@ -175,11 +175,8 @@ TEST_F(AppModelDictationTest, aFailedInsertionKeepsTheTranscript)
     EXPECT_EQ(model->statusMessage(), "Typing into TextEdit failed, but the transcript was copied to the clipboard.");
     EXPECT_EQ(model->errorMessage(), "TextEdit refused the text.");
     EXPECT_EQ(QGuiApplication::clipboard()->text(), model->recentTranscripts().value(0).text);
-}
 
-// Where no key can be pressed, the paste route leaves the transcript on the clipboard.
-TEST_F(AppModelDictationTest, aTranscriptLeftOnTheClipboardIsToBePastedByHand)
-{
+    // Where no key can be pressed, the paste route leaves the transcript on the clipboard.
     fixture.words = &PlatformWords::linuxDesktop();
     makeModel();
     fixture.inserter->failure = QuorlaError::textInsertionFailed("Couldn't synthesize the paste shortcut.");
