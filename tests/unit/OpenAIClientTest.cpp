@@ -132,7 +132,6 @@ TEST_F(OpenAIClientTest, chatRepliesWithoutTextFallBackToTheCleanedInput)
         {R"({"choices":[]})", "Ship it.", ""},
         {R"({"choices":[{"message":{"content":null}}]})", "Ship it.", ""},
         {FakeOpenAIServer::chatBody("Would you like any changes?"), "Ship it.", ""},
-        {FakeOpenAIServer::chatBody(" Done: would you like me to make any changes?” "), "Done", ""},
         {R"({"choices":{}})", std::nullopt, decoding},
         {R"({"choices":[{"text":"x"}]})", std::nullopt, decoding},
     };
