@@ -31,8 +31,6 @@ TEST(GlobalPushToTalkMonitor, gesturesGiveTheirEventsTakeOnlyTheirSpacesAndEndWi
         QStringList events;
         bool toggleRunning = false;
     } cases[] = {
-        {"hold", "THt", "", hold},
-        {"tap", "Tt", "", {}},
         {"plain Space", "Ss", "PP", {}},
         {"toggle", "TSRstSs", "XPXXX", toggle},
         {"toggle running", "TSst", "XX", {"toggleStarted"}, true},
