@@ -62,11 +62,6 @@ TEST(GlobalPushToTalkMonitor, gesturesGiveTheirEventsTakeOnlyTheirSpacesAndEndWi
                 keyboard->otherKey();
             else
                 spaces += (step == 's' ? keyboard->spaceUp() : keyboard->spaceDown(step == 'R')) ? 'X' : 'P';
-            if (step == 'T') {
-                EXPECT_EQ(monitor.capturedTargetApplication(), editor);
-            } else if (step == 'K') {
-                EXPECT_EQ(monitor.triggerState(), PushToTalkTriggerStateMachine{});
-            }
         }
         EXPECT_EQ(spaces, c.spaces);
         EXPECT_EQ(events, c.events);
