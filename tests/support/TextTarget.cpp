@@ -5,7 +5,6 @@
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QTest>
-#include <algorithm>
 
 bool waitUntil(const std::function<bool()> &condition, int timeoutMs)
 {
@@ -46,38 +45,16 @@ TextTarget::~TextTarget()
     m_process.waitForFinished(3000);
 }
 
+// From lines of "press|release KEY MICROSECONDS".
 QList<TextTarget::Key> TextTarget::takeKeys(int waitMs)
 {
     QTest::qWait(waitMs);
-    readKeys();
-    return std::exchange(m_keys, {});
-}
-
-std::optional<TextTarget::Key> TextTarget::waitForKey(bool press, int key, int timeoutMs)
-{
-    std::optional<Key> found;
-    waitUntil(
-        [&] {
-            readKeys();
-            const auto match = std::find_if(m_keys.begin(), m_keys.end(),
-                                            [&](const Key &k) { return k.press == press && k.key == key; });
-            if (match == m_keys.end())
-                return false;
-            found = *match;
-            m_keys.erase(match);
-            return true;
-        },
-        timeoutMs);
-    return found;
-}
-
-// Lines of "press|release KEY MICROSECONDS".
-void TextTarget::readKeys()
-{
     m_output += m_process.readAllStandardOutput();
+    QList<Key> keys;
     for (qsizetype end; (end = m_output.indexOf('\n')) >= 0; m_output.remove(0, end + 1)) {
         const QList<QByteArray> fields = m_output.left(end).split(' ');
         if (fields.size() == 3)
-            m_keys.append({fields[0] == "press", fields[1].toInt(), fields[2].toLongLong()});
+            keys.append({fields[0] == "press", fields[1].toInt(), fields[2].toLongLong()});
     }
+    return keys;
 }

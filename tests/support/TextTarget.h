@@ -4,7 +4,6 @@
 
 #include <QProcess>
 #include <functional>
-#include <optional>
 
 class Workspace;
 
@@ -38,14 +37,9 @@ public:
     };
     // The keys reported since the last take, waiting waitMs for more to arrive.
     QList<Key> takeKeys(int waitMs = 100);
-    // Waits until a key matching (press, key) arrives; absent after timeoutMs.
-    std::optional<Key> waitForKey(bool press, int key, int timeoutMs = 2000);
 
 private:
-    void readKeys();
-
     QProcess m_process;
     ApplicationHandlePtr m_application;
-    QByteArray m_output;
-    QList<Key> m_keys;
+    QByteArray m_output; // a key's line not yet read whole
 };
