@@ -19,6 +19,7 @@ AppModel::AppModel(AppServices services, QObject *parent)
     if (!m_services.words)
         m_services.words = &PlatformWords::current();
     m_triggerDisplay = m_services.pushToTalkMonitor->shortcut().displayString;
+    m_toggleShortcutDisplay = m_services.pushToTalkMonitor->shortcut().toggleDisplayString;
 
     readPreferences();
     m_customDictionaryEntries = loadCustomDictionaryEntries();
@@ -42,11 +43,15 @@ AppModel::AppModel(AppServices services, QObject *parent)
             &AppModel::handleTriggerKeyChanged);
     connect(m_services.pushToTalkMonitor.get(), &GlobalPushToTalkMonitor::routeChanged, this,
             [this](const std::exception_ptr &failure) {
+                refreshShortcutDisplay();
                 setTriggerRegistrationError(failure ? std::optional(localizedMessage(failure))
                                                     : m_services.pushToTalkMonitor->installNotice());
                 if (!m_isRecording && !m_isBusy)
                     setStatusMessage(defaultStatusMessage());
             });
+    // The desktop names its shortcuts once bound, and anew when the user rebinds them.
+    connect(m_services.pushToTalkMonitor.get(), &GlobalPushToTalkMonitor::shortcutRenamed, this,
+            [this] { keepingDefaultStatus([this] { refreshShortcutDisplay(); }); });
 }
 
 AppModel::~AppModel() = default;

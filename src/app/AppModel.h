@@ -55,6 +55,7 @@ class AppModel : public QObject
     Q_PROPERTY(bool startListeningOnTriggerDown READ startListeningOnTriggerDown WRITE setStartListeningOnTriggerDown NOTIFY startListeningOnTriggerDownChanged)
     Q_PROPERTY(QString translationLanguageCode READ translationLanguageCode WRITE setTranslationLanguageCode NOTIFY translationLanguageCodeChanged)
     Q_PROPERTY(QString triggerDisplay READ triggerDisplay NOTIFY triggerDisplayChanged)
+    Q_PROPERTY(QString toggleDisplay READ toggleDisplay NOTIFY triggerDisplayChanged)
     Q_PROPERTY(QString triggerKey READ triggerKey WRITE setTriggerKey NOTIFY triggerDisplayChanged)
     Q_PROPERTY(QVariantList triggerKeyChoices READ triggerKeyChoices CONSTANT)
     Q_PROPERTY(QString defaultStatusMessage READ defaultStatusMessage NOTIFY statusInputsChanged)
@@ -69,6 +70,13 @@ public:
     // ---- services and constants
     [[nodiscard]] const AppServices &services() const { return m_services; }
     [[nodiscard]] const QString &triggerDisplay() const { return m_triggerDisplay; }
+    // The toggle's own shortcut where the desktop binds one apart from the trigger; empty
+    // where the toggle is trigger + Space.
+    [[nodiscard]] const QString &toggleShortcutDisplay() const { return m_toggleShortcutDisplay; }
+    // The toggle as the user presses it: "Fn + Space", or the desktop's own chord.
+    [[nodiscard]] QString toggleDisplay() const;
+    // What ends a toggle dictation besides the trigger: Space, or the toggle's own chord.
+    [[nodiscard]] QString toggleStopDisplay() const;
 
     // ---- observable state
     [[nodiscard]] const QString &apiKeyDraft() const { return m_apiKey.draft; }
@@ -235,6 +243,8 @@ private:
     }
 
     void readPreferences();
+    // Takes the monitor's names for the trigger and the toggle; true when they changed.
+    bool refreshShortcutDisplay();
     void setStatusMessage(const QString &message);
     void setErrorMessage(const std::optional<QString> &message);
     void setIsBusy(bool value);
@@ -307,11 +317,12 @@ private:
         return elapsed >= 0 && elapsed <= triggerCausedInputSourceChangeMs;
     }
     QCoro::Task<InsertionOutcome> insertTranscriptIfNeeded(QString transcript, std::optional<DictationSession> session);
-    [[nodiscard]] QString finalStatusMessage(const std::optional<DictationSession> &session,
-                                             const InsertionOutcome &outcome) const;
+    // `copyRefused`: the desktop refused the copy auto-copy asked for.
+    [[nodiscard]] QString finalStatusMessage(const InsertionOutcome &outcome, bool copyRefused) const;
 
     AppServices m_services;
     QString m_triggerDisplay;
+    QString m_toggleShortcutDisplay;
 
     APIKeyState m_apiKey;
     QList<CustomDictionaryEntry> m_customDictionaryEntries;

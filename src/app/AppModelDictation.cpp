@@ -27,13 +27,13 @@ constexpr double shortestSpeechSeconds = 0.22;
 constexpr double levelTestedUpToSeconds = 0.75;
 constexpr float quietestSpeechDecibels = -20.0f;
 
-QString startFailureStatus(DictationSource source, const QString &trigger)
+QString startFailureStatus(DictationSource source, const QString &trigger, const QString &toggle)
 {
     switch (source) {
     case DictationSource::fnHold:
         return QStringLiteral("Couldn't start dictation from %1.").arg(trigger);
     case DictationSource::fnToggle:
-        return QStringLiteral("Couldn't start dictation from %1 + Space.").arg(trigger);
+        return QStringLiteral("Couldn't start dictation from %1.").arg(toggle);
     case DictationSource::commandHold:
     case DictationSource::commandToggle:
         return QStringLiteral("Couldn't start dictation from %1.").arg(commandToStart(source));
@@ -43,14 +43,15 @@ QString startFailureStatus(DictationSource source, const QString &trigger)
     return QStringLiteral("Couldn't start recording.");
 }
 
-QString finishFailureStatus(const std::optional<DictationSession> &session, const QString &trigger)
+QString finishFailureStatus(const std::optional<DictationSession> &session, const QString &trigger,
+                            const QString &toggle)
 {
     const DictationSource source = session ? session->source : DictationSource::manual;
     switch (source) {
     case DictationSource::fnHold:
         return QStringLiteral("Couldn't finish dictation from %1.").arg(trigger);
     case DictationSource::fnToggle:
-        return QStringLiteral("Couldn't finish dictation from %1 + Space.").arg(trigger);
+        return QStringLiteral("Couldn't finish dictation from %1.").arg(toggle);
     case DictationSource::commandHold:
     case DictationSource::commandToggle:
         return QStringLiteral("Couldn't finish dictation from %1.").arg(commandToFinish(source));
@@ -139,7 +140,7 @@ QCoro::Task<> AppModel::startRecording(DictationSource source)
     const auto failStart = [this](DictationSource failedSource, const std::exception_ptr &error) {
         m_lastRecordingStartedAt.reset();
         presentError(localizedMessage(error));
-        setStatusMessage(startFailureStatus(failedSource, m_triggerDisplay));
+        setStatusMessage(startFailureStatus(failedSource, m_triggerDisplay, toggleDisplay()));
     };
 
     const QPointer<AppModel> self(this);
@@ -358,15 +359,14 @@ QCoro::Task<> AppModel::stopRecordingAndTranscribe()
                                                                                           : "no target");
 
         // After insertion, so the clipboard ends up holding the transcript.
-        if (m_autoCopyTranscript) {
-            m_services.clipboard->writeText(Clipboard::Selection::clipboard, transcript, false);
-        }
-        setStatusMessage(finalStatusMessage(session, outcome));
+        const bool copyRefused =
+            m_autoCopyTranscript && !m_services.clipboard->writeText(Clipboard::Selection::clipboard, transcript, false);
+        setStatusMessage(finalStatusMessage(outcome, copyRefused));
     } catch (...) {
         if (modelGone())
             co_return;
         presentError(localizedMessage(std::current_exception()));
-        setStatusMessage(finishFailureStatus(session, m_triggerDisplay));
+        setStatusMessage(finishFailureStatus(session, m_triggerDisplay, toggleDisplay()));
     }
     setIsBusy(false);
 }
@@ -400,11 +400,11 @@ QCoro::Task<InsertionOutcome> AppModel::insertTranscriptIfNeeded(QString transcr
     co_return outcome;
 }
 
-QString AppModel::finalStatusMessage(const std::optional<DictationSession> &session,
-                                     const InsertionOutcome &outcome) const
+QString AppModel::finalStatusMessage(const InsertionOutcome &outcome, bool copyRefused) const
 {
-    Q_UNUSED(session)
-    const bool copied = m_autoCopyTranscript;
+    const bool copied = m_autoCopyTranscript && !copyRefused;
+    // Said only where it can happen: the transcript is in History and nowhere else.
+    const QString &onlyInHistory = m_services.words->clipboardRefusedStatus;
     switch (outcome.kind) {
     case InsertionOutcome::Kind::inserted:
         return copied ? QStringLiteral("Transcript inserted into %1 and copied to the clipboard.").arg(outcome.applicationName)
@@ -413,6 +413,8 @@ QString AppModel::finalStatusMessage(const std::optional<DictationSession> &sess
         // Where no key can be pressed for the user, say how to paste it by hand.
         if (outcome.leftOnClipboard && !m_services.words->noPasteRouteStatus.isEmpty())
             return m_services.words->noPasteRouteStatus;
+        if (copyRefused && !onlyInHistory.isEmpty())
+            return onlyInHistory;
         return copied ? QStringLiteral("Typing into %1 failed, but the transcript was copied to the clipboard.")
                             .arg(outcome.applicationName)
                       : QStringLiteral("Typing into %1 failed. The transcript is still available in the app.")
@@ -420,5 +422,7 @@ QString AppModel::finalStatusMessage(const std::optional<DictationSession> &sess
     case InsertionOutcome::Kind::notAttempted:
         break;
     }
+    if (copyRefused && !onlyInHistory.isEmpty())
+        return onlyInHistory;
     return copied ? QStringLiteral("Transcript ready and copied to the clipboard.") : QStringLiteral("Transcript ready.");
 }

@@ -5,6 +5,7 @@
 #include "platform/Clipboard.h"
 #include "stores/PreferenceKeys.h"
 #include "stores/PreferencesStore.h"
+#include "support/PlatformWords.h"
 
 void AppModel::recordInsertedTranscript(const QString &transcript)
 {
@@ -20,7 +21,12 @@ void AppModel::persistTypingStatistics()
 
 void AppModel::copyTranscript(const TranscriptEntry &entry)
 {
-    m_services.clipboard->writeText(Clipboard::Selection::clipboard, entry.text, false);
+    // From the tray menu, a Wayland desktop may refuse what it takes from Quorla's window.
+    if (!m_services.clipboard->writeText(Clipboard::Selection::clipboard, entry.text, false)
+        && !m_services.words->clipboardRefusedStatus.isEmpty()) {
+        setStatusMessage(m_services.words->clipboardRefusedStatus);
+        return;
+    }
     const bool isNewest = !m_recentTranscripts.isEmpty() && m_recentTranscripts.first().id == entry.id;
     setStatusMessage(isNewest ? QStringLiteral("Transcript copied to the clipboard.")
                               : QStringLiteral("Saved transcript copied to the clipboard."));

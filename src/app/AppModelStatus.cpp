@@ -48,12 +48,12 @@ QString AppModel::defaultStatusMessage() const
     if (m_apiKey.keychainLocked)
         return m_services.words->credentialStoreLocked;
     if (!m_apiKey.hasStoredKey)
-        return QStringLiteral("Save your OpenAI API key, then focus a text field and hold %1 or press %1 + Space.")
-            .arg(trigger);
+        return QStringLiteral("Save your OpenAI API key, then focus a text field and hold %1 or press %2.")
+            .arg(trigger, toggleDisplay());
     if (m_triggerRegistrationError && !m_triggerRegistrationError->isEmpty())
         return m_services.words->triggerUnavailableStatus.arg(trigger);
     if (m_microphonePermissionState == PermissionState::denied)
-        return m_services.words->microphoneDeniedStatus.arg(trigger);
+        return m_services.words->microphoneDeniedStatus.arg(trigger, toggleDisplay());
     if (!m_accessibilityPermissionGranted)
         return QStringLiteral("Ready to record. Auto-insert is off until Accessibility is available, so "
                               "transcripts will be copied instead.");
@@ -69,9 +69,9 @@ QString AppModel::recordingStatusMessage(const DictationSession &session) const
     switch (session.source) {
     case DictationSource::fnToggle:
         return session.insertionTarget
-                 ? QStringLiteral("Recording for %1%2. Press Space or %3 to transcribe.")
-                       .arg(statusApplicationName(*session.insertionTarget), language, trigger)
-                 : QStringLiteral("Recording%1... press Space or %2 to transcribe.").arg(language, trigger);
+                 ? QStringLiteral("Recording for %1%2. Press %3 or %4 to transcribe.")
+                       .arg(statusApplicationName(*session.insertionTarget), language, toggleStopDisplay(), trigger)
+                 : QStringLiteral("Recording%1... press %2 or %3 to transcribe.").arg(language, toggleStopDisplay(), trigger);
     case DictationSource::fnHold:
         return session.insertionTarget
                  ? QStringLiteral("Recording for %1%2. Release %3 to transcribe.")
@@ -94,7 +94,7 @@ QString AppModel::liveRecordingStatusMessage(const DictationSession &session, co
     QString finish;
     switch (session.source) {
     case DictationSource::fnToggle:
-        finish = QStringLiteral("Press Space or %1").arg(m_triggerDisplay);
+        finish = QStringLiteral("Press %1 or %2").arg(toggleStopDisplay(), m_triggerDisplay);
         break;
     case DictationSource::fnHold:
         finish = QStringLiteral("Release %1").arg(m_triggerDisplay);

@@ -40,9 +40,7 @@ void AppModel::setTriggerKey(const QString &id)
         m_hasStartedServices = false;
         setTriggerRegistrationError(localizedMessage(std::current_exception()));
     }
-    if (assign(m_triggerDisplay, monitor.shortcut().displayString, &AppModel::triggerDisplayChanged))
-        Q_EMIT statusInputsChanged();
-    else if (key.id != previousId)
+    if (!refreshShortcutDisplay() && key.id != previousId)
         Q_EMIT triggerDisplayChanged(); // it also announces triggerKey
 
     // The old key could not be watched for; the new one may be.
@@ -52,4 +50,26 @@ void AppModel::setTriggerKey(const QString &id)
         setTriggerRegistrationError(monitor.installNotice());
     if (!m_isRecording && !m_isBusy)
         setStatusMessage(defaultStatusMessage());
+}
+
+bool AppModel::refreshShortcutDisplay()
+{
+    const GlobalPushToTalkMonitor::Shortcut shortcut = m_services.pushToTalkMonitor->shortcut();
+    if (shortcut.displayString == m_triggerDisplay && shortcut.toggleDisplayString == m_toggleShortcutDisplay)
+        return false;
+    m_triggerDisplay = shortcut.displayString;
+    m_toggleShortcutDisplay = shortcut.toggleDisplayString;
+    Q_EMIT triggerDisplayChanged();
+    Q_EMIT statusInputsChanged();
+    return true;
+}
+
+QString AppModel::toggleDisplay() const
+{
+    return m_toggleShortcutDisplay.isEmpty() ? m_triggerDisplay + QStringLiteral(" + Space") : m_toggleShortcutDisplay;
+}
+
+QString AppModel::toggleStopDisplay() const
+{
+    return m_toggleShortcutDisplay.isEmpty() ? QStringLiteral("Space") : m_toggleShortcutDisplay;
 }

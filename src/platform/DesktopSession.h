@@ -34,6 +34,7 @@ struct SessionBackends {
                       remoteDesktopPortal,
                       xwaylandOnly,
                       none };
+    // none: nothing from the background; only a focused window of Quorla's sets it.
     enum class Clipboard { qt,
                            dataControl,
                            none };

@@ -30,6 +30,9 @@ public:
         // The hook took another route after install() returned (the desktop refused its
         // shortcuts and a fallback serves): what install() would now throw or notice.
         std::function<void(std::exception_ptr failure, std::optional<QString> notice)> routeChanged;
+        // The desktop named the trigger or the toggle anew (its shortcuts were bound or
+        // changed in its settings): the display names now read differently.
+        std::function<void()> namesChanged;
     };
 
     // What a successful install achieved. A notice says what the hook cannot see (for
@@ -51,6 +54,9 @@ public:
     virtual void setSpaceCaptureWanted(bool wanted) = 0;
     // The trigger key's name as shown to the user ("Fn", "Right Ctrl", ...).
     [[nodiscard]] virtual QString triggerDisplayName() const = 0;
+    // The toggle's own shortcut as shown to the user, where the desktop binds it apart from
+    // the trigger ("Ctrl+Alt+Space"); empty where the toggle is trigger + Space.
+    [[nodiscard]] virtual QString toggleDisplayName() const { return {}; }
     // Watches another key from now on; a trigger held at that moment counts as released.
     // When installed, installs again for the new key: throws like install() and is left
     // uninstalled, or returns install()'s outcome. Not installed, returns no notice.

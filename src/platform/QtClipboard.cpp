@@ -45,8 +45,15 @@ QCoro::Task<ClipboardFormats> QtClipboard::read(Selection selection)
     co_return formats;
 }
 
+bool QtClipboard::mayWrite() const
+{
+    return m_writer == Writer::anyone || QGuiApplication::focusWindow();
+}
+
 bool QtClipboard::writeText(Selection selection, const QString &text, bool keepOutOfHistory)
 {
+    if (!mayWrite())
+        return false;
     auto *data = new QMimeData;
     data->setText(text);
     if (keepOutOfHistory)
@@ -58,6 +65,8 @@ bool QtClipboard::writeText(Selection selection, const QString &text, bool keepO
 
 bool QtClipboard::write(Selection selection, const ClipboardFormats &formats)
 {
+    if (!mayWrite())
+        return false;
     QClipboard *clipboard = QGuiApplication::clipboard();
     if (formats.isEmpty()) {
         clipboard->clear(modeOf(selection));

@@ -24,7 +24,7 @@ GlobalPushToTalkMonitor::~GlobalPushToTalkMonitor()
 
 GlobalPushToTalkMonitor::Shortcut GlobalPushToTalkMonitor::shortcut() const
 {
-    return {m_hook->triggerDisplayName(), std::chrono::milliseconds(80)};
+    return {m_hook->triggerDisplayName(), std::chrono::milliseconds(80), m_hook->toggleDisplayName()};
 }
 
 bool GlobalPushToTalkMonitor::isInstalled() const
@@ -46,6 +46,7 @@ void GlobalPushToTalkMonitor::installMonitors()
         m_installNotice = std::move(notice);
         Q_EMIT routeChanged(std::move(failure));
     };
+    events.namesChanged = [this] { Q_EMIT shortcutRenamed(); };
     events.otherKeyDown = [this] {
         // Like a tap, a shortcut needs no microphone.
         if (!apply(PushToTalkTriggerInput::otherKeyDown()).empty())

@@ -27,13 +27,15 @@ public:
     struct Shortcut {
         QString displayString;
         std::chrono::milliseconds holdDelay{80};
+        // The toggle's own shortcut where the desktop binds one; empty for trigger + Space.
+        QString toggleDisplayString;
     };
 
     GlobalPushToTalkMonitor(std::shared_ptr<KeyboardHook> hook, std::shared_ptr<Workspace> workspace,
                             QObject *parent = nullptr);
     ~GlobalPushToTalkMonitor() override;
 
-    // The trigger as the hook names it, with the 80 ms hold delay.
+    // The trigger and toggle as the hook names them, with the 80 ms hold delay.
     [[nodiscard]] Shortcut shortcut() const;
     [[nodiscard]] ApplicationHandlePtr capturedTargetApplication() const { return m_capturedTargetApplication; }
     [[nodiscard]] bool isInstalled() const;
@@ -66,6 +68,8 @@ Q_SIGNALS:
     // The hook took another route after installing: `failure` is why it now watches
     // nothing, else installNotice() holds the new notice.
     void routeChanged(std::exception_ptr failure);
+    // The desktop renamed the trigger or the toggle: shortcut() reads differently now.
+    void shortcutRenamed();
 
 private:
     bool handleSpaceDown(bool autoRepeat, bool triggerFlag);

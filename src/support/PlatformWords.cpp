@@ -14,7 +14,7 @@ const PlatformWords &PlatformWords::macOS()
             "%1 shortcut detection isn't available right now. Fix keyboard input monitoring and "
             "relaunch the app."),
         .microphoneDeniedStatus = QStringLiteral(
-            "Enable microphone access in System Settings, then try %1 or %1 + Space again."),
+            "Enable microphone access in System Settings, then try %1 or %2 again."),
         .accessibilityRequestStatus = QStringLiteral(
             "Enable Accessibility for Quorla, then quit and reopen the app if access does not "
             "update."),
@@ -51,7 +51,9 @@ const PlatformWords &PlatformWords::macOS()
             "Keychain."),
         .triggerCommandOnlyStatus = QString(),
         .noPasteRouteStatus = QString(),
+        .clipboardRefusedStatus = QString(),
         .desktopShortcutsNote = QString(),
+        .desktopShortcutsInUseNote = QString(),
     };
     return words;
 }
@@ -69,7 +71,7 @@ const PlatformWords &PlatformWords::linuxDesktop()
             "%1 shortcut detection isn't available right now. Fix keyboard monitoring in your "
             "session and relaunch the app."),
         .microphoneDeniedStatus = QStringLiteral(
-            "Enable microphone access in Settings > Sound, then try %1 or %1 + Space again."),
+            "Enable microphone access in Settings > Sound, then try %1 or %2 again."),
         .accessibilityRequestStatus = QStringLiteral(
             "Enable Accessibility for Quorla, then quit and reopen the apps you type into if "
             "access does not update."),
@@ -111,10 +113,16 @@ const PlatformWords &PlatformWords::linuxDesktop()
         .noPasteRouteStatus = QStringLiteral(
             "This Wayland session doesn't let Quorla press keys, so the text stays on the clipboard "
             "and in History. Press Ctrl+V to paste it."),
+        .clipboardRefusedStatus = QStringLiteral(
+            "This Wayland session doesn't let Quorla set the clipboard from the background, so the "
+            "transcript is kept in History, where you can copy it."),
         .desktopShortcutsNote = QStringLiteral(
             "Under Wayland, where the desktop offers global shortcuts, hold Ctrl+Alt+D to dictate "
             "and press Ctrl+Alt+Space to start or stop, or choose other keys in your desktop's "
             "shortcut settings."),
+        .desktopShortcutsInUseNote = QStringLiteral(
+            "Your desktop's global shortcuts start dictation here: hold %1 to dictate and press %2 to "
+            "start or stop. Choose other keys in your desktop's shortcut settings."),
     };
     return words;
 }

@@ -4,12 +4,13 @@
 
 // Sentences that name a place or facility of the desktop (settings panes, the
 // credential store, the keyboard monitoring facility). One table per platform,
-// same sentences, same punctuation. "%1" stands for the trigger key's display name.
+// same sentences, same punctuation. "%1" stands for the trigger key's display name, and
+// "%2", where a sentence names it, for the toggle's ("Fn + Space").
 struct PlatformWords {
     QString microphonePermissionDenied;
     QString accessibilityPermissionDenied;
     QString triggerUnavailableStatus; // %1 = trigger
-    QString microphoneDeniedStatus;   // %1 = trigger
+    QString microphoneDeniedStatus;   // %1 = trigger, %2 = toggle
     QString accessibilityRequestStatus;
     QString monitorOutsideWindowFailure; // %1 = trigger
     QString monitorCaptureSpaceFailure;  // %1 = trigger
@@ -34,7 +35,10 @@ struct PlatformWords {
     QString triggerCommandOnlyStatus; // %1 = trigger
     // Sessions where no key can be pressed for Quorla, so nothing is pasted for the user.
     QString noPasteRouteStatus;
-    QString desktopShortcutsNote; // the desktop's own shortcuts trigger dictation; empty where none do
+    // Sessions where Quorla can't set the clipboard from the background: the copy was refused.
+    QString clipboardRefusedStatus;
+    QString desktopShortcutsNote;      // the desktop's own shortcuts trigger dictation; empty where none do
+    QString desktopShortcutsInUseNote; // they do here: %1 = hold, %2 = toggle, as the desktop names them
 
     static const PlatformWords &macOS();
     static const PlatformWords &linuxDesktop();

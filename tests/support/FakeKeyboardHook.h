@@ -22,6 +22,7 @@ public:
     bool isInstalled() const override { return m_installed; }
     void setSpaceCaptureWanted(bool wanted) override { spaceCaptureWanted = wanted; }
     QString triggerDisplayName() const override { return triggerName; }
+    QString toggleDisplayName() const override { return toggleName; }
     InstallOutcome setTriggerKey(const TriggerKey &key) override
     {
         triggerName = key.displayName;
@@ -39,8 +40,10 @@ public:
     void toggle() { m_events.toggleRequested(); }
     void changeRoute(std::exception_ptr failure, std::optional<QString> notice) { m_events.routeChanged(failure, notice); }
     void otherKey() { m_events.otherKeyDown(); }
+    void rename() { m_events.namesChanged(); }
 
     QString triggerName = QStringLiteral("Fn");
+    QString toggleName; // empty: trigger + Space
     QString triggerKeyId;
     std::optional<QuorlaError> installFailure;
     std::optional<QuorlaError> triggerKeyFailure;

@@ -18,14 +18,28 @@ FakePortal::~FakePortal()
     QDBusConnection::disconnectFromBus(m_bus.name());
 }
 
+namespace {
+
+Portal::Shortcuts describedShortcuts(const QString &hold, const QString &toggle)
+{
+    const auto described = [](const QString &chord) { return QVariantMap{{QStringLiteral("trigger_description"), chord}}; };
+    return {{QStringLiteral("dictate-hold"), described(hold)}, {QStringLiteral("dictate-toggle"), described(toggle)}};
+}
+
+} // namespace
+
 void FakePortal::emitSignal(const QString &name, const QString &id)
 {
     if (name == QLatin1String("Closed")) {
         m_bus.send(QDBusMessage::createSignal(m_session, Portal::sessionInterface, name) << QVariantMap());
         return;
     }
-    m_bus.send(QDBusMessage::createSignal(Portal::objectPath, QStringLiteral("org.freedesktop.portal.GlobalShortcuts"), name)
-               << QVariant::fromValue(QDBusObjectPath(m_session)) << id << qulonglong(0) << QVariantMap());
+    QDBusMessage signal = QDBusMessage::createSignal(Portal::objectPath, QStringLiteral("org.freedesktop.portal.GlobalShortcuts"), name)
+                       << QVariant::fromValue(QDBusObjectPath(m_session));
+    if (name == QLatin1String("ShortcutsChanged")) // the user rebound both in the desktop's settings
+        m_bus.send(signal << QVariant::fromValue(describedShortcuts(QStringLiteral("Meta+H"), QStringLiteral("Meta+T"))));
+    else
+        m_bus.send(signal << id << qulonglong(0) << QVariantMap());
 }
 
 bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnection &)
@@ -37,9 +51,9 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
         return m_bus.send(message.createErrorReply(QDBusError::UnknownInterface, method));
     if (method == QLatin1String("Get"))
         return m_bus.send(message.createReply(QVariant::fromValue(QDBusVariant(version))));
-    if (method == QLatin1String("NotifyKeyboardKeycode"))
+    if (method == QLatin1String("NotifyKeyboardKeysym"))
         keys.append({arguments.value(2).toInt(), arguments.value(3).toUInt()});
-    if (method == QLatin1String("NotifyKeyboardKeycode") || method == QLatin1String("Close"))
+    if (method.startsWith(QLatin1String("NotifyKeyboard")) || method == QLatin1String("Close"))
         return m_bus.send(message.createReply());
 
     const QVariantMap given = options[method] = qdbus_cast<QVariantMap>(arguments.last());
@@ -47,8 +61,7 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
     const QString request = Portal::objectPath + QStringLiteral("/request/") + sender
                           + given.value(QStringLiteral("handle_token")).toString();
     const bool asksUser = method == QLatin1String("BindShortcuts") || method == QLatin1String("Start");
-    const Portal::Shortcuts bound{{QStringLiteral("dictate-hold"), {{QStringLiteral("trigger_description"), QStringLiteral("Ctrl+Alt+H")}}},
-                                  {QStringLiteral("dictate-toggle"), {}}};
+    const Portal::Shortcuts bound = describedShortcuts(QStringLiteral("Ctrl+Alt+H"), QStringLiteral("Ctrl+Alt+T"));
     QVariantMap results;
     if (method == QLatin1String("CreateSession")) {
         m_session = Portal::objectPath + QStringLiteral("/session/") + sender

@@ -17,7 +17,7 @@ public:
     ~FakePortal() override;
 
     [[nodiscard]] QString service() const { return m_bus.baseService(); }
-    // Activated or Deactivated of shortcut `id`, or Closed: from the last session.
+    // Activated or Deactivated of shortcut `id`, ShortcutsChanged, or Closed: from the last session.
     void emitSignal(const QString &name, const QString &id = {});
 
     uint consent = 0;          // the answer to requests that ask the user: BindShortcuts, Start
@@ -26,7 +26,7 @@ public:
     bool globalShortcuts = true;         // false: GNOME before 48, sway
     QStringList calls;                   // method names, in order
     QHash<QString, QVariantMap> options; // the last options, by method
-    QList<QPair<int, uint>> keys;        // NotifyKeyboardKeycode: key code, pressed
+    QList<QPair<int, uint>> keys;        // NotifyKeyboardKeysym: keysym, pressed
 
     QString introspect(const QString &) const override { return {}; }
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &) override;

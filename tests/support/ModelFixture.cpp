@@ -2,7 +2,6 @@
 
 #include "app/AppServicesFactory.h"
 #include "platform/PlatformBackends.h"
-#include "platform/QtClipboard.h"
 #include "stores/PreferencesStore.h"
 #include "support/PlatformWords.h"
 
@@ -27,8 +26,7 @@ AppModel &ModelFixture::makeModel()
     m_model.reset();
     auto preferences = std::make_shared<PreferencesStore>(preferencesPath());
     preferences->setString(QStringLiteral("latestReleaseURL"), latestReleaseURL.toString());
-    const PlatformBackends backends{keyboard, workspace, accessibility, audio, inputSource, credentials, keys,
-                                    std::make_shared<QtClipboard>()};
+    const PlatformBackends backends{keyboard, workspace, accessibility, audio, inputSource, credentials, keys, clipboard};
     services = makeAppServices(backends, std::move(preferences), &network, words, recordingsDirectory());
     // The speech service and the inserter stand in for HTTP and for the whole insertion.
     services.openAIClient = speech;

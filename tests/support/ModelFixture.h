@@ -12,6 +12,7 @@
 
 #include "app/AppModel.h"
 #include "app/AppServices.h"
+#include "platform/QtClipboard.h"
 
 #include <QNetworkAccessManager>
 #include <QTemporaryDir>
@@ -46,6 +47,7 @@ public:
     std::shared_ptr<FakeSpeechService> speech = std::make_shared<FakeSpeechService>();
     std::shared_ptr<FakeTextInserter> inserter = std::make_shared<FakeTextInserter>();
     std::shared_ptr<FakeKeySynthesizer> keys = std::make_shared<FakeKeySynthesizer>();
+    std::shared_ptr<QtClipboard> clipboard = std::make_shared<QtClipboard>();
     AppServices services;
     QDateTime now = QDateTime(QDate(2026, 1, 1), QTime(12, 0), Qt::UTC);
     QUrl latestReleaseURL = QUrl(QStringLiteral("http://127.0.0.1:9/api/app/latest"));

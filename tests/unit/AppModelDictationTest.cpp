@@ -176,13 +176,18 @@ TEST_F(AppModelDictationTest, aFailedInsertionKeepsTheTranscript)
     EXPECT_EQ(model->errorMessage(), "TextEdit refused the text.");
     EXPECT_EQ(QGuiApplication::clipboard()->text(), model->recentTranscripts().value(0).text);
 
-    // Where no key can be pressed, the paste route leaves the transcript on the clipboard.
-    fixture.words = &PlatformWords::linuxDesktop();
-    makeModel();
-    fixture.inserter->failure = QuorlaError::textInsertionFailed("Couldn't synthesize the paste shortcut.");
-    fixture.inserter->onInsert = [](const QString &text) { QtClipboard().writeText(Clipboard::Selection::clipboard, text, true); };
-    dictate(Source::fnHold);
-    EXPECT_EQ(model->statusMessage(), PlatformWords::linuxDesktop().noPasteRouteStatus);
+    // Where no key can be pressed, the paste route leaves the transcript on the clipboard;
+    // where the desktop takes the clipboard only from a focused window, it is only in History.
+    const PlatformWords &words = *(fixture.words = &PlatformWords::linuxDesktop());
+    for (const auto &[writer, expected] : {std::pair(QtClipboard::Writer::anyone, words.noPasteRouteStatus),
+                                           std::pair(QtClipboard::Writer::focusedWindow, words.clipboardRefusedStatus)}) {
+        fixture.clipboard = std::make_shared<QtClipboard>(writer);
+        makeModel();
+        fixture.inserter->failure = QuorlaError::textInsertionFailed("Couldn't synthesize the paste shortcut.");
+        fixture.inserter->onInsert = [&](const QString &text) { fixture.clipboard->writeText(Clipboard::Selection::clipboard, text, true); };
+        dictate(Source::fnHold);
+        EXPECT_EQ(model->statusMessage(), expected);
+    }
 }
 
 TEST_F(AppModelDictationTest, triggersWhileRecordingOrBusyAreIgnored)

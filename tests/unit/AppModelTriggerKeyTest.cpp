@@ -45,6 +45,11 @@ TEST_F(AppModelTriggerKeyTest, aNewTriggerTakesEffectAtOnceAndIsRemembered)
     EXPECT_EQ(model.triggerRegistrationError(), "Bind a command.");
     fixture.keyboard->changeRoute(nullptr, "Only X11 windows.");
     EXPECT_EQ(model.triggerRegistrationError(), "Only X11 windows.");
+
+    // A desktop that binds the toggle as a chord of its own names both once it has bound them.
+    std::tie(fixture.keyboard->triggerName, fixture.keyboard->toggleName) = std::pair("Ctrl+Alt+D", "Ctrl+Alt+Space");
+    fixture.keyboard->rename();
+    EXPECT_EQ(model.statusMessage(), "Save your OpenAI API key, then focus a text field and hold Ctrl+Alt+D or press Ctrl+Alt+Space.");
 }
 
 // From the keyboard to the recording, through the monitor and the model as the

@@ -27,12 +27,12 @@ TEST(OnboardingRows, readAsTheSetupSheetShowsThem)
         {2, PermissionState::denied, true, false, {"Accessibility", "Optional for auto-insert. Recording still works; transcripts stay in Quorla and are copied.", "Insert off", "active", "Grant Access", false, Action::requestAccessibility}},
     };
     for (const auto &c : cases)
-        EXPECT_EQ(onboardingPermissionRows(c.microphone, c.triggerError, c.accessibility, QStringLiteral("Fn"), PlatformWords::macOS())
+        EXPECT_EQ(onboardingPermissionRows(c.microphone, c.triggerError, c.accessibility, "Fn", "Fn + Space", PlatformWords::macOS())
                       .at(c.index),
                   c.expected)
             << "row " << c.index << " " << c.expected.statusText.toStdString();
-    const auto rows = onboardingPermissionRows(granted, false, true, QStringLiteral("Right Ctrl"), PlatformWords::linuxDesktop());
-    EXPECT_EQ(rows[0].detail, "Granted. Quorla can record audio when you hold Right Ctrl or press Right Ctrl + Space.");
+    const auto rows = onboardingPermissionRows(granted, false, true, "Ctrl+Alt+D", "Ctrl+Alt+Space", PlatformWords::linuxDesktop());
+    EXPECT_EQ(rows[0].detail, "Granted. Quorla can record audio when you hold Ctrl+Alt+D or press Ctrl+Alt+Space.");
 }
 
 TEST(CredentialsRow, pillAndFootnoteFollowTheStoredKey)

@@ -88,8 +88,9 @@ std::shared_ptr<KeySynthesizer> makeKeySynthesizer(SessionBackends::Keys source,
     return keys ? keys : std::make_shared<X11KeySynthesizer>();
 }
 
-// Qt's clipboard is refused on Wayland; where the compositor offers nothing better it is
-// still the best try.
+// Qt's clipboard is refused on Wayland but to the focused window: where the compositor
+// offers nothing better, it serves Quorla's own window (History's Copy) and says no to
+// the rest rather than pretend.
 std::shared_ptr<Clipboard> makeClipboard(SessionBackends::Clipboard source,
                                          const std::shared_ptr<WaylandConnection> &wayland)
 {
@@ -97,7 +98,8 @@ std::shared_ptr<Clipboard> makeClipboard(SessionBackends::Clipboard source,
         if (auto clipboard = WaylandClipboard::create(wayland))
             return clipboard;
     }
-    return std::make_shared<QtClipboard>();
+    return std::make_shared<QtClipboard>(source == SessionBackends::Clipboard::qt ? QtClipboard::Writer::anyone
+                                                                                  : QtClipboard::Writer::focusedWindow);
 }
 
 } // namespace

@@ -13,7 +13,7 @@
 #include <QPointer>
 #include <QSaveFile>
 #include <QStandardPaths>
-#include <linux/input-event-codes.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
 
 Q_LOGGING_CATEGORY(lcPortalKeys, "quorla.keys.portal")
 
@@ -162,31 +162,38 @@ void PortalKeySynthesizer::sessionClosed()
 
 bool PortalKeySynthesizer::sendBackspace()
 {
-    return sendKeys({KEY_BACKSPACE});
+    return sendKeys({XKB_KEY_BackSpace});
 }
 
 bool PortalKeySynthesizer::sendPasteShortcut(PasteShortcut shortcut)
 {
-    return shortcut == PasteShortcut::controlShiftV ? sendKeys({KEY_LEFTCTRL, KEY_LEFTSHIFT, KEY_V})
-                                                    : sendKeys({KEY_LEFTCTRL, KEY_V});
+    switch (shortcut) {
+    case PasteShortcut::controlShiftV:
+        return sendKeys({XKB_KEY_Control_L, XKB_KEY_Shift_L, XKB_KEY_v});
+    case PasteShortcut::shiftInsert:
+        return sendKeys({XKB_KEY_Shift_L, XKB_KEY_Insert});
+    case PasteShortcut::controlV:
+        break;
+    }
+    return sendKeys({XKB_KEY_Control_L, XKB_KEY_v});
 }
 
-bool PortalKeySynthesizer::sendKeys(std::initializer_list<int> keycodes)
+bool PortalKeySynthesizer::sendKeys(std::initializer_list<int> keysyms)
 {
     if (m_session.isEmpty())
         return false;
     // Pressed in order, released in reverse; one connection keeps the order.
-    const auto send = [&](int keycode, uint pressed) {
+    const auto send = [&](int keysym, uint pressed) {
         QDBusMessage message = QDBusMessage::createMethodCall(m_service, Portal::objectPath, remoteDesktopInterface,
-                                                              QStringLiteral("NotifyKeyboardKeycode"));
-        message << QVariant::fromValue(QDBusObjectPath(m_session)) << QVariantMap() << keycode << pressed;
+                                                              QStringLiteral("NotifyKeyboardKeysym"));
+        message << QVariant::fromValue(QDBusObjectPath(m_session)) << QVariantMap() << keysym << pressed;
         return m_bus.send(message);
     };
     bool sent = true;
-    for (const int keycode : keycodes)
-        sent = send(keycode, 1) && sent;
-    for (auto keycode = std::rbegin(keycodes); keycode != std::rend(keycodes); ++keycode)
-        sent = send(*keycode, 0) && sent;
+    for (const int keysym : keysyms)
+        sent = send(keysym, 1) && sent;
+    for (auto keysym = std::rbegin(keysyms); keysym != std::rend(keysyms); ++keysym)
+        sent = send(*keysym, 0) && sent;
     return sent;
 }
 

@@ -11,8 +11,10 @@
 // Keys through a keyboard-only session of the desktop's RemoteDesktop portal (KDE, GNOME).
 // The session opens at the first paste, never at start-up: GNOME asks the user's consent
 // then, and where the portal can persist it (version 2) the token it hands back spares the
-// question on later runs. Keys are evdev key codes, the physical keys: V is where QWERTY,
-// AZERTY, QWERTZ and the Cyrillic layouts have it, which is what toolkits match shortcuts on.
+// question on later runs. Keys go as keysyms, which the desktop looks up in its keymap: the
+// physical key of V is another letter on Dvorak or Bépo, and a remapped Ctrl is not
+// where evdev's left Ctrl is. (GNOME looks in the layout in use, so one without Latin
+// letters has no V to find; KDE 5.27 looks in the first layout.)
 class PortalKeySynthesizer : public QObject, public KeySynthesizer
 {
     Q_OBJECT
@@ -38,7 +40,7 @@ private:
     QCoro::Task<void> openSession();
     void finishOpening(bool ready);
     void failOpening(const QString &session, const QString &step, const Portal::Response &response);
-    bool sendKeys(std::initializer_list<int> keycodes);
+    bool sendKeys(std::initializer_list<int> keysyms);
 
     QString m_tokenFile;
     QDBusConnection m_bus;

@@ -15,7 +15,7 @@ const QString shortcutsInterface = QStringLiteral("org.freedesktop.portal.Global
 // the app id is empty): fixed, so it is the same group every time.
 const QString sessionToken = QStringLiteral("quorla");
 const QString defaultTriggerName = QStringLiteral("Ctrl+Alt+D");
-const char *const shortcutSlot = SLOT(shortcutChanged(QDBusMessage));
+const QString defaultToggleName = QStringLiteral("Ctrl+Alt+Space");
 // Binding can show the desktop's dialog; the user may take a while.
 constexpr std::chrono::minutes dialogLimit{5};
 constexpr std::chrono::seconds answerLimit{30};
@@ -44,6 +44,7 @@ PortalShortcutsHook::PortalShortcutsHook(std::shared_ptr<KeyboardHook> fallback,
     , m_bus(std::move(bus))
     , m_service(std::move(service))
     , m_triggerName(defaultTriggerName)
+    , m_toggleName(defaultToggleName)
 {
     Portal::registerTypes();
 }
@@ -82,11 +83,16 @@ void PortalShortcutsHook::uninstall()
 
 void PortalShortcutsHook::connectSignals(bool on)
 {
-    for (const QString &name : {QStringLiteral("Activated"), QStringLiteral("Deactivated")}) {
+    const std::pair<QString, const char *> signalSlots[] = {
+        {QStringLiteral("Activated"), SLOT(shortcutChanged(QDBusMessage))},
+        {QStringLiteral("Deactivated"), SLOT(shortcutChanged(QDBusMessage))},
+        {QStringLiteral("ShortcutsChanged"), SLOT(shortcutsRebound(QDBusMessage))},
+    };
+    for (const auto &[name, slot] : signalSlots) {
         if (on)
-            m_bus.connect(m_service, Portal::objectPath, shortcutsInterface, name, this, shortcutSlot);
+            m_bus.connect(m_service, Portal::objectPath, shortcutsInterface, name, this, slot);
         else
-            m_bus.disconnect(m_service, Portal::objectPath, shortcutsInterface, name, this, shortcutSlot);
+            m_bus.disconnect(m_service, Portal::objectPath, shortcutsInterface, name, this, slot);
     }
 }
 
@@ -173,6 +179,11 @@ QString PortalShortcutsHook::triggerDisplayName() const
     return m_fellBack ? m_fallback->triggerDisplayName() : m_triggerName;
 }
 
+QString PortalShortcutsHook::toggleDisplayName() const
+{
+    return m_fellBack ? m_fallback->toggleDisplayName() : m_toggleName;
+}
+
 KeyboardHook::InstallOutcome PortalShortcutsHook::setTriggerKey(const TriggerKey &key)
 {
     return m_fallback ? m_fallback->setTriggerKey(key) : InstallOutcome{};
@@ -180,11 +191,28 @@ KeyboardHook::InstallOutcome PortalShortcutsHook::setTriggerKey(const TriggerKey
 
 void PortalShortcutsHook::noteDescriptions(const QVariant &shortcuts)
 {
+    bool renamed = false;
     for (const Portal::Shortcut &shortcut : shortcutsIn(shortcuts)) {
         const QString description = shortcut.properties.value(QStringLiteral("trigger_description")).toString();
-        if (shortcut.id == holdId && !description.isEmpty())
-            m_triggerName = description;
+        QString *name = nullptr;
+        if (shortcut.id == holdId)
+            name = &m_triggerName;
+        else if (shortcut.id == toggleId)
+            name = &m_toggleName;
+        if (name && !description.isEmpty() && *name != description) {
+            *name = description;
+            renamed = true;
+        }
     }
+    if (renamed && m_events.namesChanged)
+        m_events.namesChanged();
+}
+
+void PortalShortcutsHook::shortcutsRebound(const QDBusMessage &message)
+{
+    const QVariantList arguments = message.arguments();
+    if (!m_session.isEmpty() && arguments.value(0).value<QDBusObjectPath>().path() == m_session)
+        noteDescriptions(arguments.value(1));
 }
 
 void PortalShortcutsHook::shortcutChanged(const QDBusMessage &message)

@@ -38,8 +38,9 @@ public:
     void uninstall() override;
     [[nodiscard]] bool isInstalled() const override;
     void setSpaceCaptureWanted(bool wanted) override;
-    // The hold shortcut as the desktop describes it, once known.
+    // The hold and toggle shortcuts as the desktop describes them, once known.
     [[nodiscard]] QString triggerDisplayName() const override;
+    [[nodiscard]] QString toggleDisplayName() const override;
     // The desktop's dialog chooses the portal's keys; the fallback watches this one.
     InstallOutcome setTriggerKey(const TriggerKey &key) override;
 
@@ -47,6 +48,8 @@ public:
 public Q_SLOTS:
     // Activated or Deactivated: (session, shortcut id, timestamp, options).
     void shortcutChanged(const QDBusMessage &message);
+    // ShortcutsChanged: (session, shortcuts), after the user rebinds them.
+    void shortcutsRebound(const QDBusMessage &message);
     void sessionClosed();
 
 private:
@@ -63,6 +66,7 @@ private:
     Events m_events;
     QString m_session;
     QString m_triggerName;
+    QString m_toggleName;
     quint64 m_generation = 0; // ends a session opening that outlived its install()
     bool m_installed = false;
     bool m_triggerDown = false;

@@ -20,7 +20,11 @@ DetailPage {
         RowLayout {
             spacing: 10
             ShortcutBadge { text: home.triggerDisplay; minWidth: 44 }
-            ShortcutCombinationBadge { first: home.triggerDisplay; second: "Space" }
+            ShortcutCombinationBadge {
+                first: home.toggleFirstKey
+                second: home.toggleSecondKey
+                Accessible.name: home.toggleDisplay
+            }
         }
         Text {
             objectName: "pushToTalkHelp"
@@ -104,10 +108,10 @@ DetailPage {
             visible: !home.hasUsage
             spacing: 6
             Accessible.role: Accessible.StaticText
-            Accessible.name: "No inserts yet. Hold " + home.triggerDisplay + " + Space in a text field to start tracking usage."
+            Accessible.name: home.noUsageText
             Text { height: hold.height; verticalAlignment: Text.AlignVCenter; text: "No inserts yet. Hold"; color: AppTheme.secondaryText }
-            ShortcutBadge { id: hold; text: home.triggerDisplay }
-            Text { height: hold.height; verticalAlignment: Text.AlignVCenter; text: "+ Space in a text field to start tracking usage."; color: AppTheme.secondaryText }
+            ShortcutBadge { id: hold; text: home.toggleFirstKey }
+            Text { height: hold.height; verticalAlignment: Text.AlignVCenter; text: home.noUsageTail; color: AppTheme.secondaryText }
         }
     }
 

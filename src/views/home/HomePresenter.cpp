@@ -14,11 +14,13 @@ void HomePresenter::observe(AppModel &model)
     connect(&model, &AppModel::currentInputLanguageHintChanged, this, &HomePresenter::inputLanguageChanged);
     connect(&model, &AppModel::isRecordingChanged, this, &HomePresenter::recordingChanged);
     connect(&model, &AppModel::isBusyChanged, this, &HomePresenter::recordingChanged);
+    connect(&model, &AppModel::triggerDisplayChanged, this, &HomePresenter::shortcutsChanged);
     // Bindings read before the model arrived are stale now.
     Q_EMIT statisticsChanged();
     Q_EMIT transcriptsChanged();
     Q_EMIT inputLanguageChanged();
     Q_EMIT recordingChanged();
+    Q_EMIT shortcutsChanged();
 }
 
 QString HomePresenter::characterCountText() const
@@ -66,9 +68,40 @@ QString HomePresenter::triggerDisplay() const
     return model() ? model()->triggerDisplay() : QString();
 }
 
+QString HomePresenter::toggleDisplay() const
+{
+    return model() ? model()->toggleDisplay() : QString();
+}
+
+bool HomePresenter::hasToggleShortcut() const
+{
+    return model() && !model()->toggleShortcutDisplay().isEmpty();
+}
+
+QString HomePresenter::toggleFirstKey() const
+{
+    return hasToggleShortcut() ? toggleDisplay() : triggerDisplay();
+}
+
+QString HomePresenter::toggleSecondKey() const
+{
+    return hasToggleShortcut() ? QString() : QStringLiteral("Space");
+}
+
 QString HomePresenter::pushToTalkHelpText() const
 {
-    return QStringLiteral("Hold %1 to record, or press %1 + Space to start and stop.").arg(triggerDisplay());
+    return QStringLiteral("Hold %1 to record, or press %2 to start and stop.").arg(triggerDisplay(), toggleDisplay());
+}
+
+QString HomePresenter::noUsageTail() const
+{
+    const QString tail = QStringLiteral("in a text field to start tracking usage.");
+    return hasToggleShortcut() ? tail : QStringLiteral("+ Space ") + tail;
+}
+
+QString HomePresenter::noUsageText() const
+{
+    return QStringLiteral("No inserts yet. Hold %1 in a text field to start tracking usage.").arg(toggleDisplay());
 }
 
 QString HomePresenter::followsInputLanguageText() const

@@ -17,8 +17,13 @@ class HomePresenter : public ModelPresenter
     Q_PROPERTY(bool hasUsage READ hasUsage NOTIFY statisticsChanged)
     Q_PROPERTY(QString transcriptSummaryText READ transcriptSummaryText NOTIFY transcriptsChanged)
     Q_PROPERTY(QVariantList transcripts READ transcripts NOTIFY transcriptsChanged)
-    Q_PROPERTY(QString triggerDisplay READ triggerDisplay NOTIFY modelChanged)
-    Q_PROPERTY(QString pushToTalkHelpText READ pushToTalkHelpText NOTIFY modelChanged)
+    Q_PROPERTY(QString triggerDisplay READ triggerDisplay NOTIFY shortcutsChanged)
+    Q_PROPERTY(QString toggleDisplay READ toggleDisplay NOTIFY shortcutsChanged)
+    Q_PROPERTY(QString toggleFirstKey READ toggleFirstKey NOTIFY shortcutsChanged)
+    Q_PROPERTY(QString toggleSecondKey READ toggleSecondKey NOTIFY shortcutsChanged)
+    Q_PROPERTY(QString pushToTalkHelpText READ pushToTalkHelpText NOTIFY shortcutsChanged)
+    Q_PROPERTY(QString noUsageTail READ noUsageTail NOTIFY shortcutsChanged)
+    Q_PROPERTY(QString noUsageText READ noUsageText NOTIFY shortcutsChanged)
     Q_PROPERTY(QString followsInputLanguageText READ followsInputLanguageText NOTIFY modelChanged)
     Q_PROPERTY(QString inputLanguageText READ inputLanguageText NOTIFY inputLanguageChanged)
     Q_PROPERTY(QString recordButtonText READ recordButtonText NOTIFY recordingChanged)
@@ -35,7 +40,14 @@ public:
     // One map per history entry: text, timeText, isLatest.
     [[nodiscard]] QVariantList transcripts() const;
     [[nodiscard]] QString triggerDisplay() const;
+    [[nodiscard]] QString toggleDisplay() const;
+    // The toggle's key caps: the trigger and "Space", or the desktop's chord and nothing.
+    [[nodiscard]] QString toggleFirstKey() const;
+    [[nodiscard]] QString toggleSecondKey() const;
     [[nodiscard]] QString pushToTalkHelpText() const;
+    // The no-usage sentence after its key cap (the toggle's first), and the whole for screen readers.
+    [[nodiscard]] QString noUsageTail() const;
+    [[nodiscard]] QString noUsageText() const;
     [[nodiscard]] QString followsInputLanguageText() const;
     [[nodiscard]] QString inputLanguageText() const;
     [[nodiscard]] QString recordButtonText() const;
@@ -51,7 +63,12 @@ Q_SIGNALS:
     void transcriptsChanged();
     void inputLanguageChanged();
     void recordingChanged();
+    void shortcutsChanged();
 
 protected:
     void observe(AppModel &model) override;
+
+private:
+    // The desktop binds the toggle as a chord of its own.
+    [[nodiscard]] bool hasToggleShortcut() const;
 };

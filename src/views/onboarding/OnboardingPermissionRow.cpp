@@ -12,7 +12,8 @@ const QString ready = QStringLiteral("Ready");
 const QString needsAttention = QStringLiteral("Needs attention");
 const QString openSettings = QStringLiteral("Open Settings");
 
-OnboardingPermissionRow microphoneRow(PermissionState state, const QString &trigger, const PlatformWords &words)
+OnboardingPermissionRow microphoneRow(PermissionState state, const QString &trigger, const QString &toggle,
+                                      const PlatformWords &words)
 {
     OnboardingPermissionRow row;
     row.title = QStringLiteral("Microphone");
@@ -22,7 +23,7 @@ OnboardingPermissionRow microphoneRow(PermissionState state, const QString &trig
     case PermissionState::authorized:
         row.statusText = ready;
         row.tone = success;
-        row.detail = QStringLiteral("Granted. Quorla can record audio when you hold %1 or press %1 + Space.").arg(trigger);
+        row.detail = QStringLiteral("Granted. Quorla can record audio when you hold %1 or press %2.").arg(trigger, toggle);
         break;
     case PermissionState::denied:
         row.statusText = needsAttention;
@@ -39,7 +40,7 @@ OnboardingPermissionRow microphoneRow(PermissionState state, const QString &trig
     return row;
 }
 
-OnboardingPermissionRow keyboardRow(bool hasError, const QString &trigger)
+OnboardingPermissionRow keyboardRow(bool hasError, const QString &trigger, const QString &toggle)
 {
     OnboardingPermissionRow row;
     row.title = QStringLiteral("Keyboard monitoring");
@@ -47,9 +48,9 @@ OnboardingPermissionRow keyboardRow(bool hasError, const QString &trigger)
     row.action = OnboardingPermissionRow::Action::openKeyboardSettings;
     row.statusText = hasError ? needsAttention : ready;
     row.tone = hasError ? warning : success;
-    row.detail = (hasError ? QStringLiteral("Required so Quorla can detect %1 and %1 + Space while you work in other apps.")
-                           : QStringLiteral("Granted. Quorla can detect %1 and %1 + Space while you work in other apps."))
-                     .arg(trigger);
+    row.detail = (hasError ? QStringLiteral("Required so Quorla can detect %1 and %2 while you work in other apps.")
+                           : QStringLiteral("Granted. Quorla can detect %1 and %2 while you work in other apps."))
+                     .arg(trigger, toggle);
     return row;
 }
 
@@ -79,9 +80,9 @@ OnboardingPermissionRow accessibilityRow(bool granted)
 
 QList<OnboardingPermissionRow> onboardingPermissionRows(PermissionState microphone, bool hasTriggerRegistrationError,
                                                         bool accessibilityGranted, const QString &trigger,
-                                                        const PlatformWords &words)
+                                                        const QString &toggle, const PlatformWords &words)
 {
-    return {microphoneRow(microphone, trigger, words), keyboardRow(hasTriggerRegistrationError, trigger),
+    return {microphoneRow(microphone, trigger, toggle, words), keyboardRow(hasTriggerRegistrationError, trigger, toggle),
             accessibilityRow(accessibilityGranted)};
 }
 

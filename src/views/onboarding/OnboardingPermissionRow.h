@@ -26,10 +26,10 @@ struct OnboardingPermissionRow {
 };
 
 // The microphone, keyboard monitoring and accessibility rows, in that order.
-// Sentences that say "Fn" name the configured trigger instead.
+// Sentences that say "Fn" name the configured trigger instead, and "Fn + Space" the toggle.
 QList<OnboardingPermissionRow> onboardingPermissionRows(PermissionState microphone, bool hasTriggerRegistrationError,
                                                         bool accessibilityGranted, const QString &trigger,
-                                                        const PlatformWords &words);
+                                                        const QString &toggle, const PlatformWords &words);
 
 // The API key row's pill and the line under its field.
 struct CredentialsStatus {

@@ -10,7 +10,7 @@ QList<OnboardingPermissionRow> rowsOf(const AppModel &model)
 {
     return onboardingPermissionRows(model.microphonePermissionState(), model.triggerRegistrationError().has_value(),
                                     model.accessibilityPermissionGranted(), model.triggerDisplay(),
-                                    *model.services().words);
+                                    model.toggleDisplay(), *model.services().words);
 }
 
 CredentialsStatus keyStatus(const AppModel &model)
@@ -25,6 +25,7 @@ void OnboardingPresenter::observe(AppModel &model)
     connect(&model, &AppModel::microphonePermissionStateChanged, this, &OnboardingPresenter::permissionsChanged);
     connect(&model, &AppModel::triggerRegistrationErrorChanged, this, &OnboardingPresenter::permissionsChanged);
     connect(&model, &AppModel::accessibilityPermissionGrantedChanged, this, &OnboardingPresenter::permissionsChanged);
+    connect(&model, &AppModel::triggerDisplayChanged, this, &OnboardingPresenter::permissionsChanged);
     connect(&model, &AppModel::hasStoredAPIKeyChanged, this, &OnboardingPresenter::keyChanged);
     connect(&model, &AppModel::isKeychainLockedChanged, this, &OnboardingPresenter::keyChanged);
     // Bindings read before the model arrived are stale now.

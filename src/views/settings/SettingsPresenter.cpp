@@ -101,7 +101,12 @@ void SettingsPresenter::setTriggerIndex(int index)
 
 QString SettingsPresenter::desktopShortcutsNote() const
 {
-    return model() ? model()->services().words->desktopShortcutsNote : QString();
+    if (!model())
+        return QString();
+    const PlatformWords &words = *model()->services().words;
+    if (model()->toggleShortcutDisplay().isEmpty())
+        return words.desktopShortcutsNote;
+    return words.desktopShortcutsInUseNote.arg(model()->triggerDisplay(), model()->toggleShortcutDisplay());
 }
 
 QString SettingsPresenter::serviceAddress() const

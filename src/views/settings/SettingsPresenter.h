@@ -35,7 +35,8 @@ public:
     [[nodiscard]] QStringList triggerChoices() const;
     [[nodiscard]] int triggerIndex() const;
     void setTriggerIndex(int index);
-    // Where the desktop's own shortcuts trigger dictation instead of the key above.
+    // Where the desktop's own shortcuts trigger dictation instead of the key above; while
+    // they do, the chords it bound.
     [[nodiscard]] QString desktopShortcutsNote() const;
     // The "apiBaseURL" preference; empty means the OpenAI default.
     [[nodiscard]] QString serviceAddress() const;
