@@ -57,7 +57,6 @@ TEST_F(TextInsertionServiceTest, theDirectRouteReplacesTheTriggerSpaceAndPutsThe
     focus("hello ", TextRange{6, 0});
     EXPECT_EQ(insert("world"), std::nullopt);
     EXPECT_EQ(accessibility->focused->edits, QStringList({"replace:5,1:world", "selection:10,0"}));
-    EXPECT_EQ(accessibility->queriedProcesses, QList<qint64>{42});
     EXPECT_EQ(editor->activationCount, 1);
     EXPECT_TRUE(keys->sent.isEmpty());
 
@@ -127,21 +126,20 @@ TEST_F(TextInsertionServiceTest, refusalsBeforeAnythingIsTouched)
 }
 
 // When the clipboard is not restored, the transcript stays on it for the user. A full
-// clipboard coming back byte for byte is shown against a real one in integration.
+// clipboard coming back byte for byte, and one copied meanwhile staying, are shown
+// against real ones in integration.
 TEST_F(TextInsertionServiceTest, theClipboardKeepsWhatTheUserMustNotLose)
 {
     const struct {
         const char *name;
         bool restore, backspaceWorks, pasteWorks;
-        const char *copiedDuringPaste;
         std::optional<QuorlaError> error;
         QString clipboardAfter;
     } cases[] = {
-        {"restored empty", true, true, true, nullptr, std::nullopt, ""},
-        {"not asked to restore", false, true, true, nullptr, std::nullopt, "world"},
-        {"copied meanwhile", true, true, true, "copied meanwhile", std::nullopt, "copied meanwhile"},
-        {"Backspace failed", true, false, true, nullptr, failed("Couldn't remove the trigger space before pasting."), "world"},
-        {"paste failed", true, true, false, nullptr, failed("Couldn't synthesize the paste shortcut."), "world"},
+        {"restored empty", true, true, true, std::nullopt, ""},
+        {"not asked to restore", false, true, true, std::nullopt, "world"},
+        {"Backspace failed", true, false, true, failed("Couldn't remove the trigger space before pasting."), "world"},
+        {"paste failed", true, true, false, failed("Couldn't synthesize the paste shortcut."), "world"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
@@ -150,11 +148,7 @@ TEST_F(TextInsertionServiceTest, theClipboardKeepsWhatTheUserMustNotLose)
         keys->backspaceWorks = c.backspaceWorks;
         keys->pasteWorks = c.pasteWorks;
         QByteArray hint;
-        keys->onPaste = [&] {
-            hint = clipboard->mimeData()->data("x-kde-passwordManagerHint");
-            if (c.copiedDuringPaste)
-                clipboard->setText(c.copiedDuringPaste);
-        };
+        keys->onPaste = [&] { hint = clipboard->mimeData()->data("x-kde-passwordManagerHint"); };
         EXPECT_EQ(insert("world", c.restore), c.error);
         EXPECT_EQ(clipboard->text(), c.clipboardAfter);
         if (c.pasteWorks && c.backspaceWorks) {
