@@ -35,7 +35,6 @@ TEST(GlobalPushToTalkMonitor, gesturesGiveTheirEventsTakeOnlyTheirSpacesAndEndWi
         {"toggle", "TSRstSs", "XPXXX", toggle},
         {"toggle running", "TSst", "XX", {"toggleStarted"}, true},
         {"shortcut", "TOHSst", "PP", {}},
-        {"shortcut in a hold", "THOt", "", {"holdStarted", "holdCancelled"}},
         // A Space released after the change reaches the application.
         {"change when idle", "Ks", "P", {}},
         {"change in a pending hold", "TKs", "P", {}},
