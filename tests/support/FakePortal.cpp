@@ -3,6 +3,7 @@
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
+#include <QTimer>
 #include <QUuid>
 
 FakePortal::FakePortal()
@@ -51,8 +52,16 @@ bool FakePortal::handleMessage(const QDBusMessage &message, const QDBusConnectio
         return m_bus.send(message.createErrorReply(QDBusError::UnknownInterface, method));
     if (method == QLatin1String("Get"))
         return m_bus.send(message.createReply(QVariant::fromValue(QDBusVariant(version))));
-    if (method == QLatin1String("NotifyKeyboardKeysym"))
-        keys.append({arguments.value(2).toInt(), arguments.value(3).toUInt()});
+    if (method == QLatin1String("NotifyKeyboardKeysym")) {
+        // The real portal handles each call on a thread of its own: a key sent before the
+        // last one was answered may overtake it.
+        keys.insert(m_unansweredKeys++ > 0 ? keys.size() - 1 : keys.size(), {arguments.value(2).toInt(), arguments.value(3).toUInt()});
+        QTimer::singleShot(0, this, [this, reply = message.createReply()] {
+            --m_unansweredKeys;
+            m_bus.send(reply);
+        });
+        return true;
+    }
     if (method.startsWith(QLatin1String("NotifyKeyboard")) || method == QLatin1String("Close"))
         return m_bus.send(message.createReply());
 

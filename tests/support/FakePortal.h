@@ -35,4 +35,5 @@ private:
     QDBusConnection m_bus;
     QString m_session;
     bool m_bound = false;
+    int m_unansweredKeys = 0;
 };

@@ -182,19 +182,37 @@ bool PortalKeySynthesizer::sendKeys(std::initializer_list<int> keysyms)
 {
     if (m_session.isEmpty())
         return false;
-    // Pressed in order, released in reverse; one connection keeps the order.
-    const auto send = [&](int keysym, uint pressed) {
+    // Pressed in order, released in reverse.
+    for (const int keysym : keysyms)
+        m_keys.emplace_back(keysym, 1);
+    for (auto keysym = std::rbegin(keysyms); keysym != std::rend(keysyms); ++keysym)
+        m_keys.emplace_back(*keysym, 0);
+    if (!m_sendingKeys)
+        sendQueuedKeys();
+    return true;
+}
+
+// The portal handles each call on a thread of its own and can pass two keys sent together
+// to the desktop in the wrong order (V's release before its press): each key goes once
+// the portal has answered the one before.
+QCoro::Task<void> PortalKeySynthesizer::sendQueuedKeys()
+{
+    const QPointer<PortalKeySynthesizer> self(this);
+    m_sendingKeys = true;
+    while (!m_keys.empty() && !m_session.isEmpty()) {
+        const auto [keysym, pressed] = m_keys.front();
+        m_keys.pop_front();
         QDBusMessage message = QDBusMessage::createMethodCall(m_service, Portal::objectPath, remoteDesktopInterface,
                                                               QStringLiteral("NotifyKeyboardKeysym"));
         message << QVariant::fromValue(QDBusObjectPath(m_session)) << QVariantMap() << keysym << pressed;
-        return m_bus.send(message);
-    };
-    bool sent = true;
-    for (const int keysym : keysyms)
-        sent = send(keysym, 1) && sent;
-    for (auto keysym = std::rbegin(keysyms); keysym != std::rend(keysyms); ++keysym)
-        sent = send(*keysym, 0) && sent;
-    return sent;
+        const QDBusMessage reply = co_await m_bus.asyncCall(message, int(std::chrono::milliseconds(answerLimit).count()));
+        if (!self)
+            co_return;
+        if (reply.type() == QDBusMessage::ErrorMessage)
+            qCWarning(lcPortalKeys) << "a key did not go out:" << reply.errorMessage();
+    }
+    m_keys.clear();
+    m_sendingKeys = false;
 }
 
 std::shared_ptr<KeySynthesizer> makePortalKeySynthesizer()

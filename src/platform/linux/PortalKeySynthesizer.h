@@ -6,6 +6,8 @@
 #include <QCoro/QCoroTask>
 #include <QDBusConnection>
 #include <QObject>
+#include <deque>
+#include <utility>
 #include <vector>
 
 // Keys through a keyboard-only session of the desktop's RemoteDesktop portal (KDE, GNOME).
@@ -41,6 +43,7 @@ private:
     void finishOpening(bool ready);
     void failOpening(const QString &session, const QString &step, const Portal::Response &response);
     bool sendKeys(std::initializer_list<int> keysyms);
+    QCoro::Task<void> sendQueuedKeys();
 
     QString m_tokenFile;
     QDBusConnection m_bus;
@@ -48,4 +51,6 @@ private:
     QString m_session; // set once the session started
     bool m_opening = false;
     std::vector<std::function<void(bool)>> m_waiting;
+    std::deque<std::pair<int, uint>> m_keys; // keysym, pressed: waiting to go out
+    bool m_sendingKeys = false;
 };

@@ -43,6 +43,8 @@ public:
     [[nodiscard]] QString toggleDisplayName() const override;
     // The desktop's dialog chooses the portal's keys; the fallback watches this one.
     InstallOutcome setTriggerKey(const TriggerKey &key) override;
+    // Test hook: the desktop opened the session (KDE has bound the shortcuts by then).
+    [[nodiscard]] bool isSettled() const { return !m_session.isEmpty(); }
 
     // For the portal's signals (QtDBus calls only public slots).
 public Q_SLOTS:
