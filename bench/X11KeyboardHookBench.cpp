@@ -6,15 +6,17 @@
 //  - how soon after the trigger a Space is already taken (the grab follows the
 //    trigger's press, so a Space sent right after it can still leak).
 // Usage: bench_x11_keyboard_hook [iterations]
-#include "KeyEchoProcess.h"
+#include "TextTarget.h"
 #include "XTestKeyboard.h"
 
 #include "models/TriggerKey.h"
 #include "platform/Workspace.h"
 #include "platform/linux/X11KeyboardHook.h"
+#include "platform/linux/X11Workspace.h"
 #include "services/GlobalPushToTalkMonitor.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QEventLoop>
 #include <QTest>
 #include <QTimer>
@@ -68,13 +70,24 @@ bool sendAndWait(QEventLoop &loop, Send send)
     return !timedOut;
 }
 
-std::vector<double> plainSpaceDelays(XTestKeyboard &keys, KeyEchoProcess &target, int iterations)
+// The first press of key to arrive; the other keys that came with it are dropped.
+std::optional<TextTarget::Key> waitForPress(TextTarget &target, int key)
+{
+    for (const QDeadlineTimer deadline(2000); !deadline.hasExpired();) {
+        for (const TextTarget::Key &arrived : target.takeKeys(1))
+            if (arrived.press && arrived.key == key)
+                return arrived;
+    }
+    return std::nullopt;
+}
+
+std::vector<double> plainSpaceDelays(XTestKeyboard &keys, TextTarget &target, int iterations)
 {
     std::vector<double> delays;
     for (int i = 0; i < iterations; ++i) {
         const auto sentAt = Clock::now();
         keys.press("space");
-        const auto arrived = target.waitForKey(true, Qt::Key_Space);
+        const auto arrived = waitForPress(target, Qt::Key_Space);
         keys.release("space");
         QTest::qWait(5);
         if (arrived)
@@ -87,7 +100,7 @@ std::vector<double> plainSpaceDelays(XTestKeyboard &keys, KeyEchoProcess &target
 
 // Of `trials` trigger + Space gestures with the Space sent `gap` after the trigger,
 // how many Spaces reached the target.
-int leakedSpaces(XTestKeyboard &keys, KeyEchoProcess &target, std::chrono::microseconds gap, int trials)
+int leakedSpaces(XTestKeyboard &keys, TextTarget &target, std::chrono::microseconds gap, int trials)
 {
     target.takeKeys(20);
     for (int i = 0; i < trials; ++i) {
@@ -118,8 +131,9 @@ int main(int argc, char *argv[])
     const int iterations = argc > 1 ? std::max(1, atoi(argv[1])) : 100;
 
     XTestKeyboard keys;
-    KeyEchoProcess target(QStringLiteral(QUORLA_KEY_ECHO_TARGET));
-    if (!keys.isOpen() || !target.start()) {
+    X11Workspace desktop;
+    TextTarget target(desktop, QStringLiteral(QUORLA_KEY_ECHO_TARGET), {"widgets", "/dev/null", QString()});
+    if (!keys.isOpen() || !target.application()) {
         std::fprintf(stderr, "needs the headless desktop (scripts/desktop-session)\n");
         return 1;
     }

@@ -1,9 +1,9 @@
-#include "models/QuorlaError.h"
 #include "platform/QtClipboard.h"
 #include "platform/linux/AtSpiAccessibility.h"
 #include "platform/linux/X11KeySynthesizer.h"
 #include "platform/linux/X11Workspace.h"
 #include "services/TextInsertionService.h"
+#include "TaskResult.h"
 #include "TextTarget.h"
 
 #include <QClipboard>
@@ -16,15 +16,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
-QCoro::Task<void> catching(QCoro::Task<void> task, std::optional<QuorlaError> *error)
-{
-    try {
-        co_await std::move(task);
-    } catch (const QuorlaError &e) {
-        *error = e;
-    }
-}
 
 // What another client reads from the clipboard (or the primary selection), through the X server.
 QByteArray clipboardAsSeenByOthers(const QString &format, const QString &selection = QStringLiteral("clipboard"))
@@ -62,9 +53,7 @@ protected:
     std::optional<QuorlaError> insert(const ApplicationHandlePtr &application, const QString &text,
                                       bool restoreClipboard = true)
     {
-        std::optional<QuorlaError> error;
-        QCoro::waitFor(catching(service.insert(text, TextInsertionTarget{application}, restoreClipboard, true), &error));
-        return error;
+        return quorlaErrorOf(service.insert(text, TextInsertionTarget{application}, restoreClipboard, true));
     }
 
     bool outputBecomes(const QByteArray &expected)

@@ -5,7 +5,6 @@
 #include <QJsonObject>
 #include <QTcpSocket>
 #include <QTimer>
-#include <memory>
 
 namespace {
 
@@ -108,27 +107,5 @@ void FakeOpenAIServer::respond(QTcpSocket *socket, const Reply &reply)
         socket->abort();
     } else if (reply.behaviour == Behaviour::hugeBody) {
         socket->write(headerBlock(reply, reply.hugeBodyBytes));
-        streamFiller(socket, reply.hugeBodyBytes);
     }
-}
-
-void FakeOpenAIServer::streamFiller(QTcpSocket *socket, qint64 remaining)
-{
-    // Written as the client drains it, so a client that stops reading stops the stream.
-    static constexpr qint64 chunk = 256 * 1024;
-    static const QByteArray filler(chunk, 'x');
-    auto left = std::make_shared<qint64>(remaining);
-    auto connection = std::make_shared<QMetaObject::Connection>();
-    const auto writeMore = [this, socket, left, connection] {
-        if (*left <= 0 || socket->bytesToWrite() > chunk)
-            return;
-        const qint64 size = std::min(chunk, *left);
-        socket->write(filler.constData(), size);
-        *left -= size;
-        m_hugeBytesWritten += size;
-        if (*left <= 0)
-            QObject::disconnect(*connection);
-    };
-    *connection = connect(socket, &QTcpSocket::bytesWritten, this, writeMore);
-    writeMore();
 }

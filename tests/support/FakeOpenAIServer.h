@@ -25,7 +25,7 @@ public:
         answer,
         closeMidReply, // headers and half the body, then the connection is dropped
         stall,         // reads the request, never answers
-        hugeBody,      // hugeBodyBytes of filler, written as the client reads
+        hugeBody,      // declares a body of hugeBodyBytes and sends none: only a client that waits for it fails
     };
     struct Reply {
         int status = 200;
@@ -47,8 +47,6 @@ public:
 
     [[nodiscard]] const QList<Request> &requests() const { return m_requests; }
     [[nodiscard]] int connectionCount() const { return m_connectionCount; }
-    // Filler bytes written for hugeBody replies so far.
-    [[nodiscard]] qint64 hugeBytesWritten() const { return m_hugeBytesWritten; }
 
     static Reply json(int status, const QByteArray &body) { return Reply{status, body}; }
     static QByteArray transcriptionBody(const QString &text);
@@ -57,7 +55,6 @@ public:
 private:
     void readFrom(QTcpSocket *socket);
     void respond(QTcpSocket *socket, const Reply &reply);
-    void streamFiller(QTcpSocket *socket, qint64 remaining);
 
     QTcpServer m_server;
     QHash<QTcpSocket *, QByteArray> m_buffers;
@@ -65,5 +62,4 @@ private:
     QMap<QByteArray, QList<Reply>> m_queued;
     QList<Request> m_requests;
     int m_connectionCount = 0;
-    qint64 m_hugeBytesWritten = 0;
 };

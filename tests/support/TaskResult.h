@@ -58,9 +58,26 @@ TaskResult<T> waitForResult(QCoro::Task<T> task, int guardMs = 30000)
     return *result;
 }
 
+inline QCoro::Task<bool> completion(QCoro::Task<> task)
+{
+    co_await std::move(task);
+    co_return true;
+}
+
 // The same for a task with no value: true when it finished.
 inline bool waitForDone(QCoro::Task<> task, int guardMs = 30000)
 {
-    const auto done = [](QCoro::Task<> task) -> QCoro::Task<bool> { co_await std::move(task); co_return true; };
-    return waitForResult(done(std::move(task)), guardMs).finished;
+    return waitForResult(completion(std::move(task)), guardMs).finished;
+}
+
+// The QuorlaError such a task threw, if any; other errors go on to fail the test.
+inline std::optional<QuorlaError> quorlaErrorOf(QCoro::Task<> task)
+{
+    try {
+        if (const auto error = waitForResult(completion(std::move(task))).error)
+            std::rethrow_exception(error);
+    } catch (const QuorlaError &error) {
+        return error;
+    }
+    return std::nullopt;
 }

@@ -44,3 +44,17 @@ TextTarget::~TextTarget()
         m_process.kill();
     m_process.waitForFinished(3000);
 }
+
+// From lines of "press|release KEY MICROSECONDS".
+QList<TextTarget::Key> TextTarget::takeKeys(int waitMs)
+{
+    QTest::qWait(waitMs);
+    m_output += m_process.readAllStandardOutput();
+    QList<Key> keys;
+    for (qsizetype end; (end = m_output.indexOf('\n')) >= 0; m_output.remove(0, end + 1)) {
+        const QList<QByteArray> fields = m_output.left(end).split(' ');
+        if (fields.size() == 3)
+            keys.append({fields[0] == "press", fields[1].toInt(), fields[2].toLongLong()});
+    }
+    return keys;
+}

@@ -69,6 +69,26 @@ TEST_F(AppModelAPIKeyTest, savingAndClearingTheKey)
             EXPECT_EQ(keyFor(model), c.item ? QString(*c.item) : missingKey);
         }
     }
+    // A keyring without the item gets it added, as UTF-8; clearing what is not there is no failure.
+    fixture.credentials->items.clear();
+    fixture.credentials->failure.reset();
+    fixture.credentials->failures = {{Call::add, {Outcome::failure, 3}}};
+    AppModel &model = fixture.makeModel();
+    model.setApiKeyDraft("sk-ü");
+    model.saveAPIKey();
+    EXPECT_EQ(model.errorMessage(), "Couldn't save the API key to Keychain (status 3).");
+    fixture.credentials->failures.clear();
+    model.saveAPIKey();
+    EXPECT_EQ(fixture.credentials->items.value(itemKey), "sk-\xc3\xbc");
+    model.clearAPIKey();
+    model.clearAPIKey();
+    EXPECT_EQ(model.errorMessage(), std::nullopt);
+    // Without any Secret Service the message says what must run; macOS has no such sentence.
+    fixture.words = &PlatformWords::linuxDesktop();
+    fixture.credentials->failure = CredentialStore::Result{Outcome::serviceUnavailable, 2};
+    fixture.makeModel().clearAPIKey();
+    EXPECT_EQ(fixture.model().errorMessage(), "Couldn't remove the saved API key (status 2). No Secret "
+                                              "Service is running: start one, for example GNOME Keyring or KeePassXC, and try again.");
 }
 
 // Looking the key up writes nothing; the dictation start records what the keyring
@@ -85,6 +105,7 @@ TEST_F(AppModelAPIKeyTest, aStartRecordsWhatTheKeyringSaid)
     } cases[] = {
         {"read and trimmed", " sk-from-keyring\n", {}, "", true, false},
         {"blank", " \n", {}, missingKey, false, false},
+        {"cut short inside a character", "sk-\xe2\x82", {}, missingKey, false, false},
         {"failed", "sk-any", CredentialStore::Result{Outcome::failure, 9}, "Couldn't read the API key from Keychain (status 9).", true, false},
         {"locked", "sk-locked", CredentialStore::Result{Outcome::interactionNotAllowed, 2}, lockedKeychain, true, true},
     };

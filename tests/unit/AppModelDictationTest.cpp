@@ -179,12 +179,9 @@ TEST_F(AppModelDictationTest, aFailedInsertionKeepsTheTranscript)
     EXPECT_EQ(model->statusMessage(), "Typing into TextEdit failed, but the transcript was copied to the clipboard.");
     EXPECT_EQ(model->errorMessage(), "TextEdit refused the text.");
     EXPECT_EQ(QGuiApplication::clipboard()->text(), model->recentTranscripts().value(0).text);
-}
 
-// Where no key can be pressed, the paste route leaves the transcript on the clipboard;
-// where the desktop takes the clipboard only from a focused window, it is only in History.
-TEST_F(AppModelDictationTest, aTranscriptLeftOnTheClipboardIsToBePastedByHand)
-{
+    // Where no key can be pressed, the paste route leaves the transcript on the clipboard;
+    // where the desktop takes the clipboard only from a focused window, it is only in History.
     const PlatformWords &words = *(fixture.words = &PlatformWords::linuxDesktop());
     for (const auto &[writer, expected] : {std::pair(QtClipboard::Writer::anyone, words.noPasteRouteStatus),
                                            std::pair(QtClipboard::Writer::focusedWindow, words.clipboardRefusedStatus)}) {

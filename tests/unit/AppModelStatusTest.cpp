@@ -35,7 +35,6 @@ TEST_F(AppModelStatusTest, theIdleTextNamesTheFirstThingMissing)
         model.startAppServices();
         model.startAppServices(); // again as the window appears
         EXPECT_EQ(model.statusMessage(), c.expected);
-        EXPECT_EQ(model.defaultStatusMessage(), c.expected);
         EXPECT_EQ(model.requiresOnboarding(), c.onboarding);
     }
 }

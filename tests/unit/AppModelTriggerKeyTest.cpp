@@ -63,10 +63,8 @@ TEST_F(AppModelTriggerKeyTest, holdingTheTriggerRecordsUntilItIsReleased)
 
     fixture.keyboard->trigger(true);
     EXPECT_TRUE(QTest::qWaitFor([&] { return model.isRecording(); }, 2000));
-    EXPECT_TRUE(fixture.audio->recording);
     fixture.keyboard->trigger(false);
     EXPECT_TRUE(QTest::qWaitFor([&] { return !model.isRecording(); }, 2000));
-    EXPECT_FALSE(fixture.audio->recording);
     EXPECT_TRUE(QTest::qWaitFor([&] { return fixture.speech->requests.size() == 1; }, 2000));
 
     fixture.keyboard->trigger(true); // a shortcut's recording is dropped unsent

@@ -39,7 +39,6 @@ TEST(DesktopApplicationNamesTest, terminalsPasteWithTheKeysTheyBind)
 {
     using enum KeySynthesizer::PasteShortcut;
     const std::tuple<QString, QString, KeySynthesizer::PasteShortcut> cases[] = {
-        {"xterm", "XTerm", shiftInsert},
         {"urxvt", "URxvt", shiftInsert},
         {"gnome-terminal-server", "Gnome-terminal", controlShiftV},
         {"gedit", "Gedit", controlV},

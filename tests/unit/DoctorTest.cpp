@@ -3,12 +3,12 @@
 #include "FakeCredentialStore.h"
 #include "FakeDesktopProbe.h"
 #include "FakeOpenAIServer.h"
+#include "ModelTest.h"
 #include "TaskResult.h"
 #include "services/Doctor.h"
 
 #include <QNetworkAccessManager>
 #include <QTemporaryDir>
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -29,12 +29,7 @@ struct DoctorSetup {
     {
         credentials->items.insert(QStringLiteral(QUORLA_APP_ID "/openai-api-key"), "sk-test");
         server.setReply("/v1/models", FakeOpenAIServer::json(200, R"({"data": []})"));
-        writePreferences(QStringLiteral(R"({"apiBaseURL": "%1"})").arg(server.baseURL().toString()).toUtf8());
-    }
-    void writePreferences(const QByteArray &content) const
-    {
-        QFile file(preferencesPath);
-        (void)(file.open(QIODevice::WriteOnly) && file.write(content));
+        writeTestFile(preferencesPath, QStringLiteral(R"({"apiBaseURL": "%1"})").arg(server.baseURL().toString()).toUtf8());
     }
 };
 
@@ -61,8 +56,8 @@ TEST(DoctorTest, eachProblemGivesItsRowAndItsFix)
         {[](auto &s) { s.credentials->failure = CredentialStore::Result{Outcome::serviceUnavailable, 2}; }, Status::fail, "No Secret Service", "GNOME Keyring, KWallet or KeePassXC"},
         {[](auto &s) { s.credentials->items.clear(); }, Status::fail, "No API key is stored", "save your OpenAI API"},
         {[](auto &s) { s.server.setReply("/v1/models", FakeOpenAIServer::json(401, "{}")); }, Status::fail, "The service refuses the API key (HTTP 401)", "Save a valid key"},
-        {[](auto &s) { s.writePreferences(R"({"apiBaseURL": "http://example.com"})"); }, Status::fail, "Service http://example.com isn't HTTPS", "http:// only on this computer"},
-        {[](auto &s) { s.writePreferences(R"({"apiBaseURL": "http://127.0.0.1:1"})"); }, Status::fail, "The service can't be reached", "Check the network connection"},
+        {[](auto &s) { writeTestFile(s.preferencesPath, R"({"apiBaseURL": "http://example.com"})"); }, Status::fail, "Service http://example.com isn't HTTPS", "http:// only on this computer"},
+        {[](auto &s) { writeTestFile(s.preferencesPath, R"({"apiBaseURL": "http://127.0.0.1:1"})"); }, Status::fail, "The service can't be reached", "Check the network connection"},
         {[](auto &s) { QFile(s.preferencesPath + QStringLiteral(".corrupt")).open(QIODevice::WriteOnly); }, Status::warn, "Unreadable preferences were set aside", "Copy what you need"},
     };
     for (const auto &expected : cases) {

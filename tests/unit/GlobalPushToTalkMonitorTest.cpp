@@ -31,13 +31,10 @@ TEST(GlobalPushToTalkMonitor, gesturesGiveTheirEventsTakeOnlyTheirSpacesAndEndWi
         QStringList events;
         bool toggleRunning = false;
     } cases[] = {
-        {"hold", "THt", "", hold},
-        {"tap", "Tt", "", {}},
         {"plain Space", "Ss", "PP", {}},
         {"toggle", "TSRstSs", "XPXXX", toggle},
         {"toggle running", "TSst", "XX", {"toggleStarted"}, true},
         {"shortcut", "TOHSst", "PP", {}},
-        {"shortcut in a hold", "THOt", "", {"holdStarted", "holdCancelled"}},
         // A Space released after the change reaches the application.
         {"change when idle", "Ks", "P", {}},
         {"change in a pending hold", "TKs", "P", {}},
@@ -64,11 +61,6 @@ TEST(GlobalPushToTalkMonitor, gesturesGiveTheirEventsTakeOnlyTheirSpacesAndEndWi
                 keyboard->otherKey();
             else
                 spaces += (step == 's' ? keyboard->spaceUp() : keyboard->spaceDown(step == 'R')) ? 'X' : 'P';
-            if (step == 'T') {
-                EXPECT_EQ(monitor.capturedTargetApplication(), editor);
-            } else if (step == 'K') {
-                EXPECT_EQ(monitor.triggerState(), PushToTalkTriggerStateMachine{});
-            }
         }
         EXPECT_EQ(spaces, c.spaces);
         EXPECT_EQ(events, c.events);

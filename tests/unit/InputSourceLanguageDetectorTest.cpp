@@ -44,8 +44,6 @@ TEST(InputSourceLanguageDetector, derivesTheLanguageOfTheSelectedSource)
         const auto hint = detector.currentLanguageHint();
         EXPECT_EQ(hint ? std::optional(hint->code) : std::nullopt, code) << source.identifier.toStdString();
     }
-    provider->source = InputSourceInfo{"xkb:de", {}, {}, {"de"}};
-    EXPECT_EQ(detector.currentLanguageHint(), (InputLanguageHint{"de", "German"}));
     provider->source.reset();
     EXPECT_EQ(detector.currentLanguageHint(), std::nullopt);
     QLocale::setDefault(QLocale::system());

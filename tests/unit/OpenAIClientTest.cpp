@@ -102,7 +102,6 @@ TEST_F(OpenAIClientTest, transcriptionReplyMatrix)
         QString error;
     } cases[] = {
         {json(401, R"({"error":{"message":"Incorrect API key provided","type":"x"}})"), {}, "Incorrect API key provided"},
-        {Reply{500, "<html>", "text/html"}, {}, "OpenAI request failed with status 500."},
         {json(200, R"({"transcript":"hi"})"), {}, decoding},
         {json(200, "{\"text\":\"caf\xc3\x28\"}"), {}, decoding},
         {json(299, R"({"text":"  \n"})"), {}, "OpenAI returned an empty transcription."},
@@ -122,8 +121,6 @@ TEST_F(OpenAIClientTest, transcriptionReplyMatrix)
             EXPECT_THROW(std::rethrow_exception(result.error), PlatformError);
         }
     }
-    // The huge reply was abandoned long before its end.
-    EXPECT_LT(server.hugeBytesWritten(), 20LL * 1024 * 1024);
 }
 
 TEST_F(OpenAIClientTest, chatRepliesWithoutTextFallBackToTheCleanedInput)
@@ -132,7 +129,6 @@ TEST_F(OpenAIClientTest, chatRepliesWithoutTextFallBackToTheCleanedInput)
         {R"({"choices":[]})", "Ship it.", ""},
         {R"({"choices":[{"message":{"content":null}}]})", "Ship it.", ""},
         {FakeOpenAIServer::chatBody("Would you like any changes?"), "Ship it.", ""},
-        {FakeOpenAIServer::chatBody(" Done: would you like me to make any changes?” "), "Done", ""},
         {R"({"choices":{}})", std::nullopt, decoding},
         {R"({"choices":[{"text":"x"}]})", std::nullopt, decoding},
     };

@@ -16,17 +16,6 @@ using Phase = PushToTalkTriggerPhase;
 // down/up, S a Space press (! with the trigger flag), s Space up, H the hold delay running
 // out, K another key down. Actions: c/x capture/clear the target, s/k schedule/cancel the
 // hold, H/h hold started/ended, T/t toggle started/ended, C hold cancelled.
-struct Row {
-    const char *name, *before;
-    char input;
-    const char *after, *actions;
-};
-
-void PrintTo(const Row &row, std::ostream *os)
-{
-    *os << row.name;
-}
-
 Machine machine(const std::string &s)
 {
     return {Phase(std::string_view("iphts").find(s[0])), s[1] == 'F', s[2] == 'S'};
@@ -40,20 +29,21 @@ std::string letters(auto actions)
     return out;
 }
 
-class TransitionTable : public ::testing::TestWithParam<Row>
-{};
-
-TEST_P(TransitionTable, givesTheExactActionsAndState)
+TEST(PushToTalkTriggerStateMachine, eachTransitionGivesTheExactActionsAndState)
 {
-    const Row &row = GetParam();
-    Machine m = machine(row.before);
+    const struct {
+        const char *name, *before;
+        char input;
+        const char *after, *actions;
+    } rows[] = {{"repeatWhileHeld", "hF-", 'F', "hF-", ""}, {"repeatInIdle", "iFS", 'F', "iFS", ""}, {"pendingHoldBelievedUp", "p--", 'F', "pF-", ""}, {"holdActiveBelievedUp", "h--", 'F', "hF-", ""}, {"fnEndsToggle", "t--", 'F', "iF-", "tx"}, {"spaceAlreadyDown", "i-S", 'F', "iFS", ""}, {"startsPendingHold", "i--", 'F', "pF-", "cs"}, {"fnUpBelievedUp", "i--", 'f', "i--", ""}, {"fnUpBelievedUpInToggle", "t-S", 'f', "t-S", ""}, {"idleReleaseClearsTarget", "iF-", 'f', "i--", "x"}, {"quickTap", "pF-", 'f', "i--", "kx"}, {"endsHold", "hFS", 'f', "i-S", "hx"}, {"toggleKeepsRunning", "tF-", 'f', "t--", ""}, {"plainSpacePassesThrough", "i--", 'S', "i-S", ""}, {"flagStartsToggleFromIdle", "i--", '!', "tFS", "cT"}, {"heldTriggerStartsToggleFromIdle", "iF-", 'S', "tFS", "cT"}, {"pendingHoldWithoutFn", "p--", 'S', "p-S", ""}, {"pendingHoldWithFlagKeepsBelief", "p--", '!', "t-S", "kT"}, {"pendingHoldWithHeldTrigger", "pF-", 'S', "tFS", "kT"}, {"holdActiveWithoutFn", "h--", 'S', "h-S", ""}, {"holdPromotedWithFlagKeepsBelief", "h--", '!', "t-S", "T"}, {"holdPromoted", "hF-", 'S', "tFS", "T"}, {"plainSpaceEndsToggle", "t--", 'S', "i-S", "tx"}, {"fnSpaceEndsToggle", "tF-", '!', "iFS", "tx"}, {"spaceUpClearsSpace", "tFS", 's', "tF-", ""}, {"spaceUpWhenUp", "i--", 's', "i--", ""}, {"timerStartsHold", "pF-", 'H', "hF-", "H"}, {"staleTimerInIdle", "i--", 'H', "i--", ""}, {"staleTimerInHold", "hF-", 'H', "hF-", ""}, {"staleTimerInToggle", "t--", 'H', "t--", ""}, {"keyMakesPendingHoldAShortcut", "pF-", 'K', "sF-", "k"}, {"keyCancelsHold", "hF-", 'K', "sF-", "C"}, {"keyLeavesToggle", "tF-", 'K', "tF-", ""}, {"shortcutTakesNoSpace", "sF-", 'S', "sFS", ""}, {"shortcutEndsWithTrigger", "sF-", 'f', "i--", "x"}};
     const Input inputs[] = {Input::fnDown(), Input::fnUp(), Input::spaceDown(false), Input::spaceDown(true),
                             Input::spaceUp(), Input::holdDelayElapsed(), Input::otherKeyDown()};
-    EXPECT_EQ(letters(m.handle(inputs[std::string_view("FfS!sHK").find(row.input)])), row.actions);
-    EXPECT_EQ(m, machine(row.after));
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        Machine m = machine(row.before);
+        EXPECT_EQ(letters(m.handle(inputs[std::string_view("FfS!sHK").find(row.input)])), row.actions);
+        EXPECT_EQ(m, machine(row.after));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(All, TransitionTable, ::testing::Values(Row{"repeatWhileHeld", "hF-", 'F', "hF-", ""}, Row{"repeatInIdle", "iFS", 'F', "iFS", ""}, Row{"pendingHoldBelievedUp", "p--", 'F', "pF-", ""}, Row{"holdActiveBelievedUp", "h--", 'F', "hF-", ""}, Row{"fnEndsToggle", "t--", 'F', "iF-", "tx"}, Row{"spaceAlreadyDown", "i-S", 'F', "iFS", ""}, Row{"startsPendingHold", "i--", 'F', "pF-", "cs"}, Row{"fnUpBelievedUp", "i--", 'f', "i--", ""}, Row{"fnUpBelievedUpInToggle", "t-S", 'f', "t-S", ""}, Row{"idleReleaseClearsTarget", "iF-", 'f', "i--", "x"}, Row{"quickTap", "pF-", 'f', "i--", "kx"}, Row{"endsHold", "hFS", 'f', "i-S", "hx"}, Row{"toggleKeepsRunning", "tF-", 'f', "t--", ""}, Row{"plainSpacePassesThrough", "i--", 'S', "i-S", ""}, Row{"flagStartsToggleFromIdle", "i--", '!', "tFS", "cT"}, Row{"heldTriggerStartsToggleFromIdle", "iF-", 'S', "tFS", "cT"}, Row{"pendingHoldWithoutFn", "p--", 'S', "p-S", ""}, Row{"pendingHoldWithFlagKeepsBelief", "p--", '!', "t-S", "kT"}, Row{"pendingHoldWithHeldTrigger", "pF-", 'S', "tFS", "kT"}, Row{"holdActiveWithoutFn", "h--", 'S', "h-S", ""}, Row{"holdPromotedWithFlagKeepsBelief", "h--", '!', "t-S", "T"}, Row{"holdPromoted", "hF-", 'S', "tFS", "T"}, Row{"plainSpaceEndsToggle", "t--", 'S', "i-S", "tx"}, Row{"fnSpaceEndsToggle", "tF-", '!', "iFS", "tx"}, Row{"spaceUpClearsSpace", "tFS", 's', "tF-", ""}, Row{"spaceUpWhenUp", "i--", 's', "i--", ""}, Row{"timerStartsHold", "pF-", 'H', "hF-", "H"}, Row{"staleTimerInIdle", "i--", 'H', "i--", ""}, Row{"staleTimerInHold", "hF-", 'H', "hF-", ""}, Row{"staleTimerInToggle", "t--", 'H', "t--", ""}, Row{"keyMakesPendingHoldAShortcut", "pF-", 'K', "sF-", "k"}, Row{"keyCancelsHold", "hF-", 'K', "sF-", "C"}, Row{"keyLeavesToggle", "tF-", 'K', "tF-", ""}, Row{"shortcutTakesNoSpace", "sF-", 'S', "sFS", ""}, Row{"shortcutEndsWithTrigger", "sF-", 'f', "i--", "x"}),
-                         [](const auto &info) { return std::string(info.param.name); });
 
 } // namespace

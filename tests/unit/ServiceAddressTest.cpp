@@ -31,7 +31,6 @@ TEST(ServiceAddress, environmentThenPreferenceThenDefault)
 TEST(ServiceAddress, endpointPathFollowsThePrefix)
 {
     const std::pair<QString, QString> cases[] = {
-        {"https://api.openai.com/", "https://api.openai.com/v1/chat/completions"},
         {"https://host/openai//", "https://host/openai/v1/chat/completions"},
         {"https://host:8443/a/b?x=1#f", "https://host:8443/a/b/v1/chat/completions?x=1"},
     };

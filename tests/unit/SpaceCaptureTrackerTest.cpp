@@ -38,9 +38,7 @@ TEST(SpaceCaptureTracker, grabsSpaceExactlyWhileTheGestureNeedsIt)
     const struct {
         const char *name, *steps, *trace;
     } cases[] = {
-        {"a plain Space passes", "SsS", "P-.-P-"},
         {"the trigger alone grabs until released", "TtS", "D+U-P-"},
-        {"trigger + Space toggles until the next Space", "TSstSsS", "D+X!-.+U+X-.-P-"},
         {"repeats pass, and a held Space is not grabbed", "TSS", "D+X!-P!~-"},
         {"a Space already through keeps its release", "STSsS", "P-D-P!~-.+X!-"},
         {"two keys change the trigger once", "TOTtoo", "D+-+-+-+U---"},

@@ -1,8 +1,8 @@
 #include "FakeAccessibility.h"
 #include "FakeKeySynthesizer.h"
 #include "FakeWorkspace.h"
+#include "TaskResult.h"
 
-#include "models/QuorlaError.h"
 #include "platform/QtClipboard.h"
 #include "services/TextInsertionService.h"
 
@@ -14,15 +14,6 @@
 namespace {
 
 using std::chrono::milliseconds;
-
-QCoro::Task<void> catching(QCoro::Task<void> task, std::optional<QuorlaError> *error)
-{
-    try {
-        co_await std::move(task);
-    } catch (const QuorlaError &e) {
-        *error = e;
-    }
-}
 
 std::optional<QuorlaError> failed(const char *message)
 {
@@ -40,9 +31,7 @@ protected:
 
     std::optional<QuorlaError> insert(const QString &text, bool restoreClipboard = true, bool replaceSpace = true)
     {
-        std::optional<QuorlaError> error;
-        QCoro::waitFor(catching(service.insert(text, TextInsertionTarget{editor}, restoreClipboard, replaceSpace), &error));
-        return error;
+        return quorlaErrorOf(service.insert(text, TextInsertionTarget{editor}, restoreClipboard, replaceSpace));
     }
 
     FakeTextField &focus(const QString &value, TextRange selection)
@@ -68,7 +57,6 @@ TEST_F(TextInsertionServiceTest, theDirectRouteReplacesTheTriggerSpaceAndPutsThe
     focus("hello ", TextRange{6, 0});
     EXPECT_EQ(insert("world"), std::nullopt);
     EXPECT_EQ(accessibility->focused->edits, QStringList({"replace:5,1:world", "selection:10,0"}));
-    EXPECT_EQ(accessibility->queriedProcesses, QList<qint64>{42});
     EXPECT_EQ(editor->activationCount, 1);
     EXPECT_TRUE(keys->sent.isEmpty());
 
@@ -106,14 +94,12 @@ TEST_F(TextInsertionServiceTest, fieldsThatRefuseDirectEditingTakeThePasteRoute)
         EXPECT_EQ(clipboardAtPaste, "world");
         EXPECT_TRUE(accessibility->focused->edits.isEmpty());
     }
-    // Terminals paste with the keys they bind, known by their accessibility role or their window class.
+    // Terminals paste with the keys they bind, known by their accessibility role (or, as
+    // the xterm integration test shows, by their window class).
     accessibility->focused->terminal = true;
     keys->sent.clear();
     EXPECT_EQ(insert("ls", true, false), std::nullopt);
-    accessibility->focused.reset();
-    editor->shortcut = KeySynthesizer::PasteShortcut::shiftInsert;
-    EXPECT_EQ(insert("ls"), std::nullopt);
-    EXPECT_EQ(keys->sent, QStringList({"Ctrl+Shift+V", "Shift+Insert"}));
+    EXPECT_EQ(keys->sent, QStringList({"Ctrl+Shift+V"}));
 }
 
 TEST_F(TextInsertionServiceTest, refusalsBeforeAnythingIsTouched)
@@ -139,42 +125,30 @@ TEST_F(TextInsertionServiceTest, refusalsBeforeAnythingIsTouched)
     EXPECT_EQ(clipboard->text(), "before");
 }
 
-// A full clipboard coming back byte for byte is shown against a real one in integration.
-TEST_F(TextInsertionServiceTest, anEmptyClipboardComesBackEmpty)
-{
-    clipboard->setMimeData(new QMimeData);
-    EXPECT_EQ(insert("world"), std::nullopt);
-    EXPECT_EQ(clipboardAtPaste, "world");
-    EXPECT_TRUE(!clipboard->mimeData() || clipboard->mimeData()->formats().isEmpty());
-}
-
-// When the clipboard is not restored, the transcript stays on it for the user.
+// When the clipboard is not restored, the transcript stays on it for the user. A full
+// clipboard coming back byte for byte, and one copied meanwhile staying, are shown
+// against real ones in integration.
 TEST_F(TextInsertionServiceTest, theClipboardKeepsWhatTheUserMustNotLose)
 {
     const struct {
         const char *name;
         bool restore, backspaceWorks, pasteWorks;
-        const char *copiedDuringPaste;
         std::optional<QuorlaError> error;
         QString clipboardAfter;
     } cases[] = {
-        {"not asked to restore", false, true, true, nullptr, std::nullopt, "world"},
-        {"copied meanwhile", true, true, true, "copied meanwhile", std::nullopt, "copied meanwhile"},
-        {"Backspace failed", true, false, true, nullptr, failed("Couldn't remove the trigger space before pasting."), "world"},
-        {"paste failed", true, true, false, nullptr, failed("Couldn't synthesize the paste shortcut."), "world"},
+        {"restored empty", true, true, true, std::nullopt, ""},
+        {"not asked to restore", false, true, true, std::nullopt, "world"},
+        {"Backspace failed", true, false, true, failed("Couldn't remove the trigger space before pasting."), "world"},
+        {"paste failed", true, true, false, failed("Couldn't synthesize the paste shortcut."), "world"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
-        clipboard->setText("before");
+        c.clipboardAfter.isEmpty() ? clipboard->setMimeData(new QMimeData) : clipboard->setText("before");
         focus("hello ", TextRange{6, 0}).valueSettable = false;
         keys->backspaceWorks = c.backspaceWorks;
         keys->pasteWorks = c.pasteWorks;
         QByteArray hint;
-        keys->onPaste = [&] {
-            hint = clipboard->mimeData()->data("x-kde-passwordManagerHint");
-            if (c.copiedDuringPaste)
-                clipboard->setText(c.copiedDuringPaste);
-        };
+        keys->onPaste = [&] { hint = clipboard->mimeData()->data("x-kde-passwordManagerHint"); };
         EXPECT_EQ(insert("world", c.restore), c.error);
         EXPECT_EQ(clipboard->text(), c.clipboardAfter);
         if (c.pasteWorks && c.backspaceWorks) {

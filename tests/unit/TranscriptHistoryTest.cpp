@@ -1,7 +1,6 @@
 #include "ModelFixture.h"
 
 #include "models/TranscriptHistory.h"
-#include "stores/PreferencesStore.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -73,7 +72,6 @@ TEST(TranscriptHistoryModel, copyingTellsTheNewestAndOnlyStatisticsSurviveARelau
     AppModel &relaunched = fixture.makeModel();
     EXPECT_EQ(relaunched.typingStatistics(), (TypingStatistics{10, 2}));
     EXPECT_TRUE(relaunched.recentTranscripts().isEmpty());
-    EXPECT_EQ(PreferencesStore(fixture.preferencesPath()).integerValue("typedWordCount"), 2);
 }
 
 } // namespace
