@@ -2,13 +2,18 @@
 // fake server in place of the service, speech played into the virtual microphone.
 #include "AppInfo.h"
 #include "FakeOpenAIServer.h"
+#include "FakeRealtimeServer.h"
 #include "LockedCollection.h"
 #include "QtPrinters.h"
 #include "TextTarget.h"
+#include "XTestKeyboard.h"
 
 #include "platform/linux/AtSpiWorkspace.h"
 #include "platform/linux/SecretServiceCredentialStore.h"
 #include "platform/linux/X11Workspace.h"
+#include "services/LiveTranscription.h"
+#include "stores/PreferenceKeys.h"
+#include "stores/PreferencesStore.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -58,6 +63,15 @@ protected:
         QCoro::waitFor(keyring.remove(QUORLA_APP_ID, "openai-api-key"));
     }
 
+    // The speech to play, the key in the keyring, and the resident Quorla started.
+    void startQuorla(const char *apiKey, const QStringList &arguments)
+    {
+        ASSERT_EQ(std::get<0>(run("espeak-ng", {"-w", home.filePath("speech.wav"), "hello world"})), 0);
+        ASSERT_EQ(QCoro::waitFor(keyring.add(QUORLA_APP_ID, "openai-api-key", apiKey)).outcome, CredentialStore::Outcome::success);
+        resident.setProcessEnvironment(environment);
+        resident.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        resident.start(QUORLA_BINARY, arguments);
+    }
     Outcome quorla(const QStringList &arguments) { return run(QUORLA_BINARY, arguments, environment, home.path()); }
     QString dictationState() { return std::get<1>(quorla({"dictation", "status"})).trimmed(); }
     bool mainWindowShows(bool visible)
@@ -83,12 +97,7 @@ TEST_F(QuorlaBinary, dictationCommandsTheAppsLifeDoctorAndTranscribe)
 {
     EXPECT_EQ(quorla({"dictation", "start"}),
               Outcome(1, QString(), "Quorla is not running. Start it with `quorla`.\n"));
-    ASSERT_EQ(std::get<0>(run("espeak-ng", {"-w", home.filePath("speech.wav"), "hello world"})), 0);
-
-    ASSERT_EQ(QCoro::waitFor(keyring.add(QUORLA_APP_ID, "openai-api-key", "sk-command")).outcome, CredentialStore::Outcome::success);
-    resident.setProcessEnvironment(environment);
-    resident.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    resident.start(QUORLA_BINARY, {});
+    ASSERT_NO_FATAL_FAILURE(startQuorla("sk-command", {}));
     // Quorla's window first, so that it does not take the focus from the entry afterwards.
     ASSERT_TRUE(mainWindowShows(true));
     ASSERT_TRUE(waitUntil([&] { return dictationState() == "idle"; }, 20000));
@@ -186,12 +195,8 @@ TEST_F(QuorlaBinary, dictatesIntoANativeWaylandFieldWhileTheTriggerIsHeld)
     environment.remove("DISPLAY");
     for (const auto &[name, value] : {std::pair("WAYLAND_DISPLAY", display), {"SWAYSOCK", qEnvironmentVariable("QUORLA_TEST_SWAYSOCK")}, {"XDG_SESSION_TYPE", "wayland"}, {"QT_QPA_PLATFORM", "wayland"}, {"GDK_BACKEND", "wayland"}})
         environment.insert(name, value);
-    ASSERT_EQ(std::get<0>(run("espeak-ng", {"-w", home.filePath("speech.wav"), "hello world"})), 0);
-    ASSERT_EQ(QCoro::waitFor(keyring.add(QUORLA_APP_ID, "openai-api-key", "sk-sway")).outcome, CredentialStore::Outcome::success);
     server.setReply("/v1/audio/transcriptions", Server::json(200, Server::transcriptionBody("Dictated in sway.")));
-    resident.setProcessEnvironment(environment);
-    resident.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    resident.start(QUORLA_BINARY, {"--background"});
+    ASSERT_NO_FATAL_FAILURE(startQuorla("sk-sway", {"--background"}));
     ASSERT_TRUE(waitUntil([&] { return dictationState() == "idle"; }, 20000));
 
     AtSpiWorkspace workspace{nullptr};
@@ -209,6 +214,37 @@ TEST_F(QuorlaBinary, dictatesIntoANativeWaylandFieldWhileTheTriggerIsHeld)
     run("wtype", {"-P", "Control_R", "-s", "600", "-k", "a", "-s", "300", "-p", "Control_R"}, environment);
     EXPECT_TRUE(waitUntil([&] { return fileContents(field) == "Dictated in sway.a" && dictationState() == "idle"; }, 5000));
     EXPECT_EQ(server.requests().size(), 1);
+}
+
+// Live: while the trigger is held the speech streams to the realtime endpoint, whose text lands;
+// when the stream fails midway, the recording is uploaded instead and its text lands.
+TEST_F(QuorlaBinary, dictatesLiveWhileTheTriggerIsHeldAndUploadsWhenTheStreamFails)
+{
+    FakeRealtimeServer realtime;
+    realtime.serveAlongside(server);
+    PreferencesStore(home.filePath("config/Quorla/preferences.json")).setString(PreferenceKeys::transcriptionMode, "live");
+    server.setReply("/v1/audio/transcriptions", Server::json(200, Server::transcriptionBody("Uploaded instead.")));
+    ASSERT_NO_FATAL_FAILURE(startQuorla("sk-live", {"--background"}));
+    ASSERT_TRUE(waitUntil([&] { return dictationState() == "idle"; }, 20000));
+
+    X11Workspace workspace;
+    const QString field = home.filePath("field.txt");
+    TextTarget entry(workspace, "/usr/bin/python3", {QUORLA_GTK_TARGET, field, QString()});
+    ASSERT_TRUE(entry.application());
+    XTestKeyboard hand;
+    for (const auto &[fault, text] : {std::pair(FakeRealtimeServer::Fault::errorEvent, QString("Uploaded instead.")), {FakeRealtimeServer::Fault::none, realtime.finalText}}) {
+        realtime.fault = fault;
+        hand.press("Control_R"); // released whatever happens: a key left down would spoil the tests after
+        EXPECT_TRUE(waitUntil([&] { return dictationState() == "recording"; }, 7000));
+        EXPECT_EQ(std::get<0>(run("paplay", {"-d", "vsink", home.filePath("speech.wav")})), 0);
+        hand.release("Control_R");
+        EXPECT_TRUE(waitUntil([&] { return fileContents(field).endsWith(text.toUtf8()) && dictationState() == "idle"; }, 30000))
+            << fileContents(field).toStdString();
+    }
+    EXPECT_EQ(server.requests().size(), 1) << "only the failed stream's recording is uploaded";
+    EXPECT_EQ(realtime.authorization, "Bearer sk-live");
+    EXPECT_EQ(realtime.configuration.value("audio")[u"input"][u"transcription"][u"model"].toString(), "gpt-4o-mini-transcribe");
+    EXPECT_GT(realtime.receivedSamples, LiveTranscription::sampleRate / 2) << "the speech streamed";
 }
 
 } // namespace

@@ -64,6 +64,11 @@ QByteArray FakeOpenAIServer::chatBody(const QString &content)
 
 void FakeOpenAIServer::readFrom(QTcpSocket *socket)
 {
+    if (webSocketUpgrades && m_buffers[socket].isEmpty() && socket->peek(4096).toLower().contains("\r\nupgrade: websocket")) {
+        socket->disconnect(this);
+        m_buffers.remove(socket);
+        return webSocketUpgrades(socket);
+    }
     m_buffers[socket] += socket->readAll();
     // Several requests may follow one another on a kept-alive connection.
     while (m_buffers.contains(socket)) {

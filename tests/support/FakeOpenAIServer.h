@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QTcpServer>
 #include <QUrl>
+#include <functional>
 
 class QTcpSocket;
 
@@ -44,6 +45,9 @@ public:
     // The answer for a path from now on; an enqueued reply is used once, before it.
     void setReply(const QByteArray &path, Reply reply) { m_replies.insert(path, std::move(reply)); }
     void enqueueReply(const QByteArray &path, Reply reply) { m_queued[path].append(std::move(reply)); }
+
+    // Takes WebSocket handshakes, unread, so that one base address serves both.
+    std::function<void(QTcpSocket *)> webSocketUpgrades;
 
     [[nodiscard]] const QList<Request> &requests() const { return m_requests; }
     [[nodiscard]] int connectionCount() const { return m_connectionCount; }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "FakeOpenAIServer.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QPointer>
@@ -40,6 +42,12 @@ public:
             qFatal("FakeRealtimeServer: cannot listen on 127.0.0.1");
     }
 
+    // Answers the handshakes that reach http too, behind http's base address.
+    void serveAlongside(FakeOpenAIServer &http)
+    {
+        http.webSocketUpgrades = [this](QTcpSocket *socket) { m_server.handleConnection(socket); };
+    }
+
     // As the API base address.
     [[nodiscard]] QUrl baseURL() const { return QUrl("http://127.0.0.1:" + QString::number(m_server.serverPort())); }
 
@@ -54,7 +62,7 @@ public:
     QJsonObject configuration;
     qint64 receivedSamples = 0, uncommittedSamples = 0, receivedBytes = 0;
     int nextPause = 0, segments = 0, transcribed = 0;
-    std::chrono::steady_clock::time_point commitReceivedAt, transcriptSentAt; // the last ones
+    std::chrono::steady_clock::time_point commitReceivedAt, transcriptSentAt, cutAt; // the last ones
 
 private:
     void handle(const QString &message)
@@ -74,6 +82,7 @@ private:
             if (fault == Fault::closeMidDictation && receivedSamples >= 12000)
                 m_socket->close(QWebSocketProtocol::CloseCodeAbnormalDisconnection);
             while (nextPause < pauses.size() && pauses[nextPause].afterSamples <= receivedSamples) {
+                cutAt = std::chrono::steady_clock::now();
                 send({{"type", "input_audio_buffer.speech_stopped"}, {"item_id", QString::number(segments + 1)}, {"audio_end_ms", receivedSamples / 24}});
                 commit(pauses[nextPause++].text);
             }
