@@ -9,6 +9,7 @@
 #include "shell/HeapTuning.h"
 #include "shell/MainWindowController.h"
 #include "shell/SingleInstance.h"
+#include "shell/TerminationSignals.h"
 #include "shell/TrayIcon.h"
 #include "stores/PreferenceKeys.h"
 #include "stores/PreferencesStore.h"
@@ -58,6 +59,7 @@ int main(int argc, char *argv[])
     QObject::connect(&instance, &SingleInstance::activationRequested, &window, &MainWindowController::show);
     QObject::connect(&tray, &TrayIcon::openRequested, &window, &MainWindowController::show);
     QObject::connect(&tray, &TrayIcon::quitRequested, &app, &QApplication::quit);
+    quitOnTerminationSignals();
 
     model.startAppServices();
     if (!launch.background) {

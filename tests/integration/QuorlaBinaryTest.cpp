@@ -214,6 +214,11 @@ TEST_F(QuorlaBinary, dictatesIntoANativeWaylandFieldWhileTheTriggerIsHeld)
     run("wtype", {"-P", "Control_R", "-s", "600", "-k", "a", "-s", "300", "-p", "Control_R"}, environment);
     EXPECT_TRUE(waitUntil([&] { return fileContents(field) == "Dictated in sway.a" && dictationState() == "idle"; }, 5000));
     EXPECT_EQ(server.requests().size(), 1);
+
+    // Ended by the session (SIGTERM), Quorla takes its key bindings with it.
+    resident.terminate();
+    EXPECT_TRUE(resident.waitForFinished(10000) && resident.exitStatus() == QProcess::NormalExit);
+    EXPECT_NE(std::get<0>(run("swaymsg", {"-s", environment.value("SWAYSOCK"), "unbindsym --release Control_R"})), 0);
 }
 
 // Live: while the trigger is held the speech streams to the realtime endpoint, whose text lands;

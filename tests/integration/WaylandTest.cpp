@@ -71,7 +71,7 @@ protected:
         : display(qEnvironmentVariable(compositor.displayVariable))
     {
         if (compositor.portalKeys)
-            keys = std::make_shared<PortalKeySynthesizer>(directory.filePath("token"), bus);
+            keys = std::make_shared<PortalKeySynthesizer>(directory.filePath("token"), nullptr, bus);
     }
 
     void SetUp() override

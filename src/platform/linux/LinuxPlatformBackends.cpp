@@ -65,7 +65,8 @@ std::shared_ptr<InputSourceProvider> makeInputSource(SessionBackends::Layout sou
     return std::make_shared<SilentInputSourceProvider>();
 }
 
-std::shared_ptr<KeySynthesizer> makeKeySynthesizer(SessionBackends::Keys source,
+// `fallback`: the route the session offers without the portals, for when they refuse.
+std::shared_ptr<KeySynthesizer> makeKeySynthesizer(SessionBackends::Keys source, SessionBackends::Keys fallback,
                                                    const std::shared_ptr<WaylandConnection> &wayland)
 {
     std::shared_ptr<KeySynthesizer> keys;
@@ -78,8 +79,11 @@ std::shared_ptr<KeySynthesizer> makeKeySynthesizer(SessionBackends::Keys source,
         break;
     // The portal's keys reach native and Xwayland windows alike, once the user consents.
     case SessionBackends::Keys::remoteDesktopPortal:
+        return makePortalKeySynthesizer(fallback == source || fallback == SessionBackends::Keys::none
+                                            ? nullptr
+                                            : makeKeySynthesizer(fallback, fallback, wayland));
     case SessionBackends::Keys::none:
-        return makePortalKeySynthesizer();
+        return makePortalKeySynthesizer(nullptr);
     // XTest reaches the Xwayland windows, the only ones anything here can type into.
     case SessionBackends::Keys::x11:
     case SessionBackends::Keys::xwaylandOnly:
@@ -107,8 +111,13 @@ std::shared_ptr<Clipboard> makeClipboard(SessionBackends::Clipboard source,
 PlatformBackends makePlatformBackends(const TriggerKey &trigger)
 {
     // Only the display servers are asked here: they answer on local sockets at once. The
-    // portals answer over D-Bus, so a portal backend asks them itself, asynchronously.
-    const SessionBackends chosen = chosenBackends(DesktopSessionProbe::displayServers());
+    // portals answer over D-Bus, so a portal backend asks them itself, asynchronously: the
+    // RemoteDesktop portal ranks as if it answered, and what the session offers without it
+    // serves when it doesn't.
+    const DesktopSession servers = DesktopSessionProbe::displayServers();
+    DesktopSession withKeysPortal = servers;
+    withKeysPortal.remoteDesktopPortal = 1;
+    const SessionBackends chosen = chosenBackends(withKeysPortal);
     PlatformBackends backends;
     backends.keyboardHook = makeKeyboardHook(chosen.trigger, trigger);
     backends.workspace = std::make_shared<X11Workspace>();
@@ -123,7 +132,7 @@ PlatformBackends makePlatformBackends(const TriggerKey &trigger)
                            || chosen.keys == SessionBackends::Keys::kdeFakeInput
                            || chosen.clipboard == SessionBackends::Clipboard::dataControl;
     const std::shared_ptr<WaylandConnection> wayland = needsWayland ? WaylandConnection::open() : nullptr;
-    backends.keySynthesizer = makeKeySynthesizer(chosen.keys, wayland);
+    backends.keySynthesizer = makeKeySynthesizer(chosen.keys, chosenBackends(servers).keys, wayland);
     backends.clipboard = makeClipboard(chosen.clipboard, wayland);
     return backends;
 }

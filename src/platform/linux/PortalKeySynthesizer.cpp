@@ -45,8 +45,10 @@ void writeToken(const QString &file, const QString &token)
 
 } // namespace
 
-PortalKeySynthesizer::PortalKeySynthesizer(QString restoreTokenFile, QDBusConnection bus, QString service)
+PortalKeySynthesizer::PortalKeySynthesizer(QString restoreTokenFile, std::shared_ptr<KeySynthesizer> fallback,
+                                           QDBusConnection bus, QString service)
     : m_tokenFile(std::move(restoreTokenFile))
+    , m_fallback(std::move(fallback))
     , m_bus(std::move(bus))
     , m_service(std::move(service))
 {
@@ -57,12 +59,14 @@ PortalKeySynthesizer::~PortalKeySynthesizer()
     if (!m_session.isEmpty())
         m_bus.send(QDBusMessage::createMethodCall(m_service, m_session, Portal::sessionInterface,
                                                   QStringLiteral("Close")));
+    m_fallback.reset();
     finishOpening(false);
 }
 
 void PortalKeySynthesizer::prepare(const std::function<void(bool ready)> &ready)
 {
     if (!m_session.isEmpty()) {
+        m_fellBack = false;
         ready(true);
         return;
     }
@@ -74,8 +78,13 @@ void PortalKeySynthesizer::prepare(const std::function<void(bool ready)> &ready)
 void PortalKeySynthesizer::finishOpening(bool ready)
 {
     m_opening = false;
-    for (const auto &waiting : std::exchange(m_waiting, {}))
-        waiting(ready);
+    m_fellBack = !ready && m_fallback;
+    for (const auto &waiting : std::exchange(m_waiting, {})) {
+        if (m_fellBack)
+            m_fallback->prepare(waiting);
+        else
+            waiting(ready);
+    }
 }
 
 QCoro::Task<void> PortalKeySynthesizer::openSession()
@@ -162,11 +171,15 @@ void PortalKeySynthesizer::sessionClosed()
 
 bool PortalKeySynthesizer::sendBackspace()
 {
+    if (m_fellBack)
+        return m_fallback->sendBackspace();
     return sendKeys({XKB_KEY_BackSpace});
 }
 
 bool PortalKeySynthesizer::sendPasteShortcut(PasteShortcut shortcut)
 {
+    if (m_fellBack)
+        return m_fallback->sendPasteShortcut(shortcut);
     switch (shortcut) {
     case PasteShortcut::controlShiftV:
         return sendKeys({XKB_KEY_Control_L, XKB_KEY_Shift_L, XKB_KEY_v});
@@ -215,8 +228,9 @@ QCoro::Task<void> PortalKeySynthesizer::sendQueuedKeys()
     m_sendingKeys = false;
 }
 
-std::shared_ptr<KeySynthesizer> makePortalKeySynthesizer()
+std::shared_ptr<KeySynthesizer> makePortalKeySynthesizer(std::shared_ptr<KeySynthesizer> fallback)
 {
     return std::make_shared<PortalKeySynthesizer>(
-        QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + QStringLiteral("/remote-desktop-token"));
+        QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + QStringLiteral("/remote-desktop-token"),
+        std::move(fallback));
 }

@@ -7,6 +7,7 @@
 #include <QDBusConnection>
 #include <QObject>
 #include <deque>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -16,15 +17,16 @@
 // question on later runs. Keys go as keysyms, which the desktop looks up in its keymap: the
 // physical key of V is another letter on Dvorak or Bépo, and a remapped Ctrl is not
 // where evdev's left Ctrl is. (GNOME looks in the layout in use, so one without Latin
-// letters has no V to find; KDE 5.27 looks in the first layout.)
+// letters has no V to find; KDE 5.27 looks in the first layout.) Where the portal is
+// missing or the user refuses, `fallback` (when there is one) sends the keys instead.
 class PortalKeySynthesizer : public QObject, public KeySynthesizer
 {
     Q_OBJECT
 
 public:
     // `restoreTokenFile` keeps the consent token between runs.
-    PortalKeySynthesizer(QString restoreTokenFile, QDBusConnection bus = QDBusConnection::sessionBus(),
-                         QString service = Portal::service);
+    PortalKeySynthesizer(QString restoreTokenFile, std::shared_ptr<KeySynthesizer> fallback,
+                         QDBusConnection bus = QDBusConnection::sessionBus(), QString service = Portal::service);
     ~PortalKeySynthesizer() override;
 
     void prepare(const std::function<void(bool ready)> &ready) override;
@@ -32,7 +34,7 @@ public:
     bool sendBackspace() override;
     bool sendPasteShortcut(PasteShortcut shortcut) override;
     // The portal cannot tell; the keys go out as they are.
-    bool isAnyModifierPressed() override { return false; }
+    bool isAnyModifierPressed() override { return m_fellBack && m_fallback->isAnyModifierPressed(); }
 
     // For the portal's signal (QtDBus calls only public slots).
 public Q_SLOTS:
@@ -46,6 +48,8 @@ private:
     QCoro::Task<void> sendQueuedKeys();
 
     QString m_tokenFile;
+    std::shared_ptr<KeySynthesizer> m_fallback;
+    bool m_fellBack = false; // the last prepare() found no portal session: the fallback serves
     QDBusConnection m_bus;
     QString m_service;
     QString m_session; // set once the session started

@@ -1,7 +1,9 @@
 #include "SwayIpcConnection.h"
 
 #include <QFileInfo>
+#include <QDeadlineTimer>
 #include <QLoggingCategory>
+#include <QThread>
 #include <cstring>
 
 Q_LOGGING_CATEGORY(lcSwayIpc, "quorla.sway")
@@ -71,6 +73,24 @@ void SwayIpcConnection::close()
     m_socket.disconnectFromServer();
 }
 
+void SwayIpcConnection::closeWhenAnswered()
+{
+    m_closing = true;
+    if (QThread::currentThread()->loopLevel() == 0) {
+        const QDeadlineTimer deadline(1000);
+        while (!m_handlers.empty() && m_socket.state() != QLocalSocket::UnconnectedState && !deadline.hasExpired()) {
+            m_socket.flush();
+            if (!m_socket.waitForReadyRead(int(deadline.remainingTime())))
+                break;
+        }
+        m_handlers.clear();
+    }
+    if (m_handlers.empty()) {
+        close();
+        deleteLater();
+    }
+}
+
 void SwayIpcConnection::readFrames()
 {
     m_received.append(m_socket.readAll());
@@ -101,6 +121,11 @@ void SwayIpcConnection::readFrames()
             m_handlers.pop_front();
             if (handler)
                 handler(payload);
+            if (m_closing && m_handlers.empty()) {
+                close();
+                deleteLater();
+                return;
+            }
         }
     }
 }

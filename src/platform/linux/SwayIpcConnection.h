@@ -34,6 +34,10 @@ public:
     [[nodiscard]] qsizetype pendingReplies() const { return qsizetype(m_handlers.size()); }
     // Writes what is queued without waiting and closes.
     void close();
+    // Closes and deletes itself once sway has answered everything sent: sway drops the
+    // commands of a client that hung up unread. With no event loop left to hear the
+    // answer (Quorla quitting), waits for it here, a second at most.
+    void closeWhenAnswered();
 
 Q_SIGNALS:
     void eventArrived(SwayIpcConnection::Event type, const QJsonDocument &event);
@@ -47,4 +51,5 @@ private:
     QByteArray m_unsent;
     QByteArray m_received;
     std::deque<ReplyHandler> m_handlers;
+    bool m_closing = false;
 };

@@ -4,10 +4,14 @@
 #include "models/QuorlaError.h"
 #include "support/PlatformWords.h"
 
+#include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QLoggingCategory>
+#include <QSaveFile>
+#include <QStandardPaths>
 #include <chrono>
 
 Q_LOGGING_CATEGORY(lcSwayHook, "quorla.sway.hook")
@@ -18,6 +22,10 @@ const QString triggerDownCommand = QStringLiteral("nop quorla-trigger-down");
 const QString triggerUpCommand = QStringLiteral("nop quorla-trigger-up");
 const QString spaceDownCommand = QStringLiteral("nop quorla-space-down");
 const QString spaceUpCommand = QStringLiteral("nop quorla-space-up");
+// What every binding of Quorla's runs, and nothing else does.
+const QString ownCommandPrefix = QStringLiteral(" nop quorla-");
+const QString bindVerb = QStringLiteral("bindsym ");
+const QString unbindVerb = QStringLiteral("unbindsym ");
 // After a Space met the held trigger the gesture is a toggle, which the trigger's release
 // does not change: ending the trigger early is harmless, leaving it held is not.
 constexpr auto lostReleaseLimit = std::chrono::seconds(2);
@@ -81,6 +89,9 @@ QStringList spaceBindings(const TriggerKey &key, bool bind)
 SwayKeyboardHook::SwayKeyboardHook(TriggerKey trigger, QString socketPath)
     : m_trigger(std::move(trigger))
     , m_socketPath(std::move(socketPath))
+    // One file per sway: its socket is named after its process.
+    , m_recordFile(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + QStringLiteral("/quorla-")
+                   + QFileInfo(m_socketPath).fileName() + QStringLiteral(".bindings"))
 {
     m_lostReleaseTimer.setSingleShot(true);
     m_lostReleaseTimer.setInterval(lostReleaseLimit);
@@ -120,7 +131,8 @@ KeyboardHook::InstallOutcome SwayKeyboardHook::install(Events events)
     });
     m_connection->open();
     m_connection->send(SwayIpcConnection::Message::subscribe, R"(["binding"])");
-    runCommands(triggerBindings(m_trigger, true));
+    m_bound.clear();
+    runCommands(leftoverUnbindings() + triggerBindings(m_trigger, true));
     return {};
 }
 
@@ -133,8 +145,7 @@ void SwayKeyboardHook::uninstall()
         commands += spaceBindings(m_trigger, false);
     runCommands(commands);
     m_connection->disconnect();
-    m_connection->close();
-    m_connection->deleteLater();
+    m_connection->closeWhenAnswered();
     m_connection = nullptr;
     m_spaceBound = false;
     m_triggerDown = false;
@@ -179,10 +190,53 @@ bool SwayKeyboardHook::isSettled() const
     return m_connection && m_connection->pendingReplies() == 0;
 }
 
+void SwayKeyboardHook::abandon()
+{
+    if (!m_connection)
+        return;
+    m_connection->disconnect();
+    m_connection->close();
+    m_connection->deleteLater();
+    m_connection = nullptr;
+    m_bound.clear();
+}
+
+QStringList SwayKeyboardHook::leftoverUnbindings() const
+{
+    QFile record(m_recordFile);
+    if (!record.open(QIODevice::ReadOnly))
+        return {};
+    QStringList commands;
+    for (const QString &line : QString::fromUtf8(record.readAll()).split(u'\n', Qt::SkipEmptyParts)) {
+        // Only bindings of Quorla's own, each a single command.
+        if (line.startsWith(bindVerb) && line.contains(ownCommandPrefix) && !line.contains(u';'))
+            commands << QStringLiteral("un") + line;
+    }
+    return commands;
+}
+
+void SwayKeyboardHook::recordBindings(const QStringList &commands)
+{
+    for (const QString &command : commands) {
+        if (command.startsWith(bindVerb))
+            m_bound << command;
+        else if (command.startsWith(unbindVerb))
+            m_bound.removeAll(command.mid(2));
+    }
+    if (m_bound.isEmpty()) {
+        QFile::remove(m_recordFile);
+        return;
+    }
+    QSaveFile record(m_recordFile);
+    if (!record.open(QIODevice::WriteOnly) || record.write(m_bound.join(u'\n').toUtf8()) < 0 || !record.commit())
+        qCWarning(lcSwayHook) << "couldn't note the key bindings in" << m_recordFile;
+}
+
 void SwayKeyboardHook::runCommands(const QStringList &commands)
 {
     if (!m_connection || commands.isEmpty())
         return;
+    recordBindings(commands);
     m_connection->send(SwayIpcConnection::Message::runCommand, commands.join(QLatin1Char(';')).toUtf8(),
                        [commands](const QJsonDocument &reply) {
                            const QJsonArray results = reply.array();

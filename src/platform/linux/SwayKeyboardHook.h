@@ -20,6 +20,10 @@
 // accessibility bus make the gesture a shortcut whose release is known lost; keys of other
 // applications are never heard, so a hold that falls silent for long is ended through
 // endStuckTrigger().
+//
+// Bindings outlive a Quorla that was killed or crashed, and sway can neither list them nor
+// unbind by command: the ones in effect are kept in a file of the session's runtime folder,
+// and the next install removes whatever an earlier run left there.
 class SwayKeyboardHook : public KeyboardHook
 {
 public:
@@ -36,9 +40,13 @@ public:
 
     // Test hook: sway has carried out every binding change asked for so far.
     [[nodiscard]] bool isSettled() const;
+    // Test hook: lets go of sway as a killed Quorla would, its bindings left in place.
+    void abandon();
 
 private:
     void runCommands(const QStringList &commands);
+    void recordBindings(const QStringList &commands);
+    [[nodiscard]] QStringList leftoverUnbindings() const;
     void handleBinding(const QJsonDocument &event);
     void triggerPressed();
     void triggerReleased();
@@ -47,6 +55,8 @@ private:
 
     TriggerKey m_trigger;
     QString m_socketPath;
+    QString m_recordFile;
+    QStringList m_bound; // the bindsym commands in effect
     Events m_events;
     QPointer<SwayIpcConnection> m_connection;
     bool m_spaceBound = false;
