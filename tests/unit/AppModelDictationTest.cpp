@@ -197,7 +197,8 @@ TEST_F(AppModelDictationTest, aFailedInsertionKeepsTheTranscript)
 TEST_F(AppModelDictationTest, triggersWhileRecordingOrBusyAreIgnored)
 {
     fixture.speech->transcribeReply = [this]() -> QCoro::Task<QString> {
-        for (const Source source : {Source::fnHold, Source::fnToggle, Source::manual}) {
+        model->setApiKeyDraft(""); // a start that got past the guard would fail loudly
+        for (const Source source : {Source::fnHold, Source::fnToggle, Source::manual, Source::commandHold, Source::commandToggle}) {
             co_await press(source, true);
             co_await press(source, false);
         }
@@ -209,6 +210,7 @@ TEST_F(AppModelDictationTest, triggersWhileRecordingOrBusyAreIgnored)
     EXPECT_EQ(fixture.speech->requests.size(), 1);
     EXPECT_EQ(fixture.inserter->calls.size(), 1);
     EXPECT_EQ(recordingsLeft(), 0);
+    EXPECT_EQ(model->errorMessage(), std::nullopt);
 }
 
 } // namespace
