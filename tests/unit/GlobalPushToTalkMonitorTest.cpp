@@ -68,9 +68,6 @@ TEST(GlobalPushToTalkMonitor, gesturesGiveTheirEventsTakeOnlyTheirSpacesAndEndWi
         EXPECT_EQ(monitor.capturedTargetApplication(), c.toggleRunning ? editor : nullptr);
         monitor.stop();
     }
-    events.clear();
-    QTest::qWait(150);
-    EXPECT_TRUE(events.isEmpty()) << "no hold timer of an ended gesture fires";
 }
 
 } // namespace
