@@ -6,7 +6,6 @@
 
 #include "services/TranslationLanguageCatalog.h"
 
-#include <QGuiApplication>
 #include <benchmark/benchmark.h>
 
 namespace {
@@ -62,13 +61,3 @@ void BM_normalizedStoredCode(benchmark::State &state)
 BENCHMARK(BM_normalizedStoredCode);
 
 } // namespace
-
-int main(int argc, char **argv)
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

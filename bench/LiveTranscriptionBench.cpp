@@ -22,7 +22,6 @@
 #include "stores/PreferencesStore.h"
 
 #include <QEventLoop>
-#include <QGuiApplication>
 #include <QTest>
 #include <QTimer>
 #include <algorithm>
@@ -146,13 +145,3 @@ BENCHMARK(BM_releaseToText)
     ->Unit(benchmark::kMillisecond);
 
 } // namespace
-
-int main(int argc, char **argv)
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

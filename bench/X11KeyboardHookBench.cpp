@@ -132,7 +132,7 @@ int main(int argc, char *argv[])
 
     XTestKeyboard keys;
     X11Workspace desktop;
-    TextTarget target(desktop, QStringLiteral(QUORLA_KEY_ECHO_TARGET), {"widgets", "/dev/null", QString()});
+    TextTarget target(desktop, QStringLiteral(QUORLA_TEXT_TARGET), {"widgets", "/dev/null", QString()});
     if (!keys.isOpen() || !target.application()) {
         std::fprintf(stderr, "needs the headless desktop (scripts/desktop-session)\n");
         return 1;
